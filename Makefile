@@ -1,0 +1,36 @@
+# Quelmor: every target does its own set-up on a fresh Debian 12 machine.
+JOBS   ?= $(shell nproc)
+BUILD  ?= build
+ASAN   ?= build-asan
+
+.PHONY: deps configure build test test-asan bench run clean
+
+deps:
+	@sh scripts/deps.sh
+
+$(BUILD)/CMakeCache.txt:
+	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=Release
+
+configure: deps $(BUILD)/CMakeCache.txt
+
+build: configure
+	cmake --build $(BUILD) -j $(JOBS)
+
+test: build
+	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+
+test-asan: deps
+	cmake -S . -B $(ASAN) -DCMAKE_BUILD_TYPE=Debug -DQUELMOR_SANITIZE=ON \
+	      -DQUELMOR_GUI=OFF -DQUELMOR_BENCH=OFF
+	cmake --build $(ASAN) -j $(JOBS)
+	cd $(ASAN) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+	      ctest --output-on-failure -j $(JOBS)
+
+bench: build
+	@sh scripts/bench.sh $(BUILD)
+
+run: build
+	$(BUILD)/app/quelmor
+
+clean:
+	rm -rf $(BUILD) $(ASAN)

@@ -1,0 +1,3 @@
+#include "core/zrk_error.h"
+
+void Raise(const char* text) { throw ZrkError(text); }
