@@ -5,6 +5,7 @@
 #pragma once
 
 #include <exception>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -67,13 +68,16 @@ private:
     CHost* previous_;
 };
 
-// Runs `body` as a guarded public method: the location goes to the trace on entry, and a
-// failure that escapes is handed to the host's flaky path and turned into `fallback`.
+// Runs `body` as a guarded public method: the location goes to the trace on entry. Memory
+// shortage quietly becomes `fallback`; any other failure that escapes is handed to the
+// host's flaky path first.
 template <class R, class F>
 R Guarded(const char* location, R fallback, F&& body) {
     Host().Trace(location);
     try {
         return body();
+    } catch (const std::bad_alloc&) {
+        return fallback;
     } catch (const std::exception& e) {
         Host().Flaky(e.what());
     } catch (...) {

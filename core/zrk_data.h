@@ -104,6 +104,7 @@ public:
     // The six resolutions as an array, in direction order.
     void GetRes(res_t out[6]) const;
     void SetRes(const res_t in[6]);
+    void SetRes(res_t x, res_t y, res_t z, res_t t, res_t u, res_t v);
 
     void* Data() const { return data; }
     int Type() const { return type; }
@@ -157,6 +158,8 @@ public:
 
 private:
     void UpdateTypeSizes();
+    // Multiplies `count` resolutions from `first` on into one; the rest move down, 1s fill.
+    void Fold(int first, int count);
     int LastDirectionAboveOne() const;
 };
 
