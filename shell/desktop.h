@@ -1,0 +1,62 @@
+// CDesktop: the options and the list logic of the data desktop. The widget asks for the rows
+// and the byte line after every command and shows them as they are.
+//
+// Rows are the records of a data space in list order, less the ones the desktop hides (the
+// system's scratch records and the ".window" companions of displays). The other reserved
+// names, such as "pi", show as reserved rows that "free data" leaves alone.
+//
+//   CDesktop desk;
+//   for (const CDesktopRow& row : desk.Rows(GlobalDataSpace())) ...
+//   status->setText(desk.ByteLine(GlobalDataSpace()));
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "shell/main_frame_options.h"
+
+class CDataSpace;
+class CKeyReader;
+class CZrkData;
+
+// The select bit of a record picked on the desktop.
+constexpr unsigned kDesktopSelect = 0x1;
+
+struct CDesktopRow {
+    CZrkData* record = nullptr;
+    std::string name;
+    // Details mode only: "%dx%dx%dx%d" of the first four resolutions, the type and caption.
+    std::string size;
+    std::string type;
+    std::string caption;
+    bool reserved = false;
+};
+
+// True for the records the desktop list never shows.
+bool IsHiddenOnDesktop(const char* name);
+
+class CDesktop {
+public:
+    static constexpr int kMaxPaths = 5;
+
+    int ScanfOptions(CKeyReader& reader);
+    void PrintfOptions(FILE* file) const;
+
+    std::vector<CDesktopRow> Rows(const CDataSpace& space) const;
+    // "data space %d; undo space %d; total bytes %d", or "total space" without desktop_bytes.
+    std::string ByteLine(const CDataSpace& space) const;
+    // Puts `folder` first in the path list, dropping a repeat and the sixth.
+    void AddPath(const std::string& folder);
+
+    int view_desktop = 1;
+    int desktop_minimized = 0;
+    CRectOption desktop_loc;
+    int desktop_details = 1;
+    int desktop_bytes = 1;
+    int desktop_iqmp = 0;
+    int desktop_npath = 0;
+    int desktop_selpath = 0;
+    std::string desktop_path[kMaxPaths];
+    std::string desktop_script_editor = "xdg-open";
+};

@@ -1,0 +1,42 @@
+#include "shell/main_frame_options.h"
+
+#include <cstdlib>
+
+#include "core/key_reader.h"
+
+int ScanRect(CKeyReader& reader, const char* key, CRectOption* rect) {
+    int left = 0, top = 0, right = 0, bottom = 0;
+    if (!reader.Int2(key, &left, &top)) return 0;
+    // The second pair has no key of its own: read it as the following words.
+    right = std::atoi(reader.Next().c_str());
+    bottom = std::atoi(reader.Next().c_str());
+    *rect = {left, top, right, bottom};
+    return 1;
+}
+
+void PrintRect(FILE* file, const char* key, const CRectOption& rect) {
+    std::fprintf(file, "%s %d %d %d %d\n", key, rect.left, rect.top, rect.right, rect.bottom);
+}
+
+int CMainFrameOptions::ScanfOptions(CKeyReader& reader) {
+    if (reader.Int("view_equation_bar=", &view_equation_bar)) return 1;
+    if (ScanRect(reader, "main_loc", &main_loc)) return 1;
+    if (reader.Int("main_full", &main_full)) return 1;
+    if (reader.Hex("custom_colors16=", &custom_colors16[0])) {
+        for (int i = 1; i < 16; ++i)
+            custom_colors16[i] = std::strtoul(reader.Next().c_str(), nullptr, 16);
+        return 1;
+    }
+    if (reader.String("open_directory=", &open_directory)) return 1;
+    return 0;
+}
+
+void CMainFrameOptions::PrintfOptions(FILE* file) const {
+    std::fprintf(file, "\n// main frame options\n");
+    std::fprintf(file, "view_equation_bar= %d\n", view_equation_bar);
+    PrintRect(file, "main_loc", main_loc);
+    std::fprintf(file, "main_full %d\n", main_full);
+    std::fprintf(file, "custom_colors16=");
+    for (unsigned c : custom_colors16) std::fprintf(file, " %x", c);
+    std::fprintf(file, "\nopen_directory= %s\n", open_directory.c_str());
+}
