@@ -35,20 +35,28 @@ inline To Convert(From v) {
     }
 }
 
-// Block conversion; narrow integer targets from floats take the 32-bit route when the whole
-// block fits it, which gives the same low bits and vectorises.
+// Block conversion. Same-type blocks are copies; narrow integer targets from floats take
+// the 32-bit route (clamped, so always defined) and keep it when the whole block fitted,
+// which gives the same low bits and vectorises; otherwise the block is redone one by one.
 template <class To, class From>
 inline void ConvertBlock(const From* in, size_t n, size_t in_stride, To* out, size_t out_stride) {
-    if constexpr (std::is_floating_point_v<From> && std::is_integral_v<To> && sizeof(To) <= 4) {
-        if (in_stride == 1 && out_stride == 1) {
-            bool fits = true;
-            for (size_t j = 0; j < n; ++j)
-                fits &= (in[j] > From(-2147483649.0)) & (in[j] < From(2147483648.0));
-            if (fits) {
-                for (size_t j = 0; j < n; ++j)
-                    out[j] = static_cast<To>(static_cast<int32_t>(in[j]));
-                return;
+    if (in_stride == 1 && out_stride == 1) {
+        if constexpr (std::is_same_v<To, From>) {
+            std::memcpy(out, in, n * sizeof(To));
+            return;
+        } else if constexpr (std::is_floating_point_v<From> && std::is_integral_v<To> &&
+                             sizeof(To) <= 4) {
+            // hi: the largest value of From below 2^31
+            constexpr From lo = From(-2147483648.0);
+            constexpr From hi = std::is_same_v<From, float> ? From(2147483520.0) : From(2147483647.0);
+            int fits = 1;
+            for (size_t j = 0; j < n; ++j) {
+                const From v = in[j];
+                fits &= (v > From(-2147483649.0)) & (v < From(2147483648.0));
+                const From c = v < lo ? lo : (v > hi ? hi : v);
+                out[j] = static_cast<To>(static_cast<int32_t>(c));
             }
+            if (fits) return;
         }
     }
     for (size_t j = 0; j < n; ++j) out[j * out_stride] = Convert<To>(in[j * in_stride]);

@@ -251,3 +251,23 @@ TEST(DataCursor, NarrowBlockFallsBackOutsideThe32BitRange) {
     EXPECT_EQ(Stored<int16_t>(d, 2), static_cast<int16_t>(int64_t{5000000000}));
     EXPECT_EQ(Stored<int16_t>(d, 3), 0);
 }
+
+TEST(DataCursor, NarrowBlockNearTheTopOfThe32BitRange) {
+    Owned r(TYPE_R8, 4);
+    double* v = static_cast<double*>(r.data);
+    v[0] = 2147483600.7, v[1] = -2147483648.5, v[2] = 2147483647.9, v[3] = 1.0;
+    CDataCursor<int32_t> cur(&r);
+    int32_t block[4];
+    cur.GetIBlock(block, 0, 4);
+    const int32_t want[4] = {2147483600, INT32_MIN, INT32_MAX, 1};
+    for (int k = 0; k < 4; ++k) EXPECT_EQ(block[k], want[k]) << k;
+
+    Owned d(TYPE_N4, 2);
+    const float fin[2] = {2147483520.0f, -2147483648.0f};
+    CDataCursor<float>(&d).SetIBlock(fin, 0, 2);
+    int64_t got;
+    CDataCursor<int64_t>(&d).GetI(got, 0);
+    EXPECT_EQ(got, 2147483520);
+    CDataCursor<int64_t>(&d).GetI(got, 1);
+    EXPECT_EQ(got, 2147483648);
+}
