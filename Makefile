@@ -23,7 +23,7 @@ test-asan: deps
 	cmake -S . -B $(ASAN) -DCMAKE_BUILD_TYPE=Debug -DQUELMOR_SANITIZE=ON \
 	      -DQUELMOR_GUI=OFF -DQUELMOR_BENCH=OFF
 	cmake --build $(ASAN) -j $(JOBS)
-	cd $(ASAN) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+	cd $(ASAN) && ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	      ctest --output-on-failure -j $(JOBS)
 
 bench: build

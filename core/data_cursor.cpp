@@ -46,14 +46,12 @@ inline void ConvertBlock(const From* in, size_t n, size_t in_stride, To* out, si
             return;
         } else if constexpr (std::is_floating_point_v<From> && std::is_integral_v<To> &&
                              sizeof(To) <= 4) {
-            // hi: the largest value of From below 2^31
-            constexpr From lo = From(-2147483648.0);
-            constexpr From hi = std::is_same_v<From, float> ? From(2147483520.0) : From(2147483647.0);
             int fits = 1;
             for (size_t j = 0; j < n; ++j) {
                 const From v = in[j];
-                fits &= (v > From(-2147483649.0)) & (v < From(2147483648.0));
-                const From c = v < lo ? lo : (v > hi ? hi : v);
+                const int in_range = (v > From(-2147483649.0)) & (v < From(2147483648.0));
+                fits &= in_range;
+                const From c = in_range ? v : From(0);  // NaN too: the cast stays defined
                 out[j] = static_cast<To>(static_cast<int32_t>(c));
             }
             if (fits) return;
