@@ -1,8 +1,11 @@
 // quelmor: the workstation's executable.
+#include <QApplication>
+
 #include "shell/qt/zarnik_app.h"
 
 int main(int argc, char** argv) {
-    CZarnikApp app(argc, argv);
+    QApplication qt(argc, argv);
+    CZarnikApp app;
     if (!app.InitInstance()) return 1;
-    return app.Run();
+    return qt.exec();
 }

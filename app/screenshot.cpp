@@ -1,0 +1,42 @@
+// quelmor_screenshot: starts the program as a user would, types a few equations into the
+// bar, and writes a picture of the main window (under Xvfb: xvfb-run -a).
+#include <QApplication>
+#include <QLineEdit>
+#include <QPixmap>
+#include <QScreen>
+#include <QTimer>
+#include <cstdio>
+
+#include "eval/qt/bar_equ.h"
+#include "shell/qt/main_frame.h"
+#include "shell/qt/zarnik_app.h"
+
+int main(int argc, char** argv) {
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: quelmor_screenshot out.png\n");
+        return 2;
+    }
+    QApplication qt(argc, argv);
+    CZarnikApp app;
+    CStartOptions start;
+    start.show_about = false;
+    start.preferences = "/dev/null";
+    if (!app.InitInstance(start)) return 1;
+    CMainFrame* frame = app.Frame();
+    frame->setGeometry(0, 0, 1180, 760);
+    CBarEqu* bar = frame->EquationBar();
+    for (const char* line : {"mag = {3, 1, 4, 1, 5, 9, 2, 6}", "phase = mag * 0.25 - 1",
+                             "wave = (complex r4) phase", "mask = mag > 2"}) {
+        bar->Edit()->setText(line);
+        bar->OnEquEval();
+    }
+    bar->Edit()->setText("stiff = mag * mag * 1.2");
+    int status = 0;
+    QTimer::singleShot(500, [&] {
+        const QPixmap shot = frame->screen()->grabWindow(frame->winId());
+        status = shot.save(argv[1]) ? 0 : 1;
+        qt.quit();
+    });
+    qt.exec();
+    return status;
+}

@@ -1,0 +1,46 @@
+#include "eval/qt/bar_equ.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+
+#include "core/host.h"
+#include "shell/equation_call.h"
+
+CBarEqu::CBarEqu(QWidget* parent) : QDockWidget("equation", parent), edit_(new QLineEdit) {
+    setObjectName("equation_bar");
+    setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetClosable);
+    edit_->setObjectName("equation_edit");
+    edit_->setPlaceholderText("b = a * 2 + 1");
+    edit_->setClearButtonEnabled(true);
+    auto* body = new QWidget(this);
+    auto* layout = new QHBoxLayout(body);
+    layout->setContentsMargins(4, 2, 4, 2);
+    layout->addWidget(new QLabel("=", body));
+    layout->addWidget(edit_, 1);
+    setWidget(body);
+    connect(edit_, &QLineEdit::returnPressed, this, &CBarEqu::OnEquEval);
+}
+
+void CBarEqu::SetText(const QString& text) {
+    edit_->setText(text);
+    edit_->setFocus();
+}
+
+void CBarEqu::OnEquEval() {
+    Host().Trace("CBarEqu::OnEquEval");
+    const std::string text = edit_->text().toStdString();
+    if (text.find_first_not_of(" \t") == std::string::npos) return;
+    Host().Status("calculating...");
+    // The status pane repaints before the evaluation blocks the loop.
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    const CEquationOutcome outcome = EvaluateEquation(text);
+    if (outcome.ok) {
+        edit_->clear();
+        Host().Status("");
+    } else {
+        Host().Status(outcome.report);
+    }
+    emit evaluated();
+}

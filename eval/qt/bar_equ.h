@@ -1,0 +1,26 @@
+// CBarEqu: the equation bar, a docked bar with one edit field. Enter evaluates the text:
+// "calculating..." in the status while it runs; on failure the report goes to the status
+// and the text stays for correction; on success the line goes to the history, the field is
+// emptied and the status cleared. SetText puts a picked history line back.
+#pragma once
+
+#include <QDockWidget>
+
+class QLineEdit;
+
+class CBarEqu : public QDockWidget {
+    Q_OBJECT
+public:
+    explicit CBarEqu(QWidget* parent = nullptr);
+
+    void OnEquEval();
+    void SetText(const QString& text);
+    QLineEdit* Edit() const { return edit_; }
+
+signals:
+    // After every evaluation, so the frame refreshes the desktop and the displays.
+    void evaluated();
+
+private:
+    QLineEdit* edit_;
+};

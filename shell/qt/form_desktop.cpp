@@ -1,0 +1,131 @@
+#include "shell/qt/form_desktop.h"
+
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMenu>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include "core/data_space.h"
+#include "core/host.h"
+#include "core/zrk_data.h"
+#include "shell/desktop.h"
+#include "shell/desktop_commands.h"
+#include "shell/qt/form_alloc.h"
+#include "shell/qt/form_rename.h"
+#include "shell/rename.h"
+
+CFormDesktop::CFormDesktop(CDesktop& desktop, CRename& rename, QWidget* parent)
+    : QWidget(parent),
+      desktop_(desktop),
+      rename_(rename),
+      list_(new QTreeWidget(this)),
+      bytes_(new QLabel(this)),
+      paths_(new QComboBox(this)),
+      menu_(new QMenu(this)) {
+    setObjectName("desktop_form");
+    list_->setObjectName("desktop_list");
+    list_->setHeaderLabels({"name", "size", "type", "caption"});
+    list_->setRootIsDecorated(false);
+    list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    list_->setContextMenuPolicy(Qt::CustomContextMenu);
+    list_->header()->setStretchLastSection(true);
+    bytes_->setObjectName("desktop_bytes");
+    paths_->setObjectName("desktop_paths");
+    paths_->setToolTip("recent folders");
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(2, 2, 2, 2);
+    layout->setSpacing(2);
+    layout->addWidget(paths_);
+    layout->addWidget(list_, 1);
+    layout->addWidget(bytes_);
+
+    connect(list_, &QTreeWidget::itemSelectionChanged, this, &CFormDesktop::OnSelectionChanged);
+    connect(list_, &QWidget::customContextMenuRequested, this,
+            [this](const QPoint& at) { menu_->popup(list_->viewport()->mapToGlobal(at)); });
+    connect(paths_, &QComboBox::activated, this,
+            [this](int index) { desktop_.desktop_selpath = index; });
+
+    CDataSpace& space = GlobalDataSpace();
+    connect(AddEntry("free data", "desktop_free_data"), &QAction::triggered, this,
+            [this, &space] { Run(FreeSelectedData(space)); });
+    connect(AddEntry("free undo buffers", "desktop_free_undo"), &QAction::triggered, this,
+            [this, &space] { Run(FreeUndoBuffers(space)); });
+    connect(AddEntry("allocate data", "desktop_allocate"), &QAction::triggered, this,
+            &CFormDesktop::OnAllocate);
+    menu_->addSeparator();
+    connect(AddEntry("list details", "desktop_details"), &QAction::triggered, this,
+            [this] { OnDetails(1); });
+    connect(AddEntry("list no detail", "desktop_no_detail"), &QAction::triggered, this,
+            [this] { OnDetails(0); });
+    menu_->addSeparator();
+    connect(AddEntry("declare pi", "desktop_declare_pi"), &QAction::triggered, this,
+            [this, &space] { Run(DeclareConstant(space, "pi", 3.14159265358979323846)); });
+    connect(AddEntry("declare e", "desktop_declare_e"), &QAction::triggered, this,
+            [this, &space] { Run(DeclareConstant(space, "e", 2.71828182845904523536)); });
+    connect(AddEntry("duplicate", "desktop_duplicate"), &QAction::triggered, this,
+            [this, &space] { Run(DuplicateSelected(space)); });
+    connect(AddEntry("rename", "desktop_rename"), &QAction::triggered, this,
+            &CFormDesktop::OnRename);
+    Refresh();
+}
+
+QAction* CFormDesktop::AddEntry(const char* text, const char* name) {
+    QAction* action = menu_->addAction(text);
+    action->setObjectName(name);
+    return action;
+}
+
+void CFormDesktop::Refresh() {
+    Host().Trace("CFormDesktop::Refresh");
+    const CDataSpace& space = GlobalDataSpace();
+    refreshing_ = true;
+    list_->clear();
+    list_->setColumnCount(desktop_.desktop_details ? 4 : 1);
+    list_->setHeaderHidden(!desktop_.desktop_details);
+    for (const CDesktopRow& row : desktop_.Rows(space)) {
+        auto* item = new QTreeWidgetItem(
+            list_, {QString::fromStdString(row.name), QString::fromStdString(row.size),
+                    QString::fromStdString(row.type), QString::fromStdString(row.caption)});
+        if (row.reserved) item->setForeground(0, palette().color(QPalette::Disabled,
+                                                                 QPalette::Text));
+        item->setSelected(row.record->select & kDesktopSelect);
+    }
+    for (int c = 0; c + 1 < list_->columnCount(); ++c) list_->resizeColumnToContents(c);
+    bytes_->setText(QString::fromStdString(desktop_.ByteLine(space)));
+    paths_->clear();
+    for (int i = 0; i < desktop_.desktop_npath; ++i)
+        paths_->addItem(QString::fromStdString(desktop_.desktop_path[i]));
+    paths_->setCurrentIndex(desktop_.desktop_npath ? desktop_.desktop_selpath : -1);
+    paths_->setVisible(desktop_.desktop_npath > 0);
+    refreshing_ = false;
+}
+
+void CFormDesktop::OnSelectionChanged() {
+    if (refreshing_) return;
+    CDataSpace& space = GlobalDataSpace();
+    space.ClearSel(kDesktopSelect);
+    for (QTreeWidgetItem* item : list_->selectedItems())
+        if (CZrkData* record = space.FindData(item->text(0).toStdString().c_str()))
+            record->select |= kDesktopSelect;
+}
+
+void CFormDesktop::OnAllocate() {
+    CFormAlloc form(this);
+    connect(&form, &CFormAlloc::allocated, this, &CFormDesktop::commandDone);
+    form.exec();
+}
+
+void CFormDesktop::OnRename() {
+    const QList<QTreeWidgetItem*> picked = list_->selectedItems();
+    if (!picked.isEmpty()) rename_.old_name = picked.front()->text(0).toStdString();
+    CFormRename form(rename_, this);
+    connect(&form, &CFormRename::renamed, this, &CFormDesktop::commandDone);
+    form.exec();
+}
+
+void CFormDesktop::OnDetails(int details) {
+    desktop_.desktop_details = details;
+    Run(details ? "list details" : "list no detail");
+}

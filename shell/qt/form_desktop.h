@@ -1,0 +1,45 @@
+// CFormDesktop: the data desktop. It lists the records of the global data space through
+// CDesktop, keeps the desktop selection bits of the records in step with the list, and
+// runs the context commands. After each command it emits commandDone with the status text,
+// and the frame refreshes everything.
+#pragma once
+
+#include <QWidget>
+#include <string>
+
+class CDesktop;
+class CRename;
+class QComboBox;
+class QLabel;
+class QMenu;
+class QTreeWidget;
+
+class CFormDesktop : public QWidget {
+    Q_OBJECT
+public:
+    CFormDesktop(CDesktop& desktop, CRename& rename, QWidget* parent = nullptr);
+
+    // Lists the records again and rewrites the byte line.
+    void Refresh();
+    QTreeWidget* List() const { return list_; }
+    QMenu* ContextMenu() const { return menu_; }
+
+signals:
+    void commandDone(const QString& status);
+
+private:
+    void OnSelectionChanged();
+    void Run(const std::string& status) { emit commandDone(QString::fromStdString(status)); }
+    void OnAllocate();
+    void OnRename();
+    void OnDetails(int details);
+    QAction* AddEntry(const char* text, const char* name);
+
+    CDesktop& desktop_;
+    CRename& rename_;
+    QTreeWidget* list_;
+    QLabel* bytes_;
+    QComboBox* paths_;
+    QMenu* menu_;
+    bool refreshing_ = false;
+};

@@ -1,0 +1,64 @@
+// CMainFrame: the main window. A multiple-document area for the displays, the equation bar
+// on top, the data desktop and the history as docked panes, a tool bar and a status bar of
+// three panes. RefreshAll, run after every command, brings the desktop, its byte line and
+// the displays up to date.
+//
+// Closing asks "Exit Quelmor?" (unless a script closes the program); on yes the panes'
+// places go into the options and the exit callback writes the preferences.
+#pragma once
+
+#include <QMainWindow>
+#include <functional>
+#include <string>
+
+#include "shell/shell_modules.h"
+
+class CBarEqu;
+class CFormDesktop;
+class CFormHistory;
+class QDockWidget;
+class QLabel;
+class QMdiArea;
+class QToolBar;
+
+class CMainFrame : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit CMainFrame(CShellModules& modules, QWidget* parent = nullptr);
+
+    void RefreshAll();
+    // Puts the panes where the options say and shows or hides them.
+    void RestorePanes();
+    void SetStatus(int pane, const std::string& text);
+    QString StatusText(int pane) const;
+
+    CFormHistory* History() const { return history_; }
+    CFormDesktop* Desktop() const { return desktop_; }
+    CBarEqu* EquationBar() const { return bar_; }
+    QMdiArea* Mdi() const { return mdi_; }
+
+    void SetOnExit(std::function<void()> on_exit) { on_exit_ = std::move(on_exit); }
+    void SetClosingForScript(bool closing) { closing_for_script_ = closing; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void BuildMenus();
+    void OnHelp(const QString& page);
+    void KeepPlaces();
+    QDockWidget* Dock(const char* title, const char* name, QWidget* body, Qt::DockWidgetArea area);
+
+    CShellModules& modules_;
+    QMdiArea* mdi_;
+    CBarEqu* bar_;
+    CFormDesktop* desktop_;
+    CFormHistory* history_;
+    QDockWidget* desktop_dock_;
+    QDockWidget* history_dock_;
+    QToolBar* tools_;
+    QLabel* panes_[3];
+    std::function<void()> on_exit_;
+    bool closing_for_script_ = false;
+};

@@ -1,0 +1,31 @@
+#include "shell/qt/qt_host.h"
+
+#include <QMessageBox>
+
+#include "shell/qt/form_history.h"
+#include "shell/qt/main_frame.h"
+
+void CQtHost::History(const std::string& line) { frame_->History()->Append(line); }
+
+void CQtHost::Status(const std::string& text) { frame_->SetStatus(0, text); }
+
+void CQtHost::UndoTip(const std::string& text) { frame_->SetStatus(1, text); }
+
+bool CQtHost::AskYesNo(const std::string& question) {
+    if (auto_answer_) {
+        questions.push_back(question);
+        return *auto_answer_;
+    }
+    return QMessageBox::question(frame_, "Quelmor", QString::fromStdString(question),
+                                 QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+}
+
+void CQtHost::Message(const std::string& text) {
+    if (auto_answer_) {
+        messages.push_back(text);
+        return;
+    }
+    QMessageBox::information(frame_, "Quelmor", QString::fromStdString(text));
+}
+
+void CQtHost::RefreshDisplays() { frame_->RefreshAll(); }

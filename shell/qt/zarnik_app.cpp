@@ -1,0 +1,48 @@
+#include "shell/qt/zarnik_app.h"
+
+#include <cstdlib>
+
+#include "core/data_space.h"
+#include "core/host.h"
+#include "core/window_space.h"
+#include "shell/crash_hooks.h"
+#include "shell/qt/about_wave.h"
+#include "shell/qt/form_history.h"
+#include "shell/qt/main_frame.h"
+#include "shell/qt/qt_host.h"
+
+CZarnikApp::CZarnikApp() : paths_(CPaths::FromExecutable(ExecutablePath())) {
+    paths_.UseConfigFolderIfReadOnly(std::getenv("HOME"));
+    trace_.SetCrashFile(paths_.crash_workspace.c_str());
+}
+
+CZarnikApp::~CZarnikApp() {
+    if (host_) SetHost(previous_host_);
+    frame_.reset();
+}
+
+bool CZarnikApp::InitInstance(const CStartOptions& start) {
+    trace_.Set("CZarnikApp::InitInstance");
+    CDataSpace& space = GlobalDataSpace();
+    modules_.Register(table_, space);
+    preferences_ = start.preferences.empty() ? paths_.preferences : start.preferences;
+    ReadOptions();
+
+    frame_ = std::make_unique<CMainFrame>(modules_);
+    frame_->SetOnExit([this] { WriteOptions(); });
+
+    space.InitReservedData();
+    space.SetUnique();
+    GlobalWindowSpace();
+
+    host_ = std::make_unique<CQtHost>(trace_, frame_.get());
+    previous_host_ = SetHost(host_.get());
+
+    frame_->RestorePanes();
+    frame_->show();
+    if (CrashHooks().offer && !paths_.crash_workspace.empty())
+        CrashHooks().offer(paths_.crash_workspace.c_str());
+    if (start.show_about) CAboutWave(frame_.get()).exec();
+    frame_->History()->Append("compiled " __DATE__ "\r\n");
+    return true;
+}

@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTest>
+
+#include "core/data_space.h"
+#include "core/host.h"
+#include "core/zrk_data.h"
+#include "eval/qt/form_equ.h"
+#include "shell/qt/about_wave.h"
+#include "shell/qt/form_alloc.h"
+#include "shell/qt/form_rename.h"
+#include "shell/rename.h"
+#include "tests/shell/gui_test_app.h"
+
+namespace {
+
+class FormsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        TestApp();
+        scope_ = std::make_unique<CScopedHost>(host_);
+    }
+    void TearDown() override {
+        CDataSpace& space = GlobalDataSpace();
+        while (space.Count() > 0) space.DelData(0);
+    }
+    template <class T>
+    static T* Find(QWidget* root, const QString& name) {
+        T* child = root->findChild<T*>(name);
+        EXPECT_NE(child, nullptr) << name.toStdString();
+        return child;
+    }
+
+    CHeadlessHost host_;
+    std::unique_ptr<CScopedHost> scope_;
+};
+
+TEST_F(FormsTest, AllocateFormMakesTheRowsItIsGiven) {
+    CFormAlloc form;
+    QString status;
+    QObject::connect(&form, &CFormAlloc::allocated, [&](const QString& s) { status = s; });
+    Find<QLineEdit>(&form, "alloc_name0")->setText("mag");
+    Find<QSpinBox>(&form, "alloc_nx0")->setValue(16);
+    Find<QSpinBox>(&form, "alloc_ny0")->setValue(8);
+    Find<QSpinBox>(&form, "alloc_nt0")->setValue(4);
+    Find<QComboBox>(&form, "alloc_type0")->setCurrentIndex(TYPE_N2);
+    Find<QLineEdit>(&form, "alloc_name2")->setText("wave");
+    Find<QComboBox>(&form, "alloc_type2")->setCurrentIndex(TYPE_CR4);
+    QTest::mouseClick(Find<QPushButton>(&form, "alloc_run"), Qt::LeftButton);
+    EXPECT_EQ(status, "allocate successful");
+    EXPECT_EQ(Find<QLabel>(&form, "alloc_status")->text(), "allocate successful");
+    const CZrkData* mag = GlobalDataSpace().FindData("mag");
+    ASSERT_NE(mag, nullptr);
+    EXPECT_EQ(mag->Type(), TYPE_N2);
+    EXPECT_EQ(mag->nx * mag->ny * mag->nz * mag->nt, 16u * 8u * 4u);
+    const CZrkData* wave = GlobalDataSpace().FindData("wave");
+    ASSERT_NE(wave, nullptr);
+    EXPECT_EQ(wave->Type(), TYPE_CR4);
+    EXPECT_EQ(GlobalDataSpace().Count(), 2);
+}
+
+TEST_F(FormsTest, RenameFormReportsInItsOwnField) {
+    GlobalDataSpace().NewData(TYPE_R4, 2, 1, 1, 1, 1, 1, "old");
+    CRename rename;
+    rename.old_name = "old";
+    CFormRename form(rename);
+    EXPECT_EQ(Find<QLineEdit>(&form, "rename_old")->text(), "old");
+    Find<QLineEdit>(&form, "rename_new")->setText("9lives");
+    QTest::mouseClick(Find<QPushButton>(&form, "rename_run"), Qt::LeftButton);
+    EXPECT_EQ(Find<QLabel>(&form, "rename_status")->text(), "invalid name");
+    Find<QLineEdit>(&form, "rename_new")->setText("fresh");
+    QTest::mouseClick(Find<QPushButton>(&form, "rename_run"), Qt::LeftButton);
+    EXPECT_EQ(Find<QLabel>(&form, "rename_status")->text(), "rename successful");
+    EXPECT_NE(GlobalDataSpace().FindData("fresh"), nullptr);
+    EXPECT_EQ(GlobalDataSpace().FindData("old"), nullptr);
+}
+
+TEST_F(FormsTest, EquationFormSeesThisAndShowsItsReport) {
+    CZrkData* a = GlobalDataSpace().NewData(TYPE_R4, 3, 1, 1, 1, 1, 1, "a");
+    float* v = static_cast<float*>(a->Data());
+    v[0] = 1, v[1] = 2, v[2] = 3;
+    CFormEqu form;
+    Find<QLineEdit>(&form, "form_equ_this")->setText("a");
+    Find<QCheckBox>(&form, "form_equ_update_range")->setChecked(true);
+    Find<QPlainTextEdit>(&form, "form_equ_edit")->setPlainText("d = this * 2");
+    QTest::mouseClick(Find<QPushButton>(&form, "form_equ_eval"), Qt::LeftButton);
+    EXPECT_EQ(Find<QLabel>(&form, "form_equ_report")->text(), "");
+    const CZrkData* d = GlobalDataSpace().FindData("d");
+    ASSERT_NE(d, nullptr);
+    ASSERT_EQ(d->Count(), 3u);
+    EXPECT_FLOAT_EQ(static_cast<const float*>(d->Data())[2], 6.0f);
+    EXPECT_TRUE(d->update_range);
+    // The alias lived for the one run only.
+    EXPECT_EQ(GlobalDataSpace().FindData("this"), nullptr);
+    ASSERT_FALSE(host_.history.empty());
+    EXPECT_EQ(host_.history.back(), "d = this * 2\r\n");
+
+    Find<QPlainTextEdit>(&form, "form_equ_edit")->setPlainText("d = (");
+    QTest::mouseClick(Find<QPushButton>(&form, "form_equ_eval"), Qt::LeftButton);
+    EXPECT_TRUE(Find<QLabel>(&form, "form_equ_report")->text().contains("returned '"));
+    EXPECT_EQ(Find<QPlainTextEdit>(&form, "form_equ_edit")->toPlainText(), "d = (");
+}
+
+TEST_F(FormsTest, AboutDialogAnimatesThirtyTwoFrames) {
+    const QImage first = CAboutWave::DrawFrame(0, 64, 48);
+    EXPECT_NE(first, CAboutWave::DrawFrame(1, 64, 48));
+    EXPECT_NE(first, CAboutWave::DrawFrame(16, 64, 48));
+    CAboutWave about;
+    EXPECT_EQ(about.Timer().interval(), 75);
+    EXPECT_TRUE(about.Timer().isActive());
+    QTest::qWait(260);
+    EXPECT_GE(about.Frame(), 2);
+    EXPECT_LT(about.Frame(), CAboutWave::kFrames);
+}
+
+}  // namespace

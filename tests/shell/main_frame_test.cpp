@@ -1,0 +1,200 @@
+#include <gtest/gtest.h>
+
+#include <QClipboard>
+#include <QDockWidget>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QTest>
+#include <QTextBlock>
+#include <QTreeWidget>
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include "core/data_space.h"
+#include "core/zrk_data.h"
+#include "eval/qt/bar_equ.h"
+#include "shell/desktop.h"
+#include "shell/qt/form_desktop.h"
+#include "shell/qt/form_history.h"
+#include "shell/qt/main_frame.h"
+#include "shell/qt/qt_host.h"
+#include "shell/qt/zarnik_app.h"
+#include "tests/shell/gui_test_app.h"
+
+namespace {
+
+class MainFrameTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        TestApp();
+        prefs_ = ::testing::TempDir() + "quelmor_gui_" +
+                 ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".txt";
+        std::remove(prefs_.c_str());
+    }
+    void TearDown() override {
+        std::remove(prefs_.c_str());
+        CDataSpace& space = GlobalDataSpace();
+        while (space.Count() > 0) space.DelData(0);
+    }
+
+    std::unique_ptr<CZarnikApp> Start() {
+        auto app = std::make_unique<CZarnikApp>();
+        CStartOptions start;
+        start.show_about = false;
+        start.preferences = prefs_;
+        EXPECT_TRUE(app->InitInstance(start));
+        app->QtHost()->SetAutoAnswer(true);
+        return app;
+    }
+    template <class T>
+    static T* Find(QWidget* root, const char* name) {
+        T* child = root->findChild<T*>(name);
+        EXPECT_NE(child, nullptr) << name;
+        return child;
+    }
+    static QStringList Rows(QWidget* root) {
+        QStringList names;
+        auto* list = root->findChild<QTreeWidget*>("desktop_list");
+        for (int i = 0; i < list->topLevelItemCount(); ++i)
+            names << list->topLevelItem(i)->text(0);
+        return names;
+    }
+    static void Trigger(QWidget* root, const char* action) {
+        QAction* a = root->findChild<QAction*>(action);
+        ASSERT_NE(a, nullptr) << action;
+        a->trigger();
+    }
+    static void Type(QLineEdit* edit, const char* text) {
+        edit->clear();
+        QTest::keyClicks(edit, text);
+        QTest::keyClick(edit, Qt::Key_Return);
+    }
+
+    std::string prefs_;
+};
+
+TEST_F(MainFrameTest, EquationBarEvaluatesIntoHistoryDesktopAndRecord) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    auto* edit = Find<QLineEdit>(frame, "equation_edit");
+    auto* history = Find<QPlainTextEdit>(frame, "history_text");
+    EXPECT_TRUE(history->toPlainText().startsWith("compiled " __DATE__));
+
+    Type(edit, "a = {1,2,3}");
+    EXPECT_TRUE(history->toPlainText().contains("a = {1,2,3}\n"));
+    EXPECT_EQ(edit->text(), "");
+    EXPECT_EQ(frame->StatusText(0), "");
+    auto* list = Find<QTreeWidget>(frame, "desktop_list");
+    ASSERT_EQ(Rows(frame), QStringList{"a"});
+    EXPECT_EQ(list->topLevelItem(0)->text(1), "3x1x1x1");
+    const CZrkData* a = GlobalDataSpace().FindData("a");
+    ASSERT_NE(a, nullptr);
+    ASSERT_EQ(a->Count(), 3u);
+    EXPECT_TRUE(a->changed);
+    EXPECT_EQ(Find<QLabel>(frame, "desktop_bytes")->text(),
+              QString("data space %1; undo space 0; total bytes %1").arg(a->Bytes()));
+
+    Type(edit, "b = a +* 2");
+    EXPECT_EQ(edit->text(), "b = a +* 2");
+    EXPECT_TRUE(frame->StatusText(0).contains("returned 'syntax error'")) << frame->StatusText(0).toStdString();
+    EXPECT_FALSE(history->toPlainText().contains("b = a"));
+    EXPECT_EQ(Rows(frame), QStringList{"a"});
+}
+
+TEST_F(MainFrameTest, PickingAHistoryLinePutsItBackIntoTheBar) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    frame->History()->Append("x = 4 * 5\r\n");
+    frame->History()->Append("y = 7\r\n");
+    QPlainTextEdit* history = frame->History()->Edit();
+    QTextCursor at(history->document()->findBlockByNumber(1));
+    ASSERT_EQ(at.block().text(), "x = 4 * 5");
+    QTest::mouseDClick(history->viewport(), Qt::LeftButton, {}, history->cursorRect(at).center());
+    EXPECT_EQ(Find<QLineEdit>(frame, "equation_edit")->text(), "x = 4 * 5");
+}
+
+TEST_F(MainFrameTest, FullHistoryIsCopiedToTheClipboard) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    app->Modules().history.SetLimit(60);
+    frame->History()->Append("first line of the report\r\n");
+    frame->History()->Append("second line that fills it up\r\n");
+    ASSERT_EQ(app->QtHost()->messages.size(), 1u);
+    EXPECT_EQ(app->QtHost()->messages[0],
+              "the history window has filled up\nit's contents wil be copied to the clipboard");
+    EXPECT_TRUE(QApplication::clipboard()->text().contains("first line of the report"));
+    EXPECT_EQ(frame->History()->Edit()->toPlainText(), "second line that fills it up\n");
+}
+
+TEST_F(MainFrameTest, DesktopContextEntriesChangeTheListAndTheStatus) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    Type(Find<QLineEdit>(frame, "equation_edit"), "a = {1,2,3}");
+    Trigger(frame, "desktop_declare_pi");
+    EXPECT_EQ(frame->StatusText(0), "pi declared");
+    EXPECT_EQ(Rows(frame), (QStringList{"a", "pi"}));
+
+    auto* list = Find<QTreeWidget>(frame, "desktop_list");
+    list->topLevelItem(0)->setSelected(true);
+    EXPECT_TRUE(GlobalDataSpace().FindData("a")->select & kDesktopSelect);
+    Trigger(frame, "desktop_duplicate");
+    EXPECT_EQ(Rows(frame), (QStringList{"a", "a.", "pi"}));
+
+    Trigger(frame, "desktop_no_detail");
+    EXPECT_EQ(list->columnCount(), 1);
+    Trigger(frame, "desktop_details");
+    EXPECT_EQ(list->columnCount(), 4);
+
+    // "a" is still picked; pi is reserved and stays when picked too.
+    list->topLevelItem(2)->setSelected(true);
+    Trigger(frame, "desktop_free_data");
+    EXPECT_EQ(Rows(frame), (QStringList{"a.", "pi"}));
+    EXPECT_EQ(frame->StatusText(0), "1 freed");
+}
+
+TEST_F(MainFrameTest, ExitAsksAndWritesPreferencesThatComeBack) {
+    {
+        auto app = Start();
+        CMainFrame* frame = app->Frame();
+        Trigger(frame, "desktop_no_detail");
+        Find<QDockWidget>(frame, "history_dock")->hide();
+
+        app->QtHost()->SetAutoAnswer(false);
+        EXPECT_FALSE(frame->close());
+        EXPECT_EQ(app->QtHost()->questions.back(), "Exit Quelmor?");
+        EXPECT_FALSE(std::ifstream(prefs_).good());
+
+        app->QtHost()->SetAutoAnswer(true);
+        EXPECT_TRUE(frame->close());
+        EXPECT_TRUE(std::ifstream(prefs_).good());
+    }
+    auto app = Start();
+    EXPECT_EQ(app->Modules().desktop.desktop_details, 0);
+    EXPECT_EQ(app->Modules().history.view_history, 0);
+    EXPECT_FALSE(Find<QDockWidget>(app->Frame(), "history_dock")->isVisibleTo(app->Frame()));
+    EXPECT_EQ(Find<QTreeWidget>(app->Frame(), "desktop_list")->columnCount(), 1);
+}
+
+TEST_F(MainFrameTest, MalformedPreferencesStillStart) {
+    std::ofstream out(prefs_, std::ios::binary);
+    out << "view_desktop= 1\nsome_future_key= 3 4 5\n";
+    for (int i = 0; i < 2000; ++i) out.put(static_cast<char>((i * 97 + 13) % 256));
+    out << "\ndesktop_loc= 10 20";
+    out.close();
+    auto app = Start();
+    EXPECT_TRUE(app->Frame()->isVisible());
+    EXPECT_EQ(app->Modules().desktop.view_desktop, 1);
+}
+
+TEST_F(MainFrameTest, StatusBarHasThreePanes) {
+    auto app = Start();
+    for (const char* pane : {"status_pane0", "status_pane1", "status_pane2"})
+        Find<QLabel>(app->Frame(), pane);
+    Host().UndoTip("undo equation");
+    EXPECT_EQ(app->Frame()->StatusText(1), "undo equation");
+}
+
+}  // namespace
