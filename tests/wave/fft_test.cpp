@@ -1,0 +1,179 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "tests/wave/python_ref.h"
+#include "wave/fft.h"
+
+namespace {
+
+std::vector<float> noise(size_t n, unsigned seed) {
+    std::mt19937 gen(seed);
+    std::uniform_real_distribution<float> d(-1.0f, 1.0f);
+    std::vector<float> v(n);
+    for (float& x : v) x = d(gen);
+    return v;
+}
+
+float max_diff(const std::vector<float>& a, const std::vector<float>& b) {
+    float m = 0.0f;
+    for (size_t i = 0; i < a.size(); ++i) m = std::max(m, std::fabs(a[i] - b[i]));
+    return m;
+}
+
+}  // namespace
+
+TEST(Fourier, InverseAfterForwardRestoresLinesOfOddEvenAndPrimeLength) {
+    for (int n : {1, 2, 7, 16, 97, 120, 251}) {
+        auto v = noise(2 * n, n);
+        auto orig = v;
+        ASSERT_EQ(cvfft(v.data(), 1, n, 1), 0);
+        ASSERT_EQ(cvfft(v.data(), 1, n, -1), 0);
+        EXPECT_LT(max_diff(v, orig), 2e-6f * std::log2(n + 1) + 1e-6f) << n;
+    }
+}
+
+TEST(Fourier, StridedLineMatchesContiguous) {
+    const int n = 13, stride = 3;
+    auto v = noise(2 * n * stride, 3);
+    std::vector<float> line(2 * n);
+    for (int i = 0; i < n; ++i) std::memcpy(&line[2 * i], &v[2 * i * stride], 8);
+    cvfft(line.data(), 1, n, 1);
+    cvfft(v.data(), stride, n, 1);
+    for (int i = 0; i < n; ++i) {
+        EXPECT_FLOAT_EQ(v[2 * i * stride], line[2 * i]);
+        EXPECT_FLOAT_EQ(v[2 * i * stride + 1], line[2 * i + 1]);
+    }
+}
+
+TEST(Fourier, ScaleModesOfTheForwardTransform) {
+    const int n = 16;
+    struct Case {
+        float mode, expected_dc;
+    } cases[] = {{0.0f, 16.0f}, {1.0f, 1.0f}, {2.0f, 4.0f}, {8.0f, 2.0f}};
+    for (auto c : cases) {
+        std::vector<float> v(2 * n, 0.0f);
+        for (int i = 0; i < n; ++i) v[2 * i] = 1.0f;
+        fwd_scale = c.mode;
+        cvfft(v.data(), 1, n, 1);
+        EXPECT_FLOAT_EQ(v[0], c.expected_dc) << c.mode;
+    }
+    fwd_scale = 0.0f;
+}
+
+TEST(Fourier, Volume3dRoundTripsAndNegativeSizesLeaveAxesAlone) {
+    struct Case {
+        int nx, ny, nz, flip;
+    } cases[] = {{8, 6, 4, 1}, {7, 5, 3, 1}, {13, 11, 2, 0}, {1, 9, 5, 1}, {1, 1, 17, 1}};
+    for (auto c : cases) {
+        flip_flag = c.flip;
+        size_t n = size_t(c.nx) * c.ny * c.nz;
+        auto v = noise(2 * n, c.nx + c.ny);
+        auto orig = v;
+        GENERAL_cvfft_3d(v.data(), c.nx, c.ny, c.nz, 1);
+        GENERAL_cvfft_3d(v.data(), c.nx, c.ny, c.nz, -1);
+        EXPECT_LT(max_diff(v, orig), 1e-5f) << c.nx << "x" << c.ny << "x" << c.nz;
+    }
+    flip_flag = 1;
+    // Only y transformed: every column is a 1-D transform, rows along x untouched by x.
+    const int nx = 5, ny = 8, nz = 3;
+    auto v = noise(2 * nx * ny * nz, 9);
+    auto expect = v;
+    for (int z = 0; z < nz; ++z)
+        for (int x = 0; x < nx; ++x) cvfft(expect.data() + 2 * (z * nx * ny + x), nx, ny, 1);
+    BASE_cvfft_3d(v.data(), -nx, ny, -nz, 1);
+    EXPECT_LT(max_diff(v, expect), 1e-5f);
+}
+
+TEST(Fourier, General3dMatchesNumpyFftn) {
+    const int nx = 6, ny = 5, nz = 7;
+    size_t n = size_t(nx) * ny * nz;
+    auto v = noise(2 * n, 11);
+    std::string script = "v = np.array(" + py_list(v.data(), v.size()) +
+                         ")\nc = (v[0::2] + 1j * v[1::2]).reshape(" + std::to_string(nz) + "," +
+                         std::to_string(ny) + "," + std::to_string(nx) +
+                         ")\nf = np.fft.fftn(c).ravel()\nfor x in f: print(x.real, x.imag)\n";
+    auto ref = python_values(script);
+    ASSERT_EQ(ref.size(), 2 * n);
+    GENERAL_cvfft_3d(v.data(), nx, ny, nz, 1);
+    for (size_t i = 0; i < 2 * n; ++i) EXPECT_NEAR(v[i], ref[i], 2e-5 * 20) << i;
+}
+
+TEST(Fourier, RealTransformMatchesNumpyRfftAndRoundTrips) {
+    const int n = 12;
+    auto v = noise(n, 5);
+    auto orig = v;
+    auto ref = python_values("f = np.fft.rfft(np.array(" + py_list(v.data(), n) +
+                             "))\nfor x in f: print(x.real, x.imag)\n");
+    ASSERT_EQ(ref.size(), size_t(n + 2));
+    rvfft(v.data(), n, 1);
+    EXPECT_NEAR(v[0], ref[0], 1e-5);
+    EXPECT_NEAR(v[1], ref[n], 1e-5);  // packed Nyquist
+    for (int k = 1; k < n / 2; ++k) {
+        EXPECT_NEAR(v[2 * k], ref[2 * k], 1e-5) << k;
+        EXPECT_NEAR(v[2 * k + 1], ref[2 * k + 1], 1e-5) << k;
+    }
+    rvfft(v.data(), n, -1);
+    EXPECT_LT(max_diff(v, orig), 1e-5f);
+
+    const int nx = 8, ny = 3, nz = 5;
+    std::vector<float> vol(size_t(nx + 2) * ny * nz);
+    auto src = noise(size_t(nx) * ny * nz, 6);
+    std::copy(src.begin(), src.end(), vol.begin());
+    rvfft_3d(vol.data(), nx, ny, nz, 1);
+    rvfft_3d(vol.data(), nx, ny, nz, -1);
+    vol.resize(src.size());
+    EXPECT_LT(max_diff(vol, src), 1e-5f);
+    rvfft_cleanup();
+}
+
+TEST(Fourier, CalcTableFlipsSinesForTheOtherDirection) {
+    float* table = nullptr;
+    ASSERT_EQ(calc_table(&table, 8, 1), 0);
+    float* first = table;
+    EXPECT_NEAR(table[2 * 1 + 1], -std::sin(2 * M_PI / 8), 1e-7);
+    ASSERT_EQ(calc_table(&table, 8, -1), 0);
+    EXPECT_EQ(table, first);  // same block, no rebuild
+    EXPECT_NEAR(table[2 * 1 + 1], std::sin(2 * M_PI / 8), 1e-7);
+    ASSERT_EQ(calc_table(&table, 10, -1), 0);
+    EXPECT_NEAR(table[2 * 1], std::cos(2 * M_PI / 10), 1e-7);
+    std::free(table - 1);
+}
+
+TEST(Fourier, ShiftMatchesNumpyFftshiftAndOddSizesReturnANewBlock) {
+    struct Case {
+        int nx, ny, nz;
+    } cases[] = {{4, 6, 2}, {5, 4, 1}, {3, 3, 3}, {8, 1, 1}, {1, 1, 6}};
+    for (auto c : cases) {
+        size_t n = size_t(c.nx) * c.ny * c.nz;
+        auto* buf = static_cast<float*>(std::malloc(sizeof(float) * 2 * n));
+        for (size_t i = 0; i < n; ++i) buf[2 * i] = float(i), buf[2 * i + 1] = -float(i);
+        auto ref = python_values("a = np.arange(" + std::to_string(n) + ").reshape(" +
+                                 std::to_string(c.nz) + "," + std::to_string(c.ny) + "," +
+                                 std::to_string(c.nx) +
+                                 ")\nfor x in np.fft.fftshift(a).ravel(): print(x)\n");
+        bool odd = (c.nx > 1 && c.nx % 2) || (c.ny > 1 && c.ny % 2) || (c.nz > 1 && c.nz % 2);
+        float* out = fft_shift_3d(buf, c.nx, c.ny, c.nz);
+        ASSERT_NE(out, nullptr);
+        EXPECT_EQ(out != buf, odd);
+        ASSERT_EQ(ref.size(), n);
+        for (size_t i = 0; i < n; ++i) {
+            EXPECT_EQ(out[2 * i], float(ref[i]));
+            EXPECT_EQ(out[2 * i + 1], -float(ref[i]));
+        }
+        std::free(out);
+    }
+    float one[2] = {1, 2};
+    EXPECT_EQ(fft_shift_2d(one, 1, 1), one);
+    EXPECT_EQ(fft_shift_3d(one, 0, 1, 1), nullptr);
+    fft_cleanup();
+}
+
+TEST(FourierDeathTest, FatalTextsExitWithStatusMinusOne) {
+    EXPECT_EXIT(fft_malloc(size_t(-1) / 2), testing::ExitedWithCode(255),
+                "\nfft_malloc: Unable to allocate requested memory. \n");
+}

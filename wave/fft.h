@@ -1,0 +1,43 @@
+// The engine's Fourier layer over FFTW 3 single precision. Complex data are interleaved
+// (re, im). One plan is cached for the last signed length (positive forward, negative
+// inverse); plans are measured once per length and FFTW keeps their wisdom for the run, so
+// re-making the cached plan for a length already seen is cheap. Forward is FFTW_FORWARD
+// (negative exponent). Scale modes: not above 0 none, 1.0 divide by n, 2.0 by sqrt(n), any
+// other v by v. Failures here are fatal: the text goes to standard error and the process
+// exits with status -1.
+#pragma once
+
+#include <cstddef>
+
+extern int cache_kb;         // block size of the flip paths; below 1 means 64
+extern int flip_flag;        // y and z lines through contiguous blocks (initial 1)
+extern float fwd_scale;      // initial 0: forward unscaled
+extern float inv_scale;      // initial 1.0: inverse divided by n
+extern int skip_zero_lines;  // lines of zeros are left as they are (initial 0)
+
+void* fft_malloc(size_t size);
+
+// One line of n complex points at a stride in complex units; dir > 0 forward. Returns 0.
+int cvfft(float* buf, int stride, int n, int dir);
+int cvfft_3d_yonly_flip(float* buf, int nx, int ny, int nz, int dir);
+int cvfft_3d_zonly_flip(float* buf, int nx, int ny, int nz, int dir);
+// Axes with a negative size have that length but are not transformed.
+int BASE_cvfft_3d(float* buf, int nx, int ny, int nz, int dir);
+int GENERAL_cvfft_3d(float* buf, int nx, int ny, int nz, int dir);
+
+// rvfft's twiddle table: n/2 (cos, sin) pairs; its signed length sits in the word before.
+int calc_table(float** table_holder, int n, int dir);
+// Real line of even length n in place; packed form: element 0 holds re(0) and re(n/2).
+int rvfft(float* buf, int n, int dir);
+// Real volume; the buffer holds (nx + 2) * ny * nz floats, rows unpacked to nx/2 + 1 points.
+int rvfft_3d(float* buf, int nx, int ny, int nz, int dir);
+
+// Octant swap of a complex volume (quadrants for 2-D): origin to the centre. Odd sizes copy
+// into a new block and free the old one, so the caller must take the returned pointer; null
+// on sizes below 1 or a failed allocation (which also frees the input).
+float* fft_shift_3d(float* buf, int nx, int ny, int nz);
+float* fft_shift_2d(float* buf, int nx, int ny);
+
+// End of a run: block buffers, work line and plan; then the rvfft table.
+void fft_cleanup();
+void rvfft_cleanup();

@@ -1,0 +1,71 @@
+// Stages whose own files have not landed yet. Each reports on the run log and fails, so a
+// run that needs one stops with a clear line instead of a silent success. A stage's real
+// definition replaces its line here.
+#include "wave/messages.h"
+#include "wave/stages.h"
+
+namespace {
+
+int unavailable(const char* name) {
+    std::string text = wave_fmt("%s: not available in this build.\n", name);
+    wave_warn(WF_CHAIN, text.c_str(), text.c_str());
+    return 1;
+}
+
+}  // namespace
+
+int phase_offset_filtering(float*, int, int, int, int) {
+    return unavailable("phase_offset_filtering");
+}
+int phase_offset_filtering_3d(float*, int, int, int, int, int) {
+    return unavailable("phase_offset_filtering_3d");
+}
+int direction_filter_2d(float*, wave_params*, int) { return unavailable("direction_filter_2d"); }
+int direction_filter(float*, wave_params*, int) { return unavailable("direction_filter"); }
+int zonly_filter(float*, wave_params*) { return unavailable("zonly_filter"); }
+int pre_filter(float*, uint8_t*, wave_params*, filter_spec*) { return unavailable("pre_filter"); }
+int pre_filter_3d(float*, uint8_t*, wave_params*, filter_spec*) {
+    return unavailable("pre_filter_3d");
+}
+int mid_filter(float*, uint8_t*, wave_params*, filter_spec*) { return unavailable("mid_filter"); }
+int mid_filter_3d(float*, uint8_t*, wave_params*, filter_spec*) {
+    return unavailable("mid_filter_3d");
+}
+int interp_images(float*, uint8_t*, wave_params*, int, int) { return unavailable("interp_images"); }
+int dirf_images(float*, uint8_t*, wave_params*, int, int) { return unavailable("dirf_images"); }
+
+int lfe_2d_1axis(wave_params*, float*, uint8_t*, uint8_t*, int, float**) {
+    return unavailable("lfe_2d_1axis");
+}
+int lfe_2d_XYZ(wave_params*, float*, uint8_t*, float*, uint8_t*, float**) {
+    return unavailable("lfe_2d_XYZ");
+}
+int lfe_3d_1axis(wave_params*, float*, uint8_t*, uint8_t*, int, float**) {
+    return unavailable("lfe_3d_1axis");
+}
+int lfe_3d_XYZ(wave_params*, float*, uint8_t*, float*, uint8_t*, float**) {
+    return unavailable("lfe_3d_XYZ");
+}
+
+int pg_2d_1axis(wave_params*, float*, uint8_t*, uint8_t*, float**) {
+    return unavailable("pg_2d_1axis");
+}
+int pg_2d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("pg_2d_XYZ"); }
+int pg_3d_1axis(wave_params*, float*, uint8_t*, uint8_t*, float**) {
+    return unavailable("pg_3d_1axis");
+}
+int pg_3d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("pg_3d_XYZ"); }
+
+int mf_2d(wave_params*, float*, uint8_t*, uint8_t*) { return unavailable("mf_2d"); }
+int mf_2d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("mf_2d_XYZ"); }
+int mf_3d(wave_params*, float*, uint8_t*, uint8_t*) { return unavailable("mf_3d"); }
+int mf_3d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("mf_3d_XYZ"); }
+
+int direct_2d_1axis(wave_params*, float*, uint8_t*, uint8_t*, float**) {
+    return unavailable("direct_2d_1axis");
+}
+int direct_2d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("direct_2d_XYZ"); }
+int direct_3d_1axis(wave_params*, float*, uint8_t*, uint8_t*, float**) {
+    return unavailable("direct_3d_1axis");
+}
+int direct_3d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("direct_3d_XYZ"); }
