@@ -12,7 +12,8 @@
 
 #include "wave/messages.h"
 
-int cache_kb = 64;
+// Blocks of half a 32 KB L1 data cache measured fastest for 256-point lines.
+int cache_kb = 16;
 int flip_flag = 1;
 float fwd_scale = 0.0f;
 float inv_scale = 1.0f;

@@ -9,7 +9,7 @@
 
 #include <cstddef>
 
-extern int cache_kb;         // block size of the flip paths; below 1 means 64
+extern int cache_kb;         // block size (KB) of the flip paths; below 1 means 64
 extern int flip_flag;        // y and z lines through contiguous blocks (initial 1)
 extern float fwd_scale;      // initial 0: forward unscaled
 extern float inv_scale;      // initial 1.0: inverse divided by n
