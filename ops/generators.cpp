@@ -1,0 +1,143 @@
+#include "ops/generators.h"
+
+#include <cmath>
+#include <cstring>
+#include <numbers>
+#include <random>
+#include <string>
+
+#include "core/zrk_error.h"
+#include "ops/structural_base.h"
+
+namespace {
+
+constexpr uint32_t kSeed = 777;
+constexpr double kTwoM32 = 1.0 / 4294967296.0;
+
+// An r4 record of n points along dir, filled by f(i).
+template <class F>
+CZrkData* Along(CDataSpace& temp, int dir, int64_t n, const char* bad_size, F&& f) {
+    if (n <= 0) Raise(bad_size);
+    res_t res[6] = {1, 1, 1, 1, 1, 1};
+    res[dir] = static_cast<res_t>(n);
+    CZrkData* r = NewResult(temp, TYPE_R4, res, nullptr);
+    float* p = static_cast<float*>(r->data);
+    for (int64_t i = 0; i < n; ++i) p[i] = static_cast<float>(f(i));
+    return r;
+}
+
+double Uniform(std::mt19937& g) { return g() * kTwoM32; }
+
+// Gaussian values of unit deviation, two per pair of draws.
+void Gaussian(std::mt19937& g, float* out, uint64_t n) {
+    for (uint64_t k = 0; k < n; k += 2) {
+        const double u1 = 1.0 - Uniform(g), u2 = Uniform(g);
+        const double r = std::sqrt(-2.0 * std::log(u1)), a = 2.0 * std::numbers::pi * u2;
+        out[k] = static_cast<float>(r * std::cos(a));
+        if (k + 1 < n) out[k + 1] = static_cast<float>(r * std::sin(a));
+    }
+}
+
+CZrkData* RandomComplex(CDataSpace& temp, uint32_t seed, const CZrkData* list) {
+    res_t res[6];
+    ResList(list, res);
+    CZrkData* r = NewResult(temp, TYPE_CR4, res, nullptr);
+    std::mt19937 g(seed);
+    float* p = static_cast<float*>(r->data);
+    const uint64_t n = 2 * r->Count();
+    for (uint64_t k = 0; k < n; ++k) p[k] = static_cast<float>(Uniform(g));
+    return r;
+}
+
+}  // namespace
+
+CZrkData* Line(CDataSpace& temp, int dir, double slope, double intercept, int64_t n) {
+    SetOpFunc("line", dir);
+    return LogFailure({std::string("Line") + kDirCapitals[dir] + "() failed\r\n"}, [&] {
+        return Along(temp, dir, n, "resolution must be positive",
+                     [&](int64_t i) { return slope * i + intercept; });
+    });
+}
+
+CZrkData* Ramp(CDataSpace& temp, int dir, double a, double b, int64_t n) {
+    SetOpFunc("ramp", dir);
+    return LogFailure({CaughtLine("Ramp", dir)}, [&] {
+        const double inc = n > 1 ? (b - a) / (n - 1) : 0;
+        return Along(temp, dir, n, "resolution must be positive",
+                     [&](int64_t i) { return a + inc * i; });
+    });
+}
+
+CZrkData* Step(CDataSpace& temp, int dir, int64_t i, int64_t n) {
+    SetOpFunc("step", dir);
+    return LogFailure({CaughtLine("Step", dir)}, [&] {
+        return Along(temp, dir, n, "resolution must be at positive",
+                     [&](int64_t k) { return k >= i ? 1.0 : 0.0; });
+    });
+}
+
+CZrkData* Delta(CDataSpace& temp, int dir, int64_t i, int64_t n) {
+    SetOpFunc("delta", dir);
+    return LogFailure({CaughtLine("Delta", dir)}, [&] {
+        return Along(temp, dir, n, "resolution must be positive",
+                     [&](int64_t k) { return k == i ? 1.0 : 0.0; });
+    });
+}
+
+CZrkData* Eye(CDataSpace& temp, const CZrkData* dirs, int64_t n) {
+    SetOpFunc("eye", -1);
+    return LogFailure({CaughtLine("Eye", -1)}, [&] {
+        const std::string text = TextOf(dirs);
+        int found[2], k = 0;
+        for (int d = 0; d < 6 && k < 2; ++d)
+            if (text.find(kDirLetters[d]) != std::string::npos) found[k++] = d;
+        if (k < 2) Raise("invalid direction");
+        if (n <= 0) Raise("resolution must be positive");
+        res_t res[6] = {1, 1, 1, 1, 1, 1};
+        res[found[0]] = res[found[1]] = static_cast<res_t>(n);
+        CZrkData* r = NewResult(temp, TYPE_R4, res, nullptr);
+        std::memset(r->data, 0, r->Bytes());
+        // Element (i, i) lies i steps of both directions' strides from the start.
+        uint64_t stride = 0, s = 1;
+        for (int d = 0; d < 6; ++d) {
+            if (d == found[0] || d == found[1]) stride += s;
+            s *= res[d];
+        }
+        float* p = static_cast<float*>(r->data);
+        for (int64_t i = 0; i < n; ++i) p[i * stride] = 1.0f;
+        return r;
+    });
+}
+
+CZrkData* Noise(CDataSpace& temp, const CZrkData* distribution, double sd, const CZrkData* list) {
+    SetOpFunc("noise", -1);
+    return LogFailure({"noise() failed\r\n"}, [&] {
+        res_t res[6];
+        ResList(list, res);
+        CZrkData* r = NewResult(temp, TYPE_R4, res, nullptr);
+        const std::string kind = TextOf(distribution);
+        std::mt19937 g(kSeed);
+        float* p = static_cast<float*>(r->data);
+        const uint64_t n = r->Count();
+        if (kind.find("gauss") != std::string::npos || kind.find("normal") != std::string::npos) {
+            Gaussian(g, p, n);
+            for (uint64_t k = 0; k < n; ++k) p[k] = static_cast<float>(p[k] * sd);
+        } else {
+            // Uniform of the same deviation: width sd * sqrt(12), centred on 0.
+            const double width = sd * std::sqrt(12.0);
+            for (uint64_t k = 0; k < n; ++k) p[k] = static_cast<float>((Uniform(g) - 0.5) * width);
+        }
+        return r;
+    });
+}
+
+CZrkData* Rand(CDataSpace& temp, const CZrkData* list) {
+    SetOpFunc("rand", -1);
+    return LogFailure({CaughtLine("Rand", -1)}, [&] { return RandomComplex(temp, kSeed, list); });
+}
+
+CZrkData* SRand(CDataSpace& temp, int64_t seed, const CZrkData* list) {
+    SetOpFunc("srand", -1);
+    return LogFailure({CaughtLine("SRand", -1)},
+                      [&] { return RandomComplex(temp, static_cast<uint32_t>(seed), list); });
+}

@@ -1,0 +1,82 @@
+"""Computes the reference results of the structural operators with NumPy.
+
+Usage: numpy_check.py DIR. DIR holds a.bin and b.bin (float32, Fortran order), their shapes in
+a.shape and b.shape, and cases.txt with one case a line: "id op args...". For each case this
+writes DIR/id.bin (float32, Fortran order) and DIR/id.shape.
+"""
+import sys
+
+import numpy as np
+
+AXES = "xyzt"
+
+
+def load(folder, name):
+    shape = tuple(int(v) for v in open(f"{folder}/{name}.shape").read().split())
+    return np.fromfile(f"{folder}/{name}.bin", dtype=np.float32).reshape(shape, order="F")
+
+
+def pad(a, axis, n, symmetric):
+    old = a.shape[axis]
+    lo = (n - old) // 2 if symmetric else 0
+    widths = [(0, 0)] * a.ndim
+    widths[axis] = (lo, n - old - lo)
+    return np.pad(a, widths)
+
+
+def compute(a, b, op, args):
+    ax = lambda s: AXES.index(s)
+    if op == "flip":
+        return np.flip(a, ax(args[0]))
+    if op == "shift":
+        return np.roll(a, int(args[1]), ax(args[0]))
+    if op == "permute":
+        order = [ax(c) for c in args[0]]
+        order += [k for k in range(a.ndim) if k not in order]
+        return np.transpose(a, order)
+    if op == "trans":
+        order = list(range(a.ndim))
+        i, j = sorted(ax(c) for c in args[0])
+        order[i], order[j] = order[j], order[i]
+        return np.transpose(a, order)
+    if op == "rotxy":
+        return np.rot90(a, 1, axes=(0, 1))
+    if op == "rotmxy":
+        return np.rot90(a, -1, axes=(0, 1))
+    if op == "pad":
+        return pad(a, ax(args[0]), int(args[1]), False)
+    if op == "padsim":
+        return pad(a, ax(args[0]), int(args[1]), True)
+    if op == "cut":
+        index = [slice(None)] * a.ndim
+        index[ax(args[0])] = slice(int(args[1]), int(args[2]) + 1)
+        return a[tuple(index)]
+    if op == "cat":
+        return np.concatenate((a, b), ax(args[0]))
+    if op == "reshape":
+        shape = tuple(int(v) for v in args)
+        return a.reshape(-1, order="F")[: int(np.prod(shape))].reshape(shape, order="F")
+    if op == "tile":
+        axis, n = ax(args[0]), int(args[1])
+        reps = [1] * a.ndim
+        reps[axis] = -(-n // a.shape[axis])
+        index = [slice(None)] * a.ndim
+        index[axis] = slice(0, n)
+        return np.tile(a, reps)[tuple(index)]
+    raise ValueError(op)
+
+
+def main(folder):
+    a, b = load(folder, "a"), load(folder, "b")
+    for line in open(f"{folder}/cases.txt"):
+        fields = line.split()
+        if not fields:
+            continue
+        out = np.asarray(compute(a, b, fields[1], fields[2:]), dtype=np.float32)
+        out.reshape(-1, order="F").tofile(f"{folder}/{fields[0]}.bin")
+        with open(f"{folder}/{fields[0]}.shape", "w") as f:
+            f.write(" ".join(str(v) for v in out.shape))
+
+
+if __name__ == "__main__":
+    main(sys.argv[1])

@@ -1,0 +1,119 @@
+// The reordering, padding, cutting and joining operators against NumPy on random 4-D arrays:
+// the results must be the same bytes.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <random>
+#include <sstream>
+
+#include "ops/permute.h"
+#include "ops/structural_join.h"
+#include "ops/structural_shape.h"
+#include "tests/ops/op_test_util.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Case {
+    std::string line;  // op and arguments as numpy_check.py reads them
+    std::function<CZrkData*(CDataSpace&)> run;
+};
+
+void Write(const fs::path& dir, const char* name, const CZrkData* a) {
+    std::ofstream(dir / (std::string(name) + ".bin"), std::ios::binary)
+        .write(static_cast<const char*>(a->data), static_cast<std::streamsize>(a->Bytes()));
+    std::ofstream(dir / (std::string(name) + ".shape")) << a->nx << ' ' << a->ny << ' ' << a->nz
+                                                        << ' ' << a->nt;
+}
+
+CZrkData* RandomArray(CDataSpace& s, std::mt19937& g) {
+    CZrkData* a = s.NewData(TYPE_R4, 5, 4, 3, 2, 1, 1, "");
+    std::uniform_real_distribution<float> u(-100, 100);
+    float* p = static_cast<float*>(a->data);
+    for (uint64_t k = 0; k < a->Count(); ++k) p[k] = u(g);
+    return a;
+}
+
+TEST(NumpyCross, StructuralOperatorsMatchNumpy) {
+    CDataSpace s;
+    std::mt19937 g(12345);
+    CZrkData* a = RandomArray(s, g);
+    CZrkData* b = RandomArray(s, g);
+    const res_t size[4] = {5, 4, 3, 2};
+
+    std::vector<Case> cases;
+    auto text = [&](const std::string& t) { return Text(s, t.c_str()); };
+    auto num = [&](double v) { return Scalar(s, v); };
+    for (int d = 0; d < 4; ++d) {
+        const std::string l(1, "xyzt"[d]);
+        const int64_t n = static_cast<int64_t>(size[d]);
+        cases.push_back({"flip " + l, [=](CDataSpace& t) { return Flip(t, d, a); }});
+        for (int64_t k : {int64_t{2}, int64_t{-3}, n + 1})
+            cases.push_back({"shift " + l + " " + std::to_string(k),
+                             [=](CDataSpace& t) { return Shift(t, d, a, num(k)); }});
+        cases.push_back({"pad " + l + " " + std::to_string(n + 3),
+                         [=](CDataSpace& t) { return Pad(t, d, a, n + 3); }});
+        for (int64_t k : {n + 3, n + 4})
+            cases.push_back({"padsim " + l + " " + std::to_string(k),
+                             [=](CDataSpace& t) { return PadSim(t, d, a, k); }});
+        cases.push_back({"cut " + l + " 1 " + std::to_string(n - 1),
+                         [=](CDataSpace& t) { return Cut(t, d, a, 1, n - 1); }});
+        cases.push_back({"cat " + l, [=](CDataSpace& t) { return Cat(t, d, a, b); }});
+        cases.push_back({"tile " + l + " " + std::to_string(2 * n + 1),
+                         [=](CDataSpace& t) { return Tile(t, d, a, 2 * n + 1); }});
+    }
+    for (const char* order : {"tzyx", "yx", "zxty", "ty", "xtz"})
+        cases.push_back({std::string("permute ") + order,
+                         [=](CDataSpace& t) { return Permute(t, text(order), a); }});
+    for (const char* pair : {"xy", "yt", "xz", "tz"})
+        cases.push_back({std::string("trans ") + pair,
+                         [=](CDataSpace& t) { return Trans(t, text(pair), a); }});
+    cases.push_back({"rotxy", [=](CDataSpace& t) { return RotXy(t, a); }});
+    cases.push_back({"rotmxy", [=](CDataSpace& t) { return RotMXy(t, a); }});
+    cases.push_back({"reshape 4 5 3 2", [=](CDataSpace& t) {
+                         const int64_t r[6] = {4, 5, 3, 2, 1, 1};
+                         return Reshape(t, a, r);
+                     }});
+    cases.push_back({"reshape 3 3 2 1", [=](CDataSpace& t) {
+                         const int64_t r[6] = {3, 3, 2, 1, 1, 1};
+                         return Reshape(t, a, r);
+                     }});
+
+    char pattern[] = "/tmp/quelmor_numpy_XXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    const fs::path dir = pattern;
+    Write(dir, "a", a);
+    Write(dir, "b", b);
+    {
+        std::ofstream list(dir / "cases.txt");
+        for (size_t k = 0; k < cases.size(); ++k) list << k << ' ' << cases[k].line << '\n';
+    }
+    const std::string command = std::string(QUELMOR_PYTHON) + " " + QUELMOR_TEST_DIR +
+                                "/numpy_check.py " + dir.string();
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+
+    for (size_t k = 0; k < cases.size(); ++k) {
+        SCOPED_TRACE(cases[k].line);
+        const std::string id = std::to_string(k);
+        std::vector<res_t> want(6, 1);
+        std::ifstream shape(dir / (id + ".shape"));
+        for (int d = 0; d < 4; ++d) shape >> want[d];
+        std::ifstream bin(dir / (id + ".bin"), std::ios::binary);
+        const std::string bytes((std::istreambuf_iterator<char>(bin)), {});
+
+        CDataSpace t;
+        const CZrkData* r = cases[k].run(t);
+        ASSERT_NE(r, nullptr);
+        EXPECT_EQ(Shape(r), want);
+        ASSERT_EQ(r->Bytes(), bytes.size());
+        EXPECT_EQ(std::memcmp(r->data, bytes.data(), bytes.size()), 0);
+    }
+    fs::remove_all(dir);
+}
+
+}  // namespace
