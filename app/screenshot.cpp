@@ -35,6 +35,7 @@ int main(int argc, char** argv) {
     QTimer::singleShot(500, [&] {
         const QPixmap shot = frame->screen()->grabWindow(frame->winId());
         status = shot.save(argv[1]) ? 0 : 1;
+        frame->SetClosingForScript(true);  // no exit question in a picture run
         qt.quit();
     });
     qt.exec();

@@ -17,7 +17,7 @@ struct CAllocRow {
 };
 
 class CAlloc {
-public:
+  public:
     static constexpr int kRows = 5;
 
     // "allocate successful" or "alloc failed".

@@ -11,9 +11,9 @@
 namespace {
 
 constexpr const char* kHidden[] = {
-    "binary_copy", "filt_coef", "zrk_angle", "zrk_line",   "zrk_profile", "recycle_bin",
-    "roi_mask",    "roi_draw",  "roi_ellip", "roi_fill",   "roi_rect",    "roi_binary",
-    "roi_x",       "roi_y",     "hist_nbins",
+    "binary_copy", "filt_coef",  "zrk_angle", "zrk_line",  "zrk_profile",
+    "recycle_bin", "roi_mask",   "roi_draw",  "roi_ellip", "roi_fill",
+    "roi_rect",    "roi_binary", "roi_x",     "roi_y",     "hist_nbins",
 };
 
 bool EndsWith(const char* text, const char* tail) {
@@ -99,10 +99,9 @@ std::string CDesktop::ByteLine(const CDataSpace& space) const {
     }
     char line[160];
     std::snprintf(line, sizeof line,
-                  desktop_bytes ? "data space %" PRIu64 "; undo space %" PRIu64
-                                  "; total bytes %" PRIu64
-                                : "data space %" PRIu64 "; undo space %" PRIu64
-                                  "; total space %" PRIu64,
+                  desktop_bytes
+                      ? "data space %" PRIu64 "; undo space %" PRIu64 "; total bytes %" PRIu64
+                      : "data space %" PRIu64 "; undo space %" PRIu64 "; total space %" PRIu64,
                   data, undo, data + undo);
     return line;
 }

@@ -37,7 +37,7 @@ struct CDesktopRow {
 bool IsHiddenOnDesktop(const char* name);
 
 class CDesktop {
-public:
+  public:
     static constexpr int kMaxPaths = 5;
 
     int ScanfOptions(CKeyReader& reader);

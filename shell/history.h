@@ -15,7 +15,7 @@
 class CKeyReader;
 
 class CHistory {
-public:
+  public:
     static constexpr const char* kFilledUp =
         "the history window has filled up\nit's contents wil be copied to the clipboard";
 
@@ -41,7 +41,7 @@ public:
     int history_minimized = 0;
     CRectOption history_loc;
 
-private:
+  private:
     size_t limit_;
     std::string text_;
     std::string partial_;

@@ -47,7 +47,7 @@ enum OptionModule {
 };
 
 class COptionTable {
-public:
+  public:
     using PrintfFn = std::function<void(FILE*)>;
     using ScanfFn = std::function<int(CKeyReader&)>;
     using SectionFn = std::function<void(CKeyReader&)>;
@@ -66,7 +66,7 @@ public:
     // The loop body of ReadOptions, for a reader that is already positioned on a token.
     bool Offer(CKeyReader& reader) const;
 
-private:
+  private:
     PrintfFn printf_[OPT_MODULE_COUNT];
     ScanfFn scanf_[OPT_MODULE_COUNT];
     SectionFn mu_estimation_options_;

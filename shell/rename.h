@@ -10,11 +10,10 @@ class CDataSpace;
 bool IsValidDataName(const std::string& name);
 
 class CRename {
-public:
+  public:
     // "rename successful", or why not: "no such data", "reserved data", "invalid name",
     // "name in use".
-    std::string Rename(CDataSpace& space, const std::string& old_name,
-                       const std::string& new_name);
+    std::string Rename(CDataSpace& space, const std::string& old_name, const std::string& new_name);
 
     // The last pair, offered again when the form opens.
     std::string old_name;

@@ -17,7 +17,7 @@ class CTrace;
 std::string FlakyText(const char* program, const char* location, int counter);
 
 class CShellHost : public CHost {
-public:
+  public:
     explicit CShellHost(CTrace& trace) : trace_(trace) {}
 
     void Trace(const char* location) override;
@@ -25,6 +25,6 @@ public:
 
     CTrace& TraceObject() { return trace_; }
 
-private:
+  private:
     CTrace& trace_;
 };

@@ -59,9 +59,9 @@ void CTrace::Crash() {
     const CCrashHooks& hooks = CrashHooks();
     if (!hooks.write || !crash_file_[0] || hooks.write(crash_file_) != 0) return;
     char message[160];
-    const int n = std::snprintf(message, sizeof message,
-                                "%s is crashing.\nworkspace saved in backup crash file\n",
-                                program_);
+    const int n =
+        std::snprintf(message, sizeof message,
+                      "%s is crashing.\nworkspace saved in backup crash file\n", program_);
     if (n > 0) (void)!write(STDERR_FILENO, message, static_cast<size_t>(n));
 }
 

@@ -16,7 +16,7 @@
 #include <exception>
 
 class CTrace {
-public:
+  public:
     static constexpr size_t kSize = 520;
 
     explicit CTrace(const char* program = "Quelmor");
@@ -32,7 +32,7 @@ public:
     void SetCrashFile(const char* path);
     const char* CrashFile() const { return crash_file_; }
 
-private:
+  private:
     static void OnSignal(int sig, siginfo_t* info, void* context);
     static void OnTerminate();
     // Counts the run; on the first, writes the crash workspace.

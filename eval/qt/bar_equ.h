@@ -10,17 +10,17 @@ class QLineEdit;
 
 class CBarEqu : public QDockWidget {
     Q_OBJECT
-public:
+  public:
     explicit CBarEqu(QWidget* parent = nullptr);
 
     void OnEquEval();
     void SetText(const QString& text);
     QLineEdit* Edit() const { return edit_; }
 
-signals:
+  signals:
     // After every evaluation, so the frame refreshes the desktop and the displays.
     void evaluated();
 
-private:
+  private:
     QLineEdit* edit_;
 };

@@ -12,16 +12,16 @@ class QPlainTextEdit;
 
 class CFormEqu : public QWidget {
     Q_OBJECT
-public:
+  public:
     explicit CFormEqu(QWidget* parent = nullptr);
 
     void OnEval();
     QPlainTextEdit* Edit() const { return edit_; }
 
-signals:
+  signals:
     void evaluated();
 
-private:
+  private:
     QPlainTextEdit* edit_;
     QCheckBox* update_range_;
     QLineEdit* this_name_;

@@ -34,8 +34,8 @@ QImage CAboutWave::DrawFrame(int frame, int width, int height) {
                 continue;
             }
             const double r = std::hypot(x - sx, y - sy);
-            const double v = std::cos(2 * M_PI * r / wavelength - phase) *
-                             std::exp(-r / (1.6 * radius));
+            const double v =
+                std::cos(2 * M_PI * r / wavelength - phase) * std::exp(-r / (1.6 * radius));
             line[x] = WaveColour(v);
         }
     }

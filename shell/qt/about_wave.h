@@ -11,7 +11,7 @@ class QLabel;
 
 class CAboutWave : public QDialog {
     Q_OBJECT
-public:
+  public:
     static constexpr int kFrames = 32;
     static constexpr int kTickMs = 75;
 
@@ -21,7 +21,7 @@ public:
     const QTimer& Timer() const { return timer_; }
     static QImage DrawFrame(int frame, int width, int height);
 
-private:
+  private:
     void OnTick();
 
     std::vector<QImage> frames_;

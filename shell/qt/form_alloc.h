@@ -13,16 +13,16 @@ class QSpinBox;
 
 class CFormAlloc : public QDialog {
     Q_OBJECT
-public:
+  public:
     explicit CFormAlloc(QWidget* parent = nullptr);
 
     // Reads the rows into the form's record and runs it.
     void OnAllocate();
 
-signals:
+  signals:
     void allocated(const QString& status);
 
-private:
+  private:
     struct Row {
         QLineEdit* name;
         QSpinBox* size[4];

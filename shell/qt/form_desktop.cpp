@@ -48,10 +48,13 @@ CFormDesktop::CFormDesktop(CDesktop& desktop, CRename& rename, QWidget* parent)
             [this](int index) { desktop_.desktop_selpath = index; });
 
     CDataSpace& space = GlobalDataSpace();
-    connect(AddEntry("free data", "desktop_free_data"), &QAction::triggered, this,
-            [this, &space] { Run(FreeSelectedData(space)); });
+    connect(AddEntry("free data", "desktop_free_data"), &QAction::triggered, this, [this, &space] {
+        Run("CFormDesktop::OnFreeData", [&] { return FreeSelectedData(space); });
+    });
     connect(AddEntry("free undo buffers", "desktop_free_undo"), &QAction::triggered, this,
-            [this, &space] { Run(FreeUndoBuffers(space)); });
+            [this, &space] {
+                Run("CFormDesktop::OnFreeUndo", [&] { return FreeUndoBuffers(space); });
+            });
     connect(AddEntry("allocate data", "desktop_allocate"), &QAction::triggered, this,
             &CFormDesktop::OnAllocate);
     menu_->addSeparator();
@@ -61,11 +64,17 @@ CFormDesktop::CFormDesktop(CDesktop& desktop, CRename& rename, QWidget* parent)
             [this] { OnDetails(0); });
     menu_->addSeparator();
     connect(AddEntry("declare pi", "desktop_declare_pi"), &QAction::triggered, this,
-            [this, &space] { Run(DeclareConstant(space, "pi", 3.14159265358979323846)); });
-    connect(AddEntry("declare e", "desktop_declare_e"), &QAction::triggered, this,
-            [this, &space] { Run(DeclareConstant(space, "e", 2.71828182845904523536)); });
-    connect(AddEntry("duplicate", "desktop_duplicate"), &QAction::triggered, this,
-            [this, &space] { Run(DuplicateSelected(space)); });
+            [this, &space] {
+                Run("CFormDesktop::OnDeclarePi",
+                    [&] { return DeclareConstant(space, "pi", 3.14159265358979323846); });
+            });
+    connect(AddEntry("declare e", "desktop_declare_e"), &QAction::triggered, this, [this, &space] {
+        Run("CFormDesktop::OnDeclareE",
+            [&] { return DeclareConstant(space, "e", 2.71828182845904523536); });
+    });
+    connect(AddEntry("duplicate", "desktop_duplicate"), &QAction::triggered, this, [this, &space] {
+        Run("CFormDesktop::OnDuplicate", [&] { return DuplicateSelected(space); });
+    });
     connect(AddEntry("rename", "desktop_rename"), &QAction::triggered, this,
             &CFormDesktop::OnRename);
     Refresh();
@@ -88,8 +97,8 @@ void CFormDesktop::Refresh() {
         auto* item = new QTreeWidgetItem(
             list_, {QString::fromStdString(row.name), QString::fromStdString(row.size),
                     QString::fromStdString(row.type), QString::fromStdString(row.caption)});
-        if (row.reserved) item->setForeground(0, palette().color(QPalette::Disabled,
-                                                                 QPalette::Text));
+        if (row.reserved)
+            item->setForeground(0, palette().color(QPalette::Disabled, QPalette::Text));
         item->setSelected(row.record->select & kDesktopSelect);
     }
     for (int c = 0; c + 1 < list_->columnCount(); ++c) list_->resizeColumnToContents(c);
@@ -127,5 +136,5 @@ void CFormDesktop::OnRename() {
 
 void CFormDesktop::OnDetails(int details) {
     desktop_.desktop_details = details;
-    Run(details ? "list details" : "list no detail");
+    emit commandDone(details ? "list details" : "list no detail");
 }

@@ -7,6 +7,8 @@
 #include <QWidget>
 #include <string>
 
+#include "core/host.h"
+
 class CDesktop;
 class CRename;
 class QComboBox;
@@ -16,7 +18,7 @@ class QTreeWidget;
 
 class CFormDesktop : public QWidget {
     Q_OBJECT
-public:
+  public:
     CFormDesktop(CDesktop& desktop, CRename& rename, QWidget* parent = nullptr);
 
     // Lists the records again and rewrites the byte line.
@@ -24,12 +26,17 @@ public:
     QTreeWidget* List() const { return list_; }
     QMenu* ContextMenu() const { return menu_; }
 
-signals:
+  signals:
     void commandDone(const QString& status);
 
-private:
+  private:
     void OnSelectionChanged();
-    void Run(const std::string& status) { emit commandDone(QString::fromStdString(status)); }
+    // Runs a command as a guarded method, then reports its status text.
+    template <class F>
+    void Run(const char* location, F body) {
+        const std::string status = Guarded(location, std::string("command failed"), body);
+        emit commandDone(QString::fromStdString(status));
+    }
     void OnAllocate();
     void OnRename();
     void OnDetails(int details);

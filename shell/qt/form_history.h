@@ -11,7 +11,7 @@
 
 class CFormHistory : public QWidget {
     Q_OBJECT
-public:
+  public:
     CFormHistory(CHistory& history, QWidget* parent = nullptr);
 
     void Append(const std::string& line);
@@ -19,14 +19,14 @@ public:
     void Flush(const std::string& text);
     QPlainTextEdit* Edit() const { return edit_; }
 
-signals:
+  signals:
     // The text of a line the user picked, without its line end.
     void linePicked(const QString& line);
 
-protected:
+  protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-private:
+  private:
     void Show(const std::string& line, bool filled, const std::string& old_text);
 
     CHistory& history_;

@@ -39,5 +39,7 @@ void CFormRename::OnRename() {
     const std::string status = rename_.Rename(GlobalDataSpace(), old_name_->text().toStdString(),
                                               new_name_->text().toStdString());
     status_->setText(QString::fromStdString(status));
+    // The next rename starts from the new name.
+    if (status == "rename successful") old_name_->setText(new_name_->text());
     emit renamed(QString::fromStdString(status));
 }

@@ -10,15 +10,15 @@ class QLineEdit;
 
 class CFormRename : public QDialog {
     Q_OBJECT
-public:
+  public:
     explicit CFormRename(CRename& rename, QWidget* parent = nullptr);
 
     void OnRename();
 
-signals:
+  signals:
     void renamed(const QString& status);
 
-private:
+  private:
     CRename& rename_;
     QLineEdit* old_name_;
     QLineEdit* new_name_;

@@ -23,7 +23,9 @@
 
 namespace {
 
-QRect ToRect(const CRectOption& r) { return QRect(QPoint(r.left, r.top), QPoint(r.right, r.bottom)); }
+QRect ToRect(const CRectOption& r) {
+    return QRect(QPoint(r.left, r.top), QPoint(r.right, r.bottom));
+}
 
 CRectOption FromRect(const QRect& r) { return {r.left(), r.top(), r.right(), r.bottom()}; }
 
@@ -109,9 +111,8 @@ void CMainFrame::BuildMenus() {
     });
 
     QMenu* window = menuBar()->addMenu("&window");
-    QAction* cascade = action(window, "cascade", "action_cascade", [this] {
-        mdi_->cascadeSubWindows();
-    });
+    QAction* cascade =
+        action(window, "cascade", "action_cascade", [this] { mdi_->cascadeSubWindows(); });
     QAction* tile = action(window, "tile", "action_tile", [this] { mdi_->tileSubWindows(); });
     QAction* refresh = action(window, "&refresh", "action_refresh", [this] { RefreshAll(); });
 
@@ -153,8 +154,7 @@ void CMainFrame::RestorePanes() {
     bar_->setVisible(main.view_equation_bar);
     const CDesktop& desk = modules_.desktop;
     desktop_dock_->setVisible(desk.view_desktop && !desk.desktop_minimized);
-    if (!desk.desktop_loc.IsEmpty())
-        desktop_dock_->resize(ToRect(desk.desktop_loc).size());
+    if (!desk.desktop_loc.IsEmpty()) desktop_dock_->resize(ToRect(desk.desktop_loc).size());
     const CHistory& hist = modules_.history;
     history_dock_->setVisible(hist.view_history && !hist.history_minimized);
     if (!hist.history_loc.IsEmpty()) history_dock_->resize(ToRect(hist.history_loc).size());
@@ -183,7 +183,6 @@ void CMainFrame::closeEvent(QCloseEvent* event) {
 }
 
 void CMainFrame::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        bar_->Edit()->setFocus();
+    if (event->type() == QEvent::ActivationChange && isActiveWindow()) bar_->Edit()->setFocus();
     QMainWindow::changeEvent(event);
 }

@@ -23,7 +23,7 @@ class QToolBar;
 
 class CMainFrame : public QMainWindow {
     Q_OBJECT
-public:
+  public:
     explicit CMainFrame(CShellModules& modules, QWidget* parent = nullptr);
 
     void RefreshAll();
@@ -40,11 +40,11 @@ public:
     void SetOnExit(std::function<void()> on_exit) { on_exit_ = std::move(on_exit); }
     void SetClosingForScript(bool closing) { closing_for_script_ = closing; }
 
-protected:
+  protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
 
-private:
+  private:
     void BuildMenus();
     void OnHelp(const QString& page);
     void KeepPlaces();

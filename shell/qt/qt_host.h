@@ -13,7 +13,7 @@
 class CMainFrame;
 
 class CQtHost : public CShellHost {
-public:
+  public:
     CQtHost(CTrace& trace, CMainFrame* frame) : CShellHost(trace), frame_(frame) {}
 
     void History(const std::string& line) override;
@@ -27,7 +27,7 @@ public:
     // What was asked and told while the automatic answer was set.
     std::vector<std::string> questions, messages;
 
-private:
+  private:
     CMainFrame* frame_;
     std::optional<bool> auto_answer_;
 };

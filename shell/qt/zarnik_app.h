@@ -29,7 +29,7 @@ struct CStartOptions {
 };
 
 class CZarnikApp {
-public:
+  public:
     CZarnikApp();
     ~CZarnikApp();
     CZarnikApp(const CZarnikApp&) = delete;
@@ -45,7 +45,7 @@ public:
     COptionTable& Table() { return table_; }
     const CPaths& Paths() const { return paths_; }
 
-private:
+  private:
     CTrace trace_;
     CPaths paths_;
     std::string preferences_;

@@ -10,7 +10,7 @@
 namespace {
 
 class FormLogicTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         space_.InitReservedData();
         space_.SetUnique();

@@ -12,13 +12,13 @@
 namespace {
 
 class DesktopTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         space_.InitReservedData();
         space_.SetUnique();
     }
-    CZrkData* Make(const char* name, int type = TYPE_R4, res_t nx = 1, res_t ny = 1,
-                   res_t nz = 1, res_t nt = 1) {
+    CZrkData* Make(const char* name, int type = TYPE_R4, res_t nx = 1, res_t ny = 1, res_t nz = 1,
+                   res_t nt = 1) {
         CZrkData* r = space_.NewData(type, nx, ny, nz, nt, 1, 1, name);
         if (r && r->Data()) std::memset(r->Data(), 0, r->Bytes());
         return r;
@@ -59,12 +59,12 @@ TEST_F(DesktopTest, ListHidesScratchRecordsAndMarksReservedOnes) {
 }
 
 TEST_F(DesktopTest, ByteLineCountsDataAndUndoInBothLayouts) {
-    Make("a", TYPE_R4, 10);                  // 40 bytes
-    CZrkData* b = Make("b", TYPE_R8, 4);     // 32 bytes
+    Make("a", TYPE_R4, 10);               // 40 bytes
+    CZrkData* b = Make("b", TYPE_R8, 4);  // 32 bytes
     CZrkData* next = new CZrkData;
     next->SetHeader(TYPE_I2, 3, 1, 1, 1, 1, 1);
     next->AllocateOrThrow();
-    b->NewUndo("equation", next);            // b now 6 bytes, 32 in undo
+    b->NewUndo("equation", next);  // b now 6 bytes, 32 in undo
     delete next;
     EXPECT_EQ(desk_.ByteLine(space_), "data space 46; undo space 32; total bytes 78");
     desk_.desktop_bytes = 0;

@@ -22,7 +22,7 @@
 namespace {
 
 class FormsTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         TestApp();
         scope_ = std::make_unique<CScopedHost>(host_);

@@ -27,7 +27,7 @@
 namespace {
 
 class MainFrameTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         TestApp();
         prefs_ = ::testing::TempDir() + "quelmor_gui_" +
@@ -58,8 +58,7 @@ protected:
     static QStringList Rows(QWidget* root) {
         QStringList names;
         auto* list = root->findChild<QTreeWidget*>("desktop_list");
-        for (int i = 0; i < list->topLevelItemCount(); ++i)
-            names << list->topLevelItem(i)->text(0);
+        for (int i = 0; i < list->topLevelItemCount(); ++i) names << list->topLevelItem(i)->text(0);
         return names;
     }
     static void Trigger(QWidget* root, const char* action) {
@@ -99,7 +98,8 @@ TEST_F(MainFrameTest, EquationBarEvaluatesIntoHistoryDesktopAndRecord) {
 
     Type(edit, "b = a +* 2");
     EXPECT_EQ(edit->text(), "b = a +* 2");
-    EXPECT_TRUE(frame->StatusText(0).contains("returned 'syntax error'")) << frame->StatusText(0).toStdString();
+    EXPECT_TRUE(frame->StatusText(0).contains("returned 'syntax error'"))
+        << frame->StatusText(0).toStdString();
     EXPECT_FALSE(history->toPlainText().contains("b = a"));
     EXPECT_EQ(Rows(frame), QStringList{"a"});
 }

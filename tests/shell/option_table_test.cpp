@@ -14,7 +14,7 @@
 namespace {
 
 class OptionTableTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         path_ = ::testing::TempDir() + "quelmor_prefs_" +
                 ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".txt";
@@ -25,9 +25,7 @@ protected:
     }
     void TearDown() override { std::remove(path_.c_str()); }
 
-    void WriteFile(const std::string& text) {
-        std::ofstream(path_, std::ios::binary) << text;
-    }
+    void WriteFile(const std::string& text) { std::ofstream(path_, std::ios::binary) << text; }
     std::string ReadFile() const {
         std::ifstream in(path_, std::ios::binary);
         std::stringstream s;

@@ -20,8 +20,8 @@ TEST(PathsTest, AllPathsHangBelowTheProgramFolder) {
 }
 
 TEST(PathsTest, NoFolderPartOrTooLongLeavesThemEmpty) {
-    for (const std::string& exe : {std::string("quelmor"), std::string(),
-                                  "/" + std::string(300, 'x') + "/quelmor"}) {
+    for (const std::string& exe :
+         {std::string("quelmor"), std::string(), "/" + std::string(300, 'x') + "/quelmor"}) {
         const CPaths p = CPaths::FromExecutable(exe);
         EXPECT_EQ(p.folder, "") << exe;
         EXPECT_EQ(p.preferences, "") << exe;

@@ -36,7 +36,7 @@ volatile sig_atomic_t g_previous_runs = 0;
 void PreviousHandler(int) { g_previous_runs = g_previous_runs + 1; }
 
 class TraceTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         file_ = ::testing::TempDir() + "quelmor_crash_" +
                 ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".zrk";
@@ -151,7 +151,7 @@ TEST_F(TraceTest, LocationIsCutTo520Characters) {
 
 // A shell host that answers the flaky question with a preset answer.
 class CAnsweringHost : public CShellHost {
-public:
+  public:
     using CShellHost::CShellHost;
     bool AskYesNo(const std::string& question) override {
         questions.push_back(question);
