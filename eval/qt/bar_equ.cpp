@@ -6,7 +6,7 @@
 #include <QLineEdit>
 
 #include "core/host.h"
-#include "shell/equation_call.h"
+#include "eval/equation_bar.h"
 
 CBarEqu::CBarEqu(QWidget* parent) : QDockWidget("equation", parent), edit_(new QLineEdit) {
     setObjectName("equation_bar");
@@ -35,12 +35,7 @@ void CBarEqu::OnEquEval() {
     Host().Status("calculating...");
     // The status pane repaints before the evaluation blocks the loop.
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    const CEquationOutcome outcome = EvaluateEquation(text);
-    if (outcome.ok) {
-        edit_->clear();
-        Host().Status("");
-    } else {
-        Host().Status(outcome.report);
-    }
+    // The text stays in the field when the evaluation fails, for correction.
+    if (EquationBarEval(text) == 0) edit_->clear();
     emit evaluated();
 }

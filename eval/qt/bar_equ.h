@@ -1,7 +1,8 @@
-// CBarEqu: the equation bar, a docked bar with one edit field. Enter evaluates the text:
-// "calculating..." in the status while it runs; on failure the report goes to the status
-// and the text stays for correction; on success the line goes to the history, the field is
-// emptied and the status cleared. SetText puts a picked history line back.
+// CBarEqu: the equation bar, a docked bar with one edit field. Enter evaluates the text
+// through EquationBarEval: "calculating..." in the status while it runs; on failure the
+// report goes to the status and the text stays for correction; on success the line goes to
+// the history, the field is emptied and the status cleared. SetText puts a picked history
+// line back.
 #pragma once
 
 #include <QDockWidget>

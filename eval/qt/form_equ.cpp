@@ -10,7 +10,8 @@
 #include <QVBoxLayout>
 
 #include "core/host.h"
-#include "shell/equation_call.h"
+#include "eval/eval_error.h"
+#include "shell/equation_form.h"
 
 CFormEqu::CFormEqu(QWidget* parent)
     : QWidget(parent),
@@ -43,10 +44,10 @@ void CFormEqu::OnEval() {
     Host().Trace("CFormEqu::OnEval");
     report_->setText("..calculating..");
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    CEquationOptions options;
+    CEquationFormOptions options;
     options.update_range = update_range_->isChecked();
     options.this_name = this_name_->text().trimmed().toStdString();
-    const CEquationOutcome outcome = EvaluateEquation(edit_->toPlainText().toStdString(), options);
-    report_->setText(outcome.ok ? QString() : QString::fromStdString(outcome.report));
+    const int status = FormEquEval(edit_->toPlainText().toStdString(), options);
+    report_->setText(status ? QString::fromStdString(ErrorText()) : QString());
     emit evaluated();
 }
