@@ -1,0 +1,117 @@
+// quelmor-calc: the equation language from a shell. Each -e is one equation-bar entry, in
+// order; without -e, standard input gives one entry per line. History lines go to standard
+// output, failure reports to standard error.
+//
+//   quelmor-calc [-s SCRIPT_DIR] [-k] [-e EQUATION]... [-p NAME]...
+//   quelmor-calc --functions
+#include <cinttypes>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "core/data_space.h"
+#include "core/host.h"
+#include "core/script_space.h"
+#include "eval/block_io.h"
+#include "eval/equation_bar.h"
+#include "eval/eval_error.h"
+#include "eval/function_table.h"
+
+namespace {
+
+class CConsoleHost : public CHost {
+public:
+    void History(const std::string& line) override {
+        std::string text = line;
+        if (text.size() >= 2 && text.compare(text.size() - 2, 2, "\r\n") == 0) text.resize(text.size() - 2);
+        std::printf("%s\n", text.c_str());
+    }
+    void Message(const std::string& text) override { std::fprintf(stderr, "%s", text.c_str()); }
+};
+
+int Usage() {
+    std::fprintf(stderr,
+                 "usage: quelmor-calc [-s SCRIPT_DIR] [-k] [-e EQUATION]... [-p NAME]...\n"
+                 "       quelmor-calc --functions\n");
+    return 2;
+}
+
+void ListFunctions() {
+    for (const CFuncRow* row : FunctionTable()) {
+        const CFuncHelp help = ReadHelp(row->help);
+        std::printf("%s %d %d %s\n", row->name, row->min_args, row->max_args, help.title);
+    }
+}
+
+void PrintRecord(const CZrkData* r) {
+    std::printf("%s\n", r->HeaderNameText().c_str());
+    if (!r->Data()) return;
+    const int comps = r->IsComplex() ? 2 : 1;
+    CBlockReader<double> reader(r, comps);
+    std::vector<double> buf(kBlockElements * comps);
+    for (uint64_t k = 0; k < r->Count(); k += kBlockElements) {
+        const size_t n = static_cast<size_t>(std::min<uint64_t>(kBlockElements, r->Count() - k));
+        const double* x = reader.Read(k, n, buf.data());
+        for (size_t j = 0; j < n; ++j) {
+            if (comps == 2)
+                std::printf("%.9g %.9g\n", x[2 * j], x[2 * j + 1]);
+            else
+                std::printf("%.9g\n", x[j]);
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::vector<std::string> equations, prints;
+    bool keep_going = false;
+    for (int k = 1; k < argc; ++k) {
+        const std::string arg = argv[k];
+        if (arg == "--functions") {
+            ListFunctions();
+            return 0;
+        } else if (arg == "-k") {
+            keep_going = true;
+        } else if ((arg == "-e" || arg == "-p" || arg == "-s") && k + 1 < argc) {
+            const char* value = argv[++k];
+            if (arg == "-e") equations.push_back(value);
+            if (arg == "-p") prints.push_back(value);
+            if (arg == "-s") {
+                GlobalScriptSpace().SetDirectory(value);
+                GlobalScriptSpace().Refresh();
+            }
+        } else {
+            return Usage();
+        }
+    }
+    CConsoleHost host;
+    CScopedHost scoped(host);
+    GlobalDataSpace().InitReservedData();
+    GlobalDataSpace().SetUnique();
+
+    int exit_status = 0;
+    auto run = [&](const std::string& text) {
+        if (EquationBarEval(text) == 0) return true;
+        std::fprintf(stderr, "%s\n", ErrorText().c_str());
+        exit_status = 1;
+        return keep_going;
+    };
+    if (equations.empty()) {
+        std::string line;
+        while (std::getline(std::cin, line))
+            if (!run(line)) break;
+    } else {
+        for (const std::string& text : equations)
+            if (!run(text)) break;
+    }
+    if (exit_status && !keep_going) return exit_status;
+    for (const std::string& name : prints) {
+        const CZrkData* r = GlobalDataSpace().FindData(name.c_str());
+        if (r) PrintRecord(r);
+    }
+    std::fflush(stdout);
+    return exit_status;
+}

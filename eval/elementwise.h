@@ -1,0 +1,214 @@
+// The elementwise engine of the evaluator: result records of operators and elementwise
+// functions, made on the evaluator's temporary list.
+//
+// The rule of a binary operation: the result type comes from the operator, each resolution
+// is the larger of the two operands', and each operand is tiled to the result by modulo
+// indexing, direction by direction, without any check of compatibility. A scalar is spread
+// without being copied; an operand of the result's shape is read in place.
+//
+// Dispatch on the element type happens once per operation: each operation is a template
+// per working type (float, double or int64_t), and its inner loops run over blocks.
+//
+//   CZrkData* r = BinaryOperation(temp, OP_ADD, a, b, nullptr);   // raises on failure
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <type_traits>
+
+#include "core/data_space.h"
+#include "core/zrk_data.h"
+#include "eval/block_io.h"
+
+enum EvalOp {
+    OP_ADD,
+    OP_SUB,
+    OP_MUL,
+    OP_DIV,
+    OP_MOD,
+    OP_SHL,
+    OP_SHR,
+    OP_BITAND,
+    OP_BITOR,
+    OP_BITXOR,
+    OP_EQ,
+    OP_NE,
+    OP_LT,
+    OP_GT,
+    OP_LE,
+    OP_GE,
+    OP_LAND,
+    OP_LOR,
+    OP_IQMUL,
+    OP_IQDIV,
+    OP_POW,
+    OP_ATAN2,
+    OP_BINARY_COUNT
+};
+
+enum EvalUnaryOp { OP_NEG, OP_LNOT, OP_COMPL };
+
+// The err_func text of a binary operator: "+", "<<", "==", ...
+const char* OpText(int op);
+
+// The result type of `op` on operands of types a and b; -1 when there is none.
+int BinaryResultType(int op, int a, int b);
+
+// A record of `type` and resolutions `res` on `temp`; raises "invalid data type" for a
+// negative type and "out of memory".
+CZrkData* NewTemp(CDataSpace& temp, int type, const res_t res[6]);
+
+// a op b. `reuse`, when not null, is `a` itself, a temporary that nobody else refers to: the
+// result is written over it when type and shape allow, saving a buffer and a pass.
+CZrkData* BinaryOperation(CDataSpace& temp, int op, CZrkData* a, const CZrkData* b,
+                          CZrkData* reuse);
+CZrkData* UnaryOperation(CDataSpace& temp, int op, const CZrkData* a);
+// a += delta in place, in a's own type.
+void IncrementInPlace(CZrkData* a, int delta);
+// Per element `c` not zero ? a : b, with the larger resolutions of the three.
+CZrkData* TernaryOperation(CDataSpace& temp, const CZrkData* c, const CZrkData* a,
+                           const CZrkData* b);
+// A copy of `a` at resolutions `res`, each element taken at its index modulo a's resolution.
+CZrkData* TileTo(CDataSpace& temp, const CZrkData* a, const res_t res[6]);
+// A copy of `a` converted to `type`: truncation and low bits for integers, q dropped or 0.
+CZrkData* ConvertRecord(CDataSpace& temp, const CZrkData* a, int type);
+// Converts all of `from` into `to` (same element count), with the rules of ConvertRecord.
+void ConvertInto(const CZrkData* from, CZrkData* to);
+
+// Raises "invalid data type" for an operand without type or without samples.
+void CheckOperand(const CZrkData* a);
+
+// Runs body(W{}) with W = double for r8 and complex r8, else float.
+template <class F>
+decltype(auto) WithFloatWorking(int type, F&& body) {
+    if (type % 10 == TYPE_R8) return body(double{});
+    return body(float{});
+}
+
+// One operand of an elementwise pass: read in place, converted, or a spread scalar.
+template <class W>
+class COperand {
+public:
+    COperand(const CZrkData* record, uint64_t count, int comps)
+        : reader_(record, comps), buf_(new W[kBlockElements * comps]) {
+        scalar_ = record->Count() == 1 && count != 1;
+        if (scalar_) {
+            W one[2] = {0, 0};
+            const W* p = reader_.Read(0, 1, one);
+            for (size_t j = 0; j < kBlockElements; ++j)
+                for (int c = 0; c < comps; ++c) buf_[j * comps + c] = p[c];
+        }
+    }
+    const W* Block(uint64_t index, size_t n) {
+        return scalar_ ? buf_.get() : reader_.Read(index, n, buf_.get());
+    }
+
+private:
+    CBlockReader<W> reader_;
+    std::unique_ptr<W[]> buf_;
+    bool scalar_;
+};
+
+// out = kernel(a) over all elements of `out`, in blocks: a is read in `in_comps`
+// components per element, out written in `out_comps`; the kernel takes (out, in, n) for n
+// elements. `a` has out's element count or is a scalar.
+template <class W, class K>
+void MapElements(const CZrkData* a, CZrkData* out, int in_comps, int out_comps, K kernel) {
+    const uint64_t count = out->Count();
+    COperand<W> in(a, count, in_comps);
+    CBlockWriter<W> writer(out, out_comps);
+    std::unique_ptr<W[]> buf(new W[kBlockElements * out_comps]);
+    for (uint64_t k = 0; k < count; k += kBlockElements) {
+        const size_t n = static_cast<size_t>(std::min<uint64_t>(kBlockElements, count - k));
+        const W* x = in.Block(k, n);
+        W* y = writer.Target(k, n, buf.get());
+        kernel(y, x, n);
+        writer.Commit(k, n, y);
+    }
+}
+
+// out = kernel(a, b), the same with two operands read in `in_comps` components.
+template <class W, class K>
+void ZipElements(const CZrkData* a, const CZrkData* b, CZrkData* out, int in_comps,
+                 int out_comps, K kernel) {
+    const uint64_t count = out->Count();
+    COperand<W> left(a, count, in_comps), right(b, count, in_comps);
+    CBlockWriter<W> writer(out, out_comps);
+    std::unique_ptr<W[]> buf(new W[kBlockElements * out_comps]);
+    for (uint64_t k = 0; k < count; k += kBlockElements) {
+        const size_t n = static_cast<size_t>(std::min<uint64_t>(kBlockElements, count - k));
+        const W* x = left.Block(k, n);
+        const W* y = right.Block(k, n);
+        W* z = writer.Target(k, n, buf.get());
+        kernel(z, x, y, n);
+        writer.Commit(k, n, z);
+    }
+}
+
+// Component-wise forms: the kernel takes m = elements * comps numbers.
+template <class W, class K>
+void MapBlocks(const CZrkData* a, CZrkData* out, int comps, K kernel) {
+    MapElements<W>(a, out, comps, comps,
+                   [&](W* y, const W* x, size_t n) { kernel(y, x, n * comps); });
+}
+
+template <class W, class K>
+void ZipBlocks(const CZrkData* a, const CZrkData* b, CZrkData* out, int comps, K kernel) {
+    ZipElements<W>(a, b, out, comps, comps,
+                   [&](W* z, const W* x, const W* y, size_t n) { kernel(z, x, y, n * comps); });
+}
+
+// Operands brought to the result's shape: the record itself when it already has it or is a
+// scalar, else a tiled temporary that dies with this object.
+class CTiled {
+public:
+    CTiled(CDataSpace& temp, const CZrkData* a, const res_t res[6]);
+    ~CTiled();
+    CTiled(const CTiled&) = delete;
+    CTiled& operator=(const CTiled&) = delete;
+    const CZrkData* get() const { return use_; }
+
+private:
+    CDataSpace& temp_;
+    CZrkData* tile_ = nullptr;
+    const CZrkData* use_;
+};
+
+// An elementwise function of one record: result of `type` at a's resolutions, computed in
+// the float precision of Promote(a, type). kernel(W* out, const W* in, size_t n) for n
+// elements, a read in `in_comps` and out written in `out_comps` components.
+template <class K>
+CZrkData* MapFloat(CDataSpace& temp, const CZrkData* a, int type, int in_comps, int out_comps,
+                   K&& kernel) {
+    CheckOperand(a);
+    res_t res[6];
+    a->GetRes(res);
+    CZrkData* out = NewTemp(temp, type, res);
+    WithFloatWorking(Promote(a->Type(), type), [&](auto w) {
+        MapElements<decltype(w)>(a, out, in_comps, out_comps, kernel);
+        return 0;
+    });
+    return out;
+}
+
+// An elementwise function of two records by the rule of binary operations: result of `type`,
+// larger resolutions, tiled operands. kernel(W* out, const W* a, const W* b, size_t n).
+template <class K>
+CZrkData* ZipFloat(CDataSpace& temp, const CZrkData* a, const CZrkData* b, int type,
+                   int in_comps, int out_comps, K&& kernel) {
+    CheckOperand(a);
+    CheckOperand(b);
+    CZrkData header;
+    header.PromoteFrom(*a, *b);
+    res_t res[6];
+    header.GetRes(res);
+    CZrkData* out = NewTemp(temp, type, res);
+    CTiled ta(temp, a, res), tb(temp, b, res);
+    WithFloatWorking(Promote(header.Type(), type), [&](auto w) {
+        ZipElements<decltype(w)>(ta.get(), tb.get(), out, in_comps, out_comps, kernel);
+        return 0;
+    });
+    return out;
+}

@@ -1,0 +1,27 @@
+#include "eval/equation_bar.h"
+
+#include "core/host.h"
+#include "eval/eval.h"
+#include "eval/eval_error.h"
+#include "eval/math_errors.h"
+
+int EquationBarEval(const std::string& text) {
+    CHost& host = Host();
+    host.Status("calculating...");
+    CZrkData* result = nullptr;
+    int status;
+    {
+        CEvalLines ev;
+        status = ev.Eval(&result, nullptr, text.c_str(), nullptr);
+        if (status == 0 && result) result->changed = 1;
+    }
+    if (status) {
+        host.Status(ErrorText());
+        return 1;
+    }
+    MathErrorReport();
+    host.History(text + "\r\n");
+    host.Status("");
+    host.RefreshDisplays();
+    return 0;
+}
