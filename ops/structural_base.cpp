@@ -37,13 +37,17 @@ void SetOpFunc(const char* name, int dir) {
 
 void SetOpText(const char* text) { err_func = text; }
 
-CZrkData* NewResult(CDataSpace& temp, int type, const res_t res[6], const CZrkData* steps) {
+void CheckResultSize(int type, const res_t res[6]) {
     if (!IsValidType(type)) Raise("invalid data type");
     uint64_t bytes = static_cast<uint64_t>(TypeInfo(type)->elem_bytes);
     for (int d = 0; d < 6; ++d) {
         if (!MulChecked(bytes, res[d], &bytes)) Raise("out of memory");
     }
     if (bytes > PhysicalBytes()) Raise("out of memory");
+}
+
+CZrkData* NewResult(CDataSpace& temp, int type, const res_t res[6], const CZrkData* steps) {
+    CheckResultSize(type, res);
     CZrkData* r = temp.NewData(type, res[0], res[1], res[2], res[3], res[4], res[5], "");
     if (!r) Raise("out of memory");
     if (steps) r->CopyMm(*steps);

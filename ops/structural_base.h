@@ -31,6 +31,8 @@ void SetOpText(const char* text);
 // A new record on `temp` with the steps of `steps` (when given). Raises "invalid data type"
 // and "out of memory", the latter also for a size that overflows or exceeds physical memory.
 CZrkData* NewResult(CDataSpace& temp, int type, const res_t res[6], const CZrkData* steps);
+// The size checks of NewResult alone, for operators that plan before they allocate.
+void CheckResultSize(int type, const res_t res[6]);
 
 // Raises "invalid data type" unless `a` has a type and samples.
 void RequireData(const CZrkData* a);

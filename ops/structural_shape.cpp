@@ -67,13 +67,18 @@ std::vector<Run> RunsOf(const std::vector<int64_t>& map) {
     return runs;
 }
 
-void CheckSize(int64_t n) {
+// A new size along dir: positive, and small enough for a result of a's kind.
+void CheckSize(const CZrkData* a, int dir, int64_t n) {
     if (n <= 0) Raise("resolution must be positive");
+    res_t res[6];
+    a->GetRes(res);
+    res[dir] = static_cast<res_t>(n);
+    CheckResultSize(a->type, res);
 }
 
 CZrkData* PadOp(CDataSpace& temp, int dir, const CZrkData* a, int64_t n, bool sym) {
     RequireData(a);
-    CheckSize(n);
+    CheckSize(a, dir, n);
     const int64_t old = static_cast<int64_t>(a->Res(dir));
     const int64_t lo = sym ? (n - old) / 2 : 0;
     // Output k reads input k - lo; a smaller size keeps the part that fits.
@@ -170,7 +175,7 @@ CZrkData* Tile(CDataSpace& temp, int dir, const CZrkData* a, int64_t n) {
     SetOpFunc("tile", dir);
     return LogFailure({CaughtLine("Tile", dir)}, [&] {
         RequireData(a);
-        CheckSize(n);
+        CheckSize(a, dir, n);
         const uint64_t old = a->Res(dir);
         std::vector<Run> runs;
         for (uint64_t k = 0; k < static_cast<uint64_t>(n); k += old)
@@ -183,9 +188,8 @@ CZrkData* Replicate(CDataSpace& temp, int dir, const CZrkData* a, int64_t n) {
     SetOpFunc("replicate", dir);
     return LogFailure({CaughtLine("Replicate", dir)}, [&] {
         RequireData(a);
-        CheckSize(n);
+        CheckSize(a, dir, n);
         const uint64_t old = a->Res(dir), b = static_cast<uint64_t>(n);
-        if (b > (uint64_t{1} << 40)) Raise("out of memory");
         // Two accumulators walk the larger size: the input advances on the first's wrap,
         // the output on the second's; an output takes the input current at its wrap.
         const uint64_t m = std::max(old, b);
@@ -258,7 +262,7 @@ CZrkData* Reshape(CDataSpace& temp, const CZrkData* a, const int64_t res[6]) {
     return LogFailure({"reshape() failed\r\n"}, [&] {
         res_t r[6];
         for (int d = 0; d < 6; ++d) {
-            CheckSize(res[d]);
+            if (res[d] <= 0) Raise("resolution must be positive");
             r[d] = static_cast<res_t>(res[d]);
         }
         return ReshapeOp(temp, a, r);
