@@ -1,4 +1,5 @@
-// The one QApplication of the widget tests, made on first use.
+// The one QApplication of the widget tests, made on first use and never destroyed: a static
+// one would be torn down after Qt's own statics at exit and crash there.
 #pragma once
 
 #include <QApplication>
@@ -7,6 +8,6 @@ inline QApplication& TestApp() {
     static int argc = 1;
     static char name[] = "shell_gui_tests";
     static char* argv[] = {name, nullptr};
-    static QApplication app(argc, argv);
-    return app;
+    static QApplication* app = new QApplication(argc, argv);
+    return *app;
 }
