@@ -16,6 +16,7 @@
 #include "core/data_space.h"
 #include "core/zrk_data.h"
 #include "eval/qt/bar_equ.h"
+#include "shell/crash_hooks.h"
 #include "shell/desktop.h"
 #include "shell/qt/form_desktop.h"
 #include "shell/qt/form_history.h"
@@ -187,6 +188,15 @@ TEST_F(MainFrameTest, MalformedPreferencesStillStart) {
     auto app = Start();
     EXPECT_TRUE(app->Frame()->isVisible());
     EXPECT_EQ(app->Modules().desktop.view_desktop, 1);
+}
+
+TEST_F(MainFrameTest, StartOffersTheCrashFileThroughTheHook) {
+    static std::string offered;
+    CrashHooks().offer = [](const char* path) { offered = path; };
+    auto app = Start();
+    CrashHooks().offer = nullptr;
+    EXPECT_EQ(offered, app->Paths().crash_workspace);
+    EXPECT_NE(offered.find("/quelmor_crash.zrk"), std::string::npos);
 }
 
 TEST_F(MainFrameTest, StatusBarHasThreePanes) {
