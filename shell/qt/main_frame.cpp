@@ -1,7 +1,6 @@
 #include "shell/qt/main_frame.h"
 
 #include <QCloseEvent>
-#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDockWidget>
 #include <QFileInfo>
@@ -117,18 +116,18 @@ void CMainFrame::BuildMenus() {
     QAction* refresh = action(window, "&refresh", "action_refresh", [this] { RefreshAll(); });
 
     QMenu* help = menuBar()->addMenu("&help");
-    action(help, "help", "action_help", [this] { OnHelp("help/zarnik.htm"); });
-    action(help, "quelmor help", "action_help_quelmor",
-           [this] { OnHelp("help/quelmor_help/quelmor.htm"); });
+    action(help, "help", "action_help", [this] { OnHelp(help_folder_ + "/zarnik.htm"); });
+    action(help, "quelmor help", "action_help_quelmor", [this] { OnHelp(help_page_); });
 
     for (QAction* a : {allocate, refresh, cascade, tile}) tools_->addAction(a);
 }
 
-void CMainFrame::OnHelp(const QString& page) {
+void CMainFrame::OnHelp(const std::string& page) {
     Host().Trace("CMainFrame::OnHelp");
     SetStatus(0, "starting browser");
-    const QString path = QCoreApplication::applicationDirPath() + "/" + page;
-    if (!QFileInfo::exists(path) || !QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
+    const QString path = QString::fromStdString(page);
+    if (help_folder_.empty() || !QFileInfo::exists(path) ||
+        !QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
         SetStatus(0, "could not open html help");
 }
 

@@ -39,6 +39,11 @@ class CMainFrame : public QMainWindow {
 
     void SetOnExit(std::function<void()> on_exit) { on_exit_ = std::move(on_exit); }
     void SetClosingForScript(bool closing) { closing_for_script_ = closing; }
+    // The help folder and the program's own help page, from the program's paths.
+    void SetHelp(const std::string& folder, const std::string& page) {
+        help_folder_ = folder;
+        help_page_ = page;
+    }
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -46,7 +51,7 @@ class CMainFrame : public QMainWindow {
 
   private:
     void BuildMenus();
-    void OnHelp(const QString& page);
+    void OnHelp(const std::string& page);
     void KeepPlaces();
     QDockWidget* Dock(const char* title, const char* name, QWidget* body, Qt::DockWidgetArea area);
 
@@ -61,4 +66,6 @@ class CMainFrame : public QMainWindow {
     QLabel* panes_[3];
     std::function<void()> on_exit_;
     bool closing_for_script_ = false;
+    std::string help_folder_;
+    std::string help_page_;
 };

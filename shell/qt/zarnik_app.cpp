@@ -30,6 +30,7 @@ bool CZarnikApp::InitInstance(const CStartOptions& start) {
 
     frame_ = std::make_unique<CMainFrame>(modules_);
     frame_->SetOnExit([this] { WriteOptions(); });
+    frame_->SetHelp(paths_.help, paths_.help_page);
 
     space.InitReservedData();
     space.SetUnique();

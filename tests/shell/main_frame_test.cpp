@@ -205,6 +205,9 @@ TEST_F(MainFrameTest, StatusBarHasThreePanes) {
         Find<QLabel>(app->Frame(), pane);
     Host().UndoTip("undo equation");
     EXPECT_EQ(app->Frame()->StatusText(1), "undo equation");
+    // The build folder has no help pages.
+    Trigger(app->Frame(), "action_help_quelmor");
+    EXPECT_EQ(app->Frame()->StatusText(0), "could not open html help");
 }
 
 }  // namespace
