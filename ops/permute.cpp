@@ -1,5 +1,8 @@
 #include "ops/permute.h"
 
+#include <emmintrin.h>
+#include <xmmintrin.h>
+
 #include <algorithm>
 #include <cstring>
 #include <string>
@@ -57,8 +60,30 @@ void CopyLine(const char* src, char* dst, uint64_t n, int64_t step) {
     for (uint64_t j = 0; j < n; ++j) std::memcpy(&d[j], src - static_cast<int64_t>(j) * E, E);
 }
 
+// A K x K square of the tile, K = 16 / E: K input lines of K elements each (rows a, the
+// elements x, x + 1, ...) go out as K output runs (one per x) through registers.
+template <int E>
+void Square(const char* src, const int64_t* aoff, char* dst, uint64_t dst_step) {
+    if constexpr (E == 4) {
+        __m128 r0 = _mm_loadu_ps(reinterpret_cast<const float*>(src + aoff[0] * 4));
+        __m128 r1 = _mm_loadu_ps(reinterpret_cast<const float*>(src + aoff[1] * 4));
+        __m128 r2 = _mm_loadu_ps(reinterpret_cast<const float*>(src + aoff[2] * 4));
+        __m128 r3 = _mm_loadu_ps(reinterpret_cast<const float*>(src + aoff[3] * 4));
+        _MM_TRANSPOSE4_PS(r0, r1, r2, r3);
+        _mm_storeu_ps(reinterpret_cast<float*>(dst), r0);
+        _mm_storeu_ps(reinterpret_cast<float*>(dst + dst_step), r1);
+        _mm_storeu_ps(reinterpret_cast<float*>(dst + 2 * dst_step), r2);
+        _mm_storeu_ps(reinterpret_cast<float*>(dst + 3 * dst_step), r3);
+    } else {
+        const __m128d r0 = _mm_loadu_pd(reinterpret_cast<const double*>(src + aoff[0] * 8));
+        const __m128d r1 = _mm_loadu_pd(reinterpret_cast<const double*>(src + aoff[1] * 8));
+        _mm_storeu_pd(reinterpret_cast<double*>(dst), _mm_unpacklo_pd(r0, r1));
+        _mm_storeu_pd(reinterpret_cast<double*>(dst + dst_step), _mm_unpackhi_pd(r0, r1));
+    }
+}
+
 constexpr uint64_t kChunk = 1024;  // offsets computed per call of Offsets
-constexpr uint64_t kBlockX = 16;   // input elements read per line in a tile
+constexpr uint64_t kBlockX = 32;   // input elements read per line in a tile
 constexpr uint64_t kBlockA = 256;  // output elements written per run in a tile
 
 template <int E>
@@ -104,7 +129,34 @@ void Move(const char* in, char* out, int64_t base, const Dim* dims, int nd) {
             Offsets(a_dims, q, a0, ba, aoff.data());
             for (uint64_t x0 = 0; x0 < nx; x0 += kBlockX) {
                 const uint64_t bx = std::min(kBlockX, nx - x0);
-                for (uint64_t x = x0; x < x0 + bx; ++x) {
+                // The lines of the next block are scattered beyond any hardware prefetcher's
+                // guess: ask for them a share per step of this block.
+                const char* next = ic + static_cast<int64_t>(x0 + bx) * sx * E;
+                const bool more = x0 + bx < nx;
+                const uint64_t share = (ba + bx - 1) / bx;
+                uint64_t x = x0;
+                if constexpr (E == 4 || E == 8) {
+                    // Whole squares through registers when x runs forwards.
+                    constexpr uint64_t K = 16 / E;
+                    const uint64_t whole = sx == 1 ? bx / K * K : 0, wa = ba / K * K;
+                    for (; x < x0 + whole; x += K) {
+                        if (more)
+                            for (uint64_t j = (x - x0) * share; j < std::min(ba, (x - x0 + K) * share); ++j)
+                                __builtin_prefetch(next + aoff[j] * E);
+                        const char* src = ic + static_cast<int64_t>(x) * E;
+                        Elem<E>* dst = oc + x * na + a0;
+                        for (uint64_t j = 0; j < wa; j += K)
+                            Square<E>(src, &aoff[j], reinterpret_cast<char*>(dst + j), na * E);
+                        for (uint64_t k = 0; k < K; ++k)
+                            for (uint64_t j = wa; j < ba; ++j)
+                                std::memcpy(&dst[k * na + j], src + (aoff[j] + k) * E, E);
+                    }
+                }
+                for (; x < x0 + bx; ++x) {
+                    if (more) {
+                        const uint64_t from = (x - x0) * share, to = std::min(ba, from + share);
+                        for (uint64_t j = from; j < to; ++j) __builtin_prefetch(next + aoff[j] * E);
+                    }
                     const char* src = ic + static_cast<int64_t>(x) * sx * E;
                     Elem<E>* dst = oc + x * na + a0;
                     for (uint64_t j = 0; j < ba; ++j) std::memcpy(&dst[j], src + aoff[j] * E, E);

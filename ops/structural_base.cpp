@@ -1,5 +1,6 @@
 #include "ops/structural_base.h"
 
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -35,6 +36,14 @@ void SetOpFunc(const char* name, int dir) {
     }
 }
 
+void AdviseHugePages(void* data, uint64_t bytes) {
+    constexpr uintptr_t kHuge = uintptr_t{2} << 20;
+    if (!data || bytes < 2 * kHuge) return;
+    const uintptr_t start = (reinterpret_cast<uintptr_t>(data) + kHuge - 1) & ~(kHuge - 1);
+    const uintptr_t end = (reinterpret_cast<uintptr_t>(data) + bytes) & ~(kHuge - 1);
+    if (end > start) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+}
+
 void SetOpText(const char* text) { err_func = text; }
 
 void CheckResultSize(int type, const res_t res[6]) {
@@ -50,6 +59,7 @@ CZrkData* NewResult(CDataSpace& temp, int type, const res_t res[6], const CZrkDa
     CheckResultSize(type, res);
     CZrkData* r = temp.NewData(type, res[0], res[1], res[2], res[3], res[4], res[5], "");
     if (!r) Raise("out of memory");
+    AdviseHugePages(r->data, r->Bytes());
     if (steps) r->CopyMm(*steps);
     return r;
 }

@@ -34,6 +34,10 @@ CZrkData* NewResult(CDataSpace& temp, int type, const res_t res[6], const CZrkDa
 // The size checks of NewResult alone, for operators that plan before they allocate.
 void CheckResultSize(int type, const res_t res[6]);
 
+// Asks for huge pages under a large untouched buffer: results of hundreds of megabytes
+// otherwise spend as long in page faults as in moving their bytes.
+void AdviseHugePages(void* data, uint64_t bytes);
+
 // Raises "invalid data type" unless `a` has a type and samples.
 void RequireData(const CZrkData* a);
 
