@@ -1,5 +1,6 @@
 #include "ops/structural_base.h"
 
+#include <emmintrin.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -42,6 +43,27 @@ void AdviseHugePages(void* data, uint64_t bytes) {
     const uintptr_t start = (reinterpret_cast<uintptr_t>(data) + kHuge - 1) & ~(kHuge - 1);
     const uintptr_t end = (reinterpret_cast<uintptr_t>(data) + bytes) & ~(kHuge - 1);
     if (end > start) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+}
+
+bool StreamsResult(const CZrkData* r) { return r->Bytes() >= (uint64_t{32} << 20); }
+
+void CopyBytes(char* dst, const char* src, uint64_t bytes, bool stream) {
+    // Large blocks: the library's memcpy streams them by itself.
+    if (!stream || bytes < 64 || bytes >= (uint64_t{1} << 20)) {
+        std::memcpy(dst, src, bytes);
+        return;
+    }
+    const uint64_t head = (16 - (reinterpret_cast<uintptr_t>(dst) & 15)) & 15;
+    std::memcpy(dst, src, head);
+    const uint64_t whole = (bytes - head) & ~uint64_t{15};
+    for (uint64_t k = head; k < head + whole; k += 16)
+        _mm_stream_si128(reinterpret_cast<__m128i*>(dst + k),
+                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + k)));
+    std::memcpy(dst + head + whole, src + head + whole, bytes - head - whole);
+}
+
+void EndStream(bool stream) {
+    if (stream) _mm_sfence();
 }
 
 void SetOpText(const char* text) { err_func = text; }

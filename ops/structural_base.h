@@ -38,6 +38,13 @@ void CheckResultSize(int type, const res_t res[6]);
 // otherwise spend as long in page faults as in moving their bytes.
 void AdviseHugePages(void* data, uint64_t bytes);
 
+// Results larger than the last-level cache are written past the caches (streaming stores):
+// a store that first reads its line would double the memory traffic of a byte mover.
+bool StreamsResult(const CZrkData* r);
+// memcpy, with streaming stores when `stream`; end a run of them with EndStream.
+void CopyBytes(char* dst, const char* src, uint64_t bytes, bool stream);
+void EndStream(bool stream);
+
 // Raises "invalid data type" unless `a` has a type and samples.
 void RequireData(const CZrkData* a);
 

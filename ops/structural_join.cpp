@@ -22,13 +22,15 @@ void JoinInto(const std::vector<const CZrkData*>& parts, int dir, CZrkData* out)
     const CWalk w(res, dir);
     const uint64_t slice = w.inner * out->elem_bytes;
     char* dst = static_cast<char*>(out->data);
+    const bool stream = StreamsResult(out);
     for (uint64_t o = 0; o < w.outer; ++o) {
         for (const CZrkData* p : parts) {
             const uint64_t bytes = p->Res(dir) * slice;
-            std::memcpy(dst, static_cast<const char*>(p->data) + o * bytes, bytes);
+            CopyBytes(dst, static_cast<const char*>(p->data) + o * bytes, bytes, stream);
             dst += bytes;
         }
     }
+    EndStream(stream);
 }
 
 CZrkData* CatAll(CDataSpace& temp, int dir, const std::vector<const CZrkData*>& inputs) {

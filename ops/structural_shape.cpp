@@ -36,6 +36,7 @@ CZrkData* MapSlices(CDataSpace& temp, int dir, const CZrkData* a, uint64_t n,
     const uint64_t slice = w.inner * a->elem_bytes;
     const char* src = static_cast<const char*>(a->data);
     char* dst = static_cast<char*>(r->data);
+    const bool stream = StreamsResult(r);
     for (uint64_t o = 0; o < w.outer; ++o) {
         const char* s = src + o * old * slice;
         char* d = dst + o * n * slice;
@@ -43,10 +44,11 @@ CZrkData* MapSlices(CDataSpace& temp, int dir, const CZrkData* a, uint64_t n,
             if (run.in < 0) {
                 std::memset(d + run.out * slice, 0, run.len * slice);
             } else {
-                std::memcpy(d + run.out * slice, s + run.in * slice, run.len * slice);
+                CopyBytes(d + run.out * slice, s + run.in * slice, run.len * slice, stream);
             }
         }
     }
+    EndStream(stream);
     return r;
 }
 
