@@ -173,19 +173,6 @@ CZrkData* PadSim(CDataSpace& temp, int dir, const CZrkData* a, int64_t n) {
     return LogFailure({CaughtLine("PadSim", dir)}, [&] { return PadOp(temp, dir, a, n, true); });
 }
 
-CZrkData* Tile(CDataSpace& temp, int dir, const CZrkData* a, int64_t n) {
-    SetOpFunc("tile", dir);
-    return LogFailure({CaughtLine("Tile", dir)}, [&] {
-        RequireData(a);
-        CheckSize(a, dir, n);
-        const uint64_t old = a->Res(dir);
-        std::vector<Run> runs;
-        for (uint64_t k = 0; k < static_cast<uint64_t>(n); k += old)
-            runs.push_back({k, 0, std::min<uint64_t>(old, n - k)});
-        return MapSlices(temp, dir, a, static_cast<uint64_t>(n), runs);
-    });
-}
-
 CZrkData* Replicate(CDataSpace& temp, int dir, const CZrkData* a, int64_t n) {
     SetOpFunc("replicate", dir);
     return LogFailure({CaughtLine("Replicate", dir)}, [&] {
@@ -332,25 +319,6 @@ CZrkData* ESort(CDataSpace& temp, const CZrkData* a, int64_t etl) {
                 for (uint64_t b = 0; b < e; ++b)
                     std::memcpy(dst + (b * n + i) * line, src + (next++) * line, line);
         }
-        return r;
-    });
-}
-
-CZrkData* SwapB(CDataSpace& temp, const CZrkData* a, const CZrkData* ti) {
-    SetOpFunc("swapb", -1);
-    return LogFailure({CaughtLine("SwapB", -1)}, [&] {
-        RequireData(a);
-        const int width = ti ? ti->comp_bytes : a->comp_bytes;
-        if (ti && ti->type < 0) Raise("invalid data type");
-        if (a->Bytes() % width != 0) Raise("invalid data type");
-        res_t res[6];
-        a->GetRes(res);
-        CZrkData* r = NewResult(temp, a->type, res, a);
-        const auto* src = static_cast<const unsigned char*>(a->data);
-        auto* dst = static_cast<unsigned char*>(r->data);
-        const uint64_t bytes = a->Bytes();
-        for (uint64_t k = 0; k < bytes; k += width)
-            for (int b = 0; b < width; ++b) dst[k + b] = src[k + width - 1 - b];
         return r;
     });
 }

@@ -1,5 +1,5 @@
 // Cutting, padding, resizing, shifting and reshaping along the directions; chop, the
-// echo-planar line orders and byte swapping.
+// echo-planar line orders.
 #pragma once
 
 #include <cstdint>
@@ -14,8 +14,6 @@ CZrkData* Cut(CDataSpace& temp, int dir, const CZrkData* a, int64_t i, int64_t j
 // pad keeps the data at index 0; padsim puts (n - old) / 2 zeros below.
 CZrkData* Pad(CDataSpace& temp, int dir, const CZrkData* a, int64_t n);
 CZrkData* PadSim(CDataSpace& temp, int dir, const CZrkData* a, int64_t n);
-// tile: n along dir, output index k reads input index k modulo the old size.
-CZrkData* Tile(CDataSpace& temp, int dir, const CZrkData* a, int64_t n);
 // replicate: n along dir by repeating or dropping elements, never blending.
 CZrkData* Replicate(CDataSpace& temp, int dir, const CZrkData* a, int64_t n);
 // shift: circular, output i reads input (size - n + i) modulo size. A shift array gives
@@ -32,5 +30,3 @@ CZrkData* EFlip(CDataSpace& temp, const CZrkData* a, int64_t etl);
 // esort: time-ordered echo-planar lines put in phase-encoding order; lines the order does
 // not reach (ny not a multiple of etl) are zero.
 CZrkData* ESort(CDataSpace& temp, const CZrkData* a, int64_t etl);
-// swapb: the bytes of each component reversed; with `ti`, components of ti's width.
-CZrkData* SwapB(CDataSpace& temp, const CZrkData* a, const CZrkData* ti);

@@ -10,6 +10,7 @@
 #include <random>
 #include <sstream>
 
+#include "eval/elementwise.h"
 #include "ops/permute.h"
 #include "ops/structural_join.h"
 #include "ops/structural_shape.h"
@@ -64,8 +65,11 @@ TEST(NumpyCross, StructuralOperatorsMatchNumpy) {
         cases.push_back({"cut " + l + " 1 " + std::to_string(n - 1),
                          [=](CDataSpace& t) { return Cut(t, d, a, 1, n - 1); }});
         cases.push_back({"cat " + l, [=](CDataSpace& t) { return Cat(t, d, a, b); }});
-        cases.push_back({"tile " + l + " " + std::to_string(2 * n + 1),
-                         [=](CDataSpace& t) { return Tile(t, d, a, 2 * n + 1); }});
+        cases.push_back({"tile " + l + " " + std::to_string(2 * n + 1), [=](CDataSpace& t) {
+                             res_t res[6] = {5, 4, 3, 2, 1, 1};
+                             res[d] = 2 * n + 1;
+                             return TileTo(t, a, res);
+                         }});
     }
     for (const char* order : {"tzyx", "yx", "zxty", "ty", "xtz"})
         cases.push_back({std::string("permute ") + order,
