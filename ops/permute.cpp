@@ -101,8 +101,7 @@ void Move(const char* in, char* out, int64_t base, const Dim* dims, int nd) {
             const uint64_t cnt = std::min(kChunk, lines - l0);
             Offsets(dims + 1, nd - 1, l0, cnt, offs.data());
             for (uint64_t j = 0; j < cnt; ++j)
-                CopyLine<E>(in + (base + offs[j]) * E, out + (l0 + j) * n0 * E, n0,
-                            dims[0].stride);
+                CopyLine<E>(in + (base + offs[j]) * E, out + (l0 + j) * n0 * E, n0, dims[0].stride);
         }
         return;
     }
@@ -141,7 +140,8 @@ void Move(const char* in, char* out, int64_t base, const Dim* dims, int nd) {
                     const uint64_t whole = sx == 1 ? bx / K * K : 0, wa = ba / K * K;
                     for (; x < x0 + whole; x += K) {
                         if (more)
-                            for (uint64_t j = (x - x0) * share; j < std::min(ba, (x - x0 + K) * share); ++j)
+                            for (uint64_t j = (x - x0) * share;
+                                 j < std::min(ba, (x - x0 + K) * share); ++j)
                                 __builtin_prefetch(next + aoff[j] * E);
                         const char* src = ic + static_cast<int64_t>(x) * E;
                         Elem<E>* dst = oc + x * na + a0;
@@ -186,12 +186,23 @@ void CopyElements(const char* src, char* dst, uint64_t n, int elem_bytes, bool r
     }
     const char* last = src + (n - 1) * elem_bytes;
     switch (elem_bytes) {
-        case 1: CopyLine<1>(last, dst, n, -1); break;
-        case 2: CopyLine<2>(last, dst, n, -1); break;
-        case 4: CopyLine<4>(last, dst, n, -1); break;
-        case 8: CopyLine<8>(last, dst, n, -1); break;
-        case 16: CopyLine<16>(last, dst, n, -1); break;
-        default: Raise("invalid data type");
+        case 1:
+            CopyLine<1>(last, dst, n, -1);
+            break;
+        case 2:
+            CopyLine<2>(last, dst, n, -1);
+            break;
+        case 4:
+            CopyLine<4>(last, dst, n, -1);
+            break;
+        case 8:
+            CopyLine<8>(last, dst, n, -1);
+            break;
+        case 16:
+            CopyLine<16>(last, dst, n, -1);
+            break;
+        default:
+            Raise("invalid data type");
     }
 }
 
@@ -226,12 +237,23 @@ void PermuteBytes(const CZrkData* in, CZrkData* out, const int perm[6], const bo
     const char* src = static_cast<const char*>(in->data);
     char* dst = static_cast<char*>(out->data);
     switch (in->elem_bytes) {
-        case 1: Move<1>(src, dst, base, dims, nd); break;
-        case 2: Move<2>(src, dst, base, dims, nd); break;
-        case 4: Move<4>(src, dst, base, dims, nd); break;
-        case 8: Move<8>(src, dst, base, dims, nd); break;
-        case 16: Move<16>(src, dst, base, dims, nd); break;
-        default: Raise("invalid data type");
+        case 1:
+            Move<1>(src, dst, base, dims, nd);
+            break;
+        case 2:
+            Move<2>(src, dst, base, dims, nd);
+            break;
+        case 4:
+            Move<4>(src, dst, base, dims, nd);
+            break;
+        case 8:
+            Move<8>(src, dst, base, dims, nd);
+            break;
+        case 16:
+            Move<16>(src, dst, base, dims, nd);
+            break;
+        default:
+            Raise("invalid data type");
     }
 }
 

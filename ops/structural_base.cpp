@@ -15,7 +15,9 @@
 namespace {
 
 // Multiplies, or returns false on overflow.
-bool MulChecked(uint64_t a, uint64_t b, uint64_t* out) { return !__builtin_mul_overflow(a, b, out); }
+bool MulChecked(uint64_t a, uint64_t b, uint64_t* out) {
+    return !__builtin_mul_overflow(a, b, out);
+}
 
 uint64_t PhysicalBytes() {
     const long pages = sysconf(_SC_PHYS_PAGES);

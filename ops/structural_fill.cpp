@@ -76,7 +76,8 @@ std::vector<unsigned char> Radial(const CZrkData* a, double i, double j, bool vo
         for (res_t y = 0; y < a->ny; ++y)
             for (res_t x = 0; x < a->nx; ++x) {
                 const double dz = volume ? (z - cz) * (z - cz) : 0;
-                const float r = static_cast<float>(std::sqrt((y - cy) * (y - cy) + (x - cx) * (x - cx) + dz));
+                const float r =
+                    static_cast<float>(std::sqrt((y - cy) * (y - cy) + (x - cx) * (x - cx) + dz));
                 inside[k++] = i <= r && r <= j;
             }
     return inside;
@@ -188,9 +189,11 @@ CZrkData* MoveIndexed(CDataSpace& temp, const CZrkData* dirs, const CZrkData* a,
     const char* s = static_cast<const char*>(src->data);
     char* t = static_cast<char*>(r->data);
     if (gather) {
-        IndexWalk(r, src, d, indices, [&](uint64_t k, uint64_t o) { std::memcpy(t + k * e, s + o * e, e); });
+        IndexWalk(r, src, d, indices,
+                  [&](uint64_t k, uint64_t o) { std::memcpy(t + k * e, s + o * e, e); });
     } else {
-        IndexWalk(src, r, d, indices, [&](uint64_t k, uint64_t o) { std::memcpy(t + o * e, s + k * e, e); });
+        IndexWalk(src, r, d, indices,
+                  [&](uint64_t k, uint64_t o) { std::memcpy(t + o * e, s + k * e, e); });
     }
     return r;
 }
@@ -347,7 +350,8 @@ CZrkData* Crop2d(CDataSpace& temp, const CZrkData* a) {
         for (uint64_t k = 0; k < inside.size(); ++k)
             if (inside[k]) {
                 const int64_t x = k % a->nx, y = k / a->nx;
-                x0 = std::min(x0, x), x1 = std::max(x1, x), y0 = std::min(y0, y), y1 = std::max(y1, y);
+                x0 = std::min(x0, x), x1 = std::max(x1, x), y0 = std::min(y0, y),
+                y1 = std::max(y1, y);
             }
         if (x1 < 0) Raise("invalid 2d roi");
         CZrkData* r = Cut(temp, 1, Cut(temp, 0, a, x0, x1), y0, y1);
@@ -404,8 +408,8 @@ CZrkData* Gather(CDataSpace& temp, const CZrkData* dirs, const CZrkData* a, cons
                       [&] { return MoveIndexed(temp, dirs, a, init, indices, true); });
 }
 
-CZrkData* Scatter(CDataSpace& temp, const CZrkData* dirs, const CZrkData* a,
-                  const CZrkData* init, const std::vector<const CZrkData*>& indices) {
+CZrkData* Scatter(CDataSpace& temp, const CZrkData* dirs, const CZrkData* a, const CZrkData* init,
+                  const std::vector<const CZrkData*>& indices) {
     SetOpFunc("scatter", -1);
     return LogFailure({CaughtLine("Scatter", -1)},
                       [&] { return MoveIndexed(temp, dirs, a, init, indices, false); });

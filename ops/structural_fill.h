@@ -40,8 +40,8 @@ CZrkData* Select(CDataSpace& temp, const CZrkData* mask, const CZrkData* a);
 // to that place of a copy of init. Places outside the arrays are skipped.
 CZrkData* Gather(CDataSpace& temp, const CZrkData* dirs, const CZrkData* a, const CZrkData* init,
                  const std::vector<const CZrkData*>& indices);
-CZrkData* Scatter(CDataSpace& temp, const CZrkData* dirs, const CZrkData* a,
-                  const CZrkData* init, const std::vector<const CZrkData*>& indices);
+CZrkData* Scatter(CDataSpace& temp, const CZrkData* dirs, const CZrkData* a, const CZrkData* init,
+                  const std::vector<const CZrkData*>& indices);
 // set1droi: roi_x from the first two numbers of a. set2droi: the region record of `type`
 // ("x", "y", "rect", "ellip", "draw") from a's points (x, y along x, one point per y); the
 // mask is rebuilt when one exists. Both return a copy of the region record.

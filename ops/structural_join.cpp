@@ -11,9 +11,8 @@
 namespace {
 
 const char* const kNotCompatible[6] = {
-    "x resolutions not compatible", "y resolutions not compatible",
-    "z resolutions not compatible", "t resolutions not compatible",
-    "u resolutions not compatible", "v resolutions not compatible"};
+    "x resolutions not compatible", "y resolutions not compatible", "z resolutions not compatible",
+    "t resolutions not compatible", "u resolutions not compatible", "v resolutions not compatible"};
 
 // The inputs, already of the result's type, joined along dir into `out`.
 void JoinInto(const std::vector<const CZrkData*>& parts, int dir, CZrkData* out) {
@@ -62,8 +61,9 @@ void CheckCompatible(const CZrkData* a, const CZrkData* b, int dir) {
 
 CZrkData* Cat(CDataSpace& temp, int dir, const CZrkData* a, const CZrkData* b) {
     SetOpFunc("cat", dir);
-    return LogFailure({std::string("Cat") + kDirCapitals[dir] + " failed\r\n"},
-                      [&] { return CatAll(temp, dir, {a, b}); });
+    return LogFailure({std::string("Cat") + kDirCapitals[dir] + " failed\r\n"}, [&] {
+        return CatAll(temp, dir, {a, b});
+    });
 }
 
 CZrkData* CatM(CDataSpace& temp, int dir, const CZrkData* first, const CZrkData* last,
@@ -78,8 +78,9 @@ CZrkData* CatM(CDataSpace& temp, int dir, const CZrkData* first, const CZrkData*
                 found.push_back(p);
         }
         if (found.empty()) Raise("null input data set");
-        std::sort(found.begin(), found.end(),
-                  [](const CZrkData* x, const CZrkData* y) { return std::strcmp(x->name, y->name) < 0; });
+        std::sort(found.begin(), found.end(), [](const CZrkData* x, const CZrkData* y) {
+            return std::strcmp(x->name, y->name) < 0;
+        });
         for (CZrkData* p : found) space.CheckValid(p);
         CZrkData* r = CatAll(temp, dir, {found.begin(), found.end()});
         if (delete_inputs)
@@ -90,28 +91,26 @@ CZrkData* CatM(CDataSpace& temp, int dir, const CZrkData* first, const CZrkData*
 
 CZrkData* Stuff1d(CDataSpace& temp, int dir, const CZrkData* a, const CZrkData* b, int64_t i) {
     SetOpFunc("stuff1d", dir);
-    return LogFailure({std::string("stuff1d('") + kDirLetters[dir] + "') failed\r\n",
-                       CaughtLine("Stuff1d", dir)},
-                      [&] {
-                          RequireData(a);
-                          RequireData(b);
-                          CheckCompatible(a, b, dir);
-                          const uint64_t n = a->Res(dir);
-                          if (i < 0 || static_cast<uint64_t>(i) >= n)
-                              Raise("index > resolution");
-                          res_t res[6];
-                          a->GetRes(res);
-                          CZrkData* r = NewResult(temp, a->type, res, a);
-                          std::memcpy(r->data, a->data, a->Bytes());
-                          const CZrkData* src = AsType(temp, b, a->type);
-                          const CWalk w(res, dir);
-                          const uint64_t slice = w.inner * a->elem_bytes;
-                          const uint64_t nb = b->Res(dir);
-                          const uint64_t len = std::min<uint64_t>(nb, n - i) * slice;
-                          for (uint64_t o = 0; o < w.outer; ++o)
-                              std::memcpy(static_cast<char*>(r->data) + (o * n + i) * slice,
-                                          static_cast<const char*>(src->data) + o * nb * slice,
-                                          len);
-                          return r;
-                      });
+    return LogFailure(
+        {std::string("stuff1d('") + kDirLetters[dir] + "') failed\r\n", CaughtLine("Stuff1d", dir)},
+        [&] {
+            RequireData(a);
+            RequireData(b);
+            CheckCompatible(a, b, dir);
+            const uint64_t n = a->Res(dir);
+            if (i < 0 || static_cast<uint64_t>(i) >= n) Raise("index > resolution");
+            res_t res[6];
+            a->GetRes(res);
+            CZrkData* r = NewResult(temp, a->type, res, a);
+            std::memcpy(r->data, a->data, a->Bytes());
+            const CZrkData* src = AsType(temp, b, a->type);
+            const CWalk w(res, dir);
+            const uint64_t slice = w.inner * a->elem_bytes;
+            const uint64_t nb = b->Res(dir);
+            const uint64_t len = std::min<uint64_t>(nb, n - i) * slice;
+            for (uint64_t o = 0; o < w.outer; ++o)
+                std::memcpy(static_cast<char*>(r->data) + (o * n + i) * slice,
+                            static_cast<const char*>(src->data) + o * nb * slice, len);
+            return r;
+        });
 }

@@ -30,9 +30,12 @@ int Variant(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs) {
 
 template <class Op, int Count>
 struct Family {
-    static constexpr FuncHandler kVariants[6] = {
-        Variant<Op, 0>, Variant<Op, 1>, Variant<Op, 2>, Variant<Op, 3>,
-        Count > 4 ? Variant<Op, 4> : nullptr, Count > 4 ? Variant<Op, 5> : nullptr};
+    static constexpr FuncHandler kVariants[6] = {Variant<Op, 0>,
+                                                 Variant<Op, 1>,
+                                                 Variant<Op, 2>,
+                                                 Variant<Op, 3>,
+                                                 Count > 4 ? Variant<Op, 4> : nullptr,
+                                                 Count > 4 ? Variant<Op, 5> : nullptr};
     // The general function: the direction string first, then the variant's arguments.
     static int General(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs) {
         SetOpText(Op::kGeneral);
@@ -68,7 +71,9 @@ struct OpChop {
 struct OpCross {
     static constexpr const char* kGeneral = "cross()";
     static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Cross(t, d, a[0], a[1]); }
+    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
+        return Cross(t, d, a[0], a[1]);
+    }
 };
 struct OpCut {
     static constexpr const char* kGeneral = "cut()";
@@ -111,7 +116,9 @@ struct OpLine {
 struct OpPad {
     static constexpr const char* kGeneral = "pad()";
     static constexpr bool kMultiple = true;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Pad(t, d, a[0], IntArg(a[1])); }
+    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
+        return Pad(t, d, a[0], IntArg(a[1]));
+    }
 };
 struct OpPadSim {
     static constexpr const char* kGeneral = "padsim()";
@@ -130,7 +137,9 @@ struct OpRamp {
 struct OpShift {
     static constexpr const char* kGeneral = "shift()";
     static constexpr bool kMultiple = true;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Shift(t, d, a[0], a[1]); }
+    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
+        return Shift(t, d, a[0], a[1]);
+    }
 };
 struct OpStep {
     static constexpr const char* kGeneral = "step()";
@@ -161,7 +170,8 @@ int GeneralRadial(CZrkData** result, CDataSpace& temp, CZrkData** args, int narg
     if (DirectionOf(args[0]) < 0) {
         const std::string text = TextOf(args[0]);
         if (text.find('r') != std::string::npos) return radial(result, temp, args + 1, nargs - 1);
-        if (text.find('s') != std::string::npos) return spherical(result, temp, args + 1, nargs - 1);
+        if (text.find('s') != std::string::npos)
+            return spherical(result, temp, args + 1, nargs - 1);
     }
     return Family<Op, 4>::General(result, temp, args, nargs);
 }
@@ -185,29 +195,75 @@ int EvalStrip(CZrkData** r, CDataSpace& t, CZrkData** a, int n) {
     return GeneralRadial<OpStrip>(r, t, a, n, EvalStripR, EvalStripS);
 }
 
-int EvalCrop1d(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Crop1d(t, a[0]); }); }
-int EvalCrop2d(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Crop2d(t, a[0]); }); }
-int EvalFill1d(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Fill1d(t, a[0], a[1]); }); }
-int EvalFill2d(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Fill2d(t, a[0], a[1]); }); }
-int EvalStrip1d(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Strip1d(t, a[0], a[1]); }); }
-int EvalStrip2d(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Strip2d(t, a[0], a[1]); }); }
-int EvalFillInf(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return FillInf(t, a[0], a[1]); }); }
-int EvalEFlip(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return EFlip(t, a[0], IntArg(a[1])); }); }
-int EvalESort(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return ESort(t, a[0], IntArg(a[1])); }); }
-int EvalEye(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Eye(t, a[0], IntArg(a[1])); }); }
-int EvalNoise(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Noise(t, a[0], FloatArg(a[1]), a[2]); }); }
-int EvalRand(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Rand(t, a[0]); }); }
-int EvalSRand(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return SRand(t, IntArg(a[0]), a[1]); }); }
-int EvalPermute(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Permute(t, a[0], a[1]); }); }
-int EvalTrans(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Trans(t, a[0], a[1]); }); }
-int EvalRotXy(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return RotXy(t, a[0]); }); }
-int EvalRotMXy(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return RotMXy(t, a[0]); }); }
-int EvalPoints2d(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Points2d(t, a[0]); }); }
-int EvalSet1dRoi(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Set1dRoi(t, a[0]); }); }
-int EvalSet2dRoi(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Set2dRoi(t, a[0], a[1]); }); }
-int EvalShape(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Shape(t, a[0], a[1]); }); }
-int EvalSelect(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Select(t, a[0], a[1]); }); }
-int EvalSqueeze(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Row(r, [&] { return Squeeze(t, a[0]); }); }
+int EvalCrop1d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Crop1d(t, a[0]); });
+}
+int EvalCrop2d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Crop2d(t, a[0]); });
+}
+int EvalFill1d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Fill1d(t, a[0], a[1]); });
+}
+int EvalFill2d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Fill2d(t, a[0], a[1]); });
+}
+int EvalStrip1d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Strip1d(t, a[0], a[1]); });
+}
+int EvalStrip2d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Strip2d(t, a[0], a[1]); });
+}
+int EvalFillInf(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return FillInf(t, a[0], a[1]); });
+}
+int EvalEFlip(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return EFlip(t, a[0], IntArg(a[1])); });
+}
+int EvalESort(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return ESort(t, a[0], IntArg(a[1])); });
+}
+int EvalEye(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Eye(t, a[0], IntArg(a[1])); });
+}
+int EvalNoise(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Noise(t, a[0], FloatArg(a[1]), a[2]); });
+}
+int EvalRand(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Rand(t, a[0]); });
+}
+int EvalSRand(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return SRand(t, IntArg(a[0]), a[1]); });
+}
+int EvalPermute(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Permute(t, a[0], a[1]); });
+}
+int EvalTrans(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Trans(t, a[0], a[1]); });
+}
+int EvalRotXy(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return RotXy(t, a[0]); });
+}
+int EvalRotMXy(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return RotMXy(t, a[0]); });
+}
+int EvalPoints2d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Points2d(t, a[0]); });
+}
+int EvalSet1dRoi(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Set1dRoi(t, a[0]); });
+}
+int EvalSet2dRoi(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Set2dRoi(t, a[0], a[1]); });
+}
+int EvalShape(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Shape(t, a[0], a[1]); });
+}
+int EvalSelect(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Select(t, a[0], a[1]); });
+}
+int EvalSqueeze(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Row(r, [&] { return Squeeze(t, a[0]); });
+}
 
 int EvalReshape(CZrkData** r, CDataSpace& t, CZrkData** a, int n) {
     return Row(r, [&] {
@@ -226,53 +282,399 @@ int EvalScatter(CZrkData** r, CDataSpace& t, CZrkData** a, int n) {
 }
 
 // Help records: title, argument pairs, null, example lines, null.
-const char* const kHelpCat[] = {"concatenate data", "\"xyzt\"", "direction of operation; choose one", "d0", "first data array", "d1", "second data array", nullptr, "c0 = cat('z',d0,d1)", "all other dimensions must match", nullptr};
-const char* const kHelpCatm[] = {"concatenate multiple data", "\"xyzt\"", "direction of operation; choose one", "first", "first name, lexically", "last", "last name, lexically", nullptr, "c0 = catm('t',a00,a99)", "joins every array named from first to last", nullptr};
-const char* const kHelpCatmd[] = {"concatenate multiple data", "\"xyzt\"", "direction of operation; choose one", "first", "first name, lexically", "last", "last name, lexically", nullptr, "c0 = catmd('t',a00,a99)", "as catm, then deletes the arrays joined", nullptr};
-const char* const kHelpChop[] = {"chop data", "\"xyzt\"", "direction of operation; choose multiple", "data", "input data array", nullptr, "out = chop('x',data)", "odd indices negated: moves the origin of a transform", nullptr};
-const char* const kHelpCross[] = {"cross/vector product", "\"xyzt\"", "direction of operation; choose one", "d0", "vectors of 3", "d1", "vectors of 3", nullptr, "c0 = cross('t',d0,d1)", nullptr};
-const char* const kHelpCut[] = {"cut data along x", "\"xyzt\"", "direction of operation; choose one", "data", "input data array", "i", "first index", "j", "last index", nullptr, "out = cut('x',data,10,20)", "NOTE index starts at 0", nullptr};
-const char* const kHelpCrop1d[] = {"cut out data using current 1d roi", "data", "input data array", nullptr, "out = crop1d(data)", nullptr};
-const char* const kHelpCrop2d[] = {"cut out data using current 2d roi", "data", "input data array", nullptr, "out = crop2d(data)", nullptr};
-const char* const kHelpDelta[] = {"unit delta function", "\"xyzt\"", "direction of operation; choose one", "i", "index of the one", "n", "number of points", nullptr, "out = delta('x',5,64)", "NOTE index starts at 0", nullptr};
-const char* const kHelpDot[] = {"dot/scalar product", "\"xyzt\"", "direction of operation; choose one", "d0", "first data array", "d1", "second data array", nullptr, "c0 = dot('x',d0,d1)", nullptr};
-const char* const kHelpEFlip[] = {"epi frequency flip", "data", "input data array", "etl", "echo train length", nullptr, "out = eflip(data,8)", "assumes standard interleaving", nullptr};
-const char* const kHelpESort[] = {"epi phase sort", "data", "input data array", "etl", "echo train length", nullptr, "out = esort(data,8)", "sorts time-ordered phase encoding steps, without flip", nullptr};
-const char* const kHelpEye[] = {"identity matrix", "\"xy\"", "two directions", "n", "size", nullptr, "out = eye('xy',4)", nullptr};
-const char* const kHelpFill[] = {"fill data", "\"xyztrs\"", "direction of operation; choose one", "data", "input data array", "i", "first index", "j", "last index", "value", "fill value", nullptr, "out = fill('y',data,0,9,0)", "r and s measure radius in pixels from the centre", nullptr};
-const char* const kHelpFill1d[] = {"fill data using current 1d roi", "data", "input data array", "value", "fill value", nullptr, "out = fill1d(data,0)", nullptr};
-const char* const kHelpFill2d[] = {"fill data inside current 2d roi", "data", "input data array", "value", "fill value", nullptr, "out = fill2d(data,0)", nullptr};
-const char* const kHelpFillInf[] = {"fillinf", "data", "input data array", "value", "replaces inf and nan", nullptr, "out = fillinf(data,0)", "i and q are tested apart", nullptr};
-const char* const kHelpFlip[] = {"flip data", "\"xyzt\"", "direction of operation; choose multiple", "data", "input data array", nullptr, "out = flip('x',data)", nullptr};
-const char* const kHelpLine[] = {"generate line along y", "\"xyzt\"", "direction of operation; choose one", "slope", "slope", "intercept", "value at index 0", "n", "number of points", nullptr, "out = line('y',0.5,1,64)", nullptr};
-const char* const kHelpNoise[] = {"fill array with noise", "\"gauss\"", "distribution: gauss or normal, else uniform", "sd", "standard deviation", "list", "resolutions", nullptr, "n0 = noise(\"gauss\",1,{256,256})", "two calls give the same noise", nullptr};
-const char* const kHelpPad[] = {"zero pad data array", "\"xyzt\"", "direction of operation; choose multiple", "data", "input data array", "n", "new dimension", nullptr, "out = pad('x',data,256)", "high indexes are zero filled", "SEE ALSO: padsim, tile", nullptr};
-const char* const kHelpPadSim[] = {"symmetrically zero pad data array", "\"xyzt\"", "direction of operation; choose multiple", "data", "input data array", "n", "new dimension", nullptr, "out = padsim('x',data,256)", "SEE ALSO: pad, tile", nullptr};
-const char* const kHelpPermute[] = {"transpose in multiple directions; choose 2 to 6", "\"xyztuv\"", "new order of the directions", "data", "input data array", nullptr, "out = permute(\"tzyx\",data)", nullptr};
-const char* const kHelpPoints2d[] = {"grab points out of data using current 2d roi", "data", "input data array", nullptr, "out = points2d(data)", "result [n][1][z][t]", nullptr};
-const char* const kHelpRamp[] = {"generate 1d ramp", "\"xyztuv\"", "direction of operation; choose one", "a", "first value", "b", "last value", "n", "number of points", nullptr, "out = ramp('x',0,1,64)", nullptr};
-const char* const kHelpRand[] = {"randomize a complex matrix", "list", "resolutions", nullptr, "r0 = rand({256,256})", nullptr};
-const char* const kHelpReshape[] = {"reshape matrix", "data", "input data array", "x", "new x", "y", "new y", "z", "new z", "t", "new t", nullptr, "out = reshape(data,64,64,4,4)", "the tail is dropped when fewer points are asked for", nullptr};
-const char* const kHelpRotXy[] = {"rotate data +90 in xy plane", "data", "input data array", nullptr, "out = rotxy(data)", nullptr};
-const char* const kHelpRotMXy[] = {"rotate data minus 90 in xy plane", "data", "input data array", nullptr, "out = rotmxy(data)", nullptr};
-const char* const kHelpGather[] = {"gather data", "\"xyzt\"", "directions of the index arrays", "data", "input data array", "init", "output shape and values", "ix", "index arrays, one per direction", nullptr, "out = gather('x',data,init,ix)", nullptr};
-const char* const kHelpScatter[] = {"scatter data", "\"xyzt\"", "directions of the index arrays", "data", "input data array", "init", "output shape and values", "ix", "index arrays, one per direction", nullptr, "out = scatter('x',data,init,ix)", nullptr};
-const char* const kHelpSet1dRoi[] = {"set 1d roi x range", "data", "low and high", nullptr, "set1droi({10,20})", nullptr};
-const char* const kHelpSet2dRoi[] = {"set roi to free hand draw with points from d0", "\"type\"", "x, y, rect, ellip or draw", "d0", "points (x, y), one per line", nullptr, "set2droi(\"rect\",{{10,10},{20,30}})", nullptr};
-const char* const kHelpShape[] = {"shape matrix", "data", "input data array", "list", "new resolutions", nullptr, "out = shape(data,{64,64,16})", nullptr};
-const char* const kHelpShift[] = {"shift data", "\"xyzt\"", "direction of operation; choose multiple", "data", "input data array", "n", "shift, or an array of shifts per line", nullptr, "out = shift('x',data,10)", "circular", nullptr};
-const char* const kHelpSelect[] = {"select data based on mask", "mask", "mask of the plane", "data", "input data array", nullptr, "s0 = select(mask,d0)", "s0[][1][12] = select(mask[256][256], d0[256][256][12])", nullptr};
-const char* const kHelpSqueeze[] = {"remove dimensions of 1", "data", "input data array", nullptr, "out = squeeze(data)", nullptr};
-const char* const kHelpSRand[] = {"randomize a complex matrix", "seed", "seed of the generator", "list", "resolutions", nullptr, "s0=srand(10023,{256,256,2,2})", nullptr};
-const char* const kHelpStep[] = {"unit step function", "\"xyzt\"", "direction of operation; choose one", "i", "first index of one", "n", "number of points", nullptr, "out = step('x',32,64)", nullptr};
-const char* const kHelpStrip[] = {"save data in the strip, fill the rest", "\"xyztrs\"", "direction of operation; choose one", "data", "input data array", "i", "first index", "j", "last index", "value", "fill value", nullptr, "out = strip('x',data,10,20,0)", nullptr};
-const char* const kHelpStrip1d[] = {"save data inside 1d roi fill the rest", "data", "input data array", "value", "fill value", nullptr, "out = strip1d(data,0)", nullptr};
-const char* const kHelpStrip2d[] = {"save data inside 2d roi fill the rest", "data", "input data array", "value", "fill value", nullptr, "out = strip2d(data,0)", nullptr};
-const char* const kHelpStuff1d[] = {"stuff one data set into another one direction", "\"xyztuv\"", "direction of operation; choose one", "d0", "data array", "d1", "data to write", "i", "first index", nullptr, "out = stuff1d('x',d0,d1,10)", nullptr};
-const char* const kHelpTrans[] = {"transpose data", "\"xy\"", "the two directions exchanged", "data", "input data array", nullptr, "out = trans(\"yt\",data)", nullptr};
+const char* const kHelpCat[] = {"concatenate data",
+                                "\"xyzt\"",
+                                "direction of operation; choose one",
+                                "d0",
+                                "first data array",
+                                "d1",
+                                "second data array",
+                                nullptr,
+                                "c0 = cat('z',d0,d1)",
+                                "all other dimensions must match",
+                                nullptr};
+const char* const kHelpCatm[] = {"concatenate multiple data",
+                                 "\"xyzt\"",
+                                 "direction of operation; choose one",
+                                 "first",
+                                 "first name, lexically",
+                                 "last",
+                                 "last name, lexically",
+                                 nullptr,
+                                 "c0 = catm('t',a00,a99)",
+                                 "joins every array named from first to last",
+                                 nullptr};
+const char* const kHelpCatmd[] = {"concatenate multiple data",
+                                  "\"xyzt\"",
+                                  "direction of operation; choose one",
+                                  "first",
+                                  "first name, lexically",
+                                  "last",
+                                  "last name, lexically",
+                                  nullptr,
+                                  "c0 = catmd('t',a00,a99)",
+                                  "as catm, then deletes the arrays joined",
+                                  nullptr};
+const char* const kHelpChop[] = {"chop data",
+                                 "\"xyzt\"",
+                                 "direction of operation; choose multiple",
+                                 "data",
+                                 "input data array",
+                                 nullptr,
+                                 "out = chop('x',data)",
+                                 "odd indices negated: moves the origin of a transform",
+                                 nullptr};
+const char* const kHelpCross[] = {"cross/vector product",
+                                  "\"xyzt\"",
+                                  "direction of operation; choose one",
+                                  "d0",
+                                  "vectors of 3",
+                                  "d1",
+                                  "vectors of 3",
+                                  nullptr,
+                                  "c0 = cross('t',d0,d1)",
+                                  nullptr};
+const char* const kHelpCut[] = {"cut data along x",
+                                "\"xyzt\"",
+                                "direction of operation; choose one",
+                                "data",
+                                "input data array",
+                                "i",
+                                "first index",
+                                "j",
+                                "last index",
+                                nullptr,
+                                "out = cut('x',data,10,20)",
+                                "NOTE index starts at 0",
+                                nullptr};
+const char* const kHelpCrop1d[] = {"cut out data using current 1d roi",
+                                   "data",
+                                   "input data array",
+                                   nullptr,
+                                   "out = crop1d(data)",
+                                   nullptr};
+const char* const kHelpCrop2d[] = {"cut out data using current 2d roi",
+                                   "data",
+                                   "input data array",
+                                   nullptr,
+                                   "out = crop2d(data)",
+                                   nullptr};
+const char* const kHelpDelta[] = {"unit delta function",
+                                  "\"xyzt\"",
+                                  "direction of operation; choose one",
+                                  "i",
+                                  "index of the one",
+                                  "n",
+                                  "number of points",
+                                  nullptr,
+                                  "out = delta('x',5,64)",
+                                  "NOTE index starts at 0",
+                                  nullptr};
+const char* const kHelpDot[] = {"dot/scalar product",
+                                "\"xyzt\"",
+                                "direction of operation; choose one",
+                                "d0",
+                                "first data array",
+                                "d1",
+                                "second data array",
+                                nullptr,
+                                "c0 = dot('x',d0,d1)",
+                                nullptr};
+const char* const kHelpEFlip[] = {"epi frequency flip",
+                                  "data",
+                                  "input data array",
+                                  "etl",
+                                  "echo train length",
+                                  nullptr,
+                                  "out = eflip(data,8)",
+                                  "assumes standard interleaving",
+                                  nullptr};
+const char* const kHelpESort[] = {"epi phase sort",
+                                  "data",
+                                  "input data array",
+                                  "etl",
+                                  "echo train length",
+                                  nullptr,
+                                  "out = esort(data,8)",
+                                  "sorts time-ordered phase encoding steps, without flip",
+                                  nullptr};
+const char* const kHelpEye[] = {
+    "identity matrix",   "\"xy\"", "two directions", "n", "size", nullptr,
+    "out = eye('xy',4)", nullptr};
+const char* const kHelpFill[] = {"fill data",
+                                 "\"xyztrs\"",
+                                 "direction of operation; choose one",
+                                 "data",
+                                 "input data array",
+                                 "i",
+                                 "first index",
+                                 "j",
+                                 "last index",
+                                 "value",
+                                 "fill value",
+                                 nullptr,
+                                 "out = fill('y',data,0,9,0)",
+                                 "r and s measure radius in pixels from the centre",
+                                 nullptr};
+const char* const kHelpFill1d[] = {
+    "fill data using current 1d roi", "data", "input data array", "value", "fill value", nullptr,
+    "out = fill1d(data,0)",           nullptr};
+const char* const kHelpFill2d[] = {"fill data inside current 2d roi",
+                                   "data",
+                                   "input data array",
+                                   "value",
+                                   "fill value",
+                                   nullptr,
+                                   "out = fill2d(data,0)",
+                                   nullptr};
+const char* const kHelpFillInf[] = {"fillinf",
+                                    "data",
+                                    "input data array",
+                                    "value",
+                                    "replaces inf and nan",
+                                    nullptr,
+                                    "out = fillinf(data,0)",
+                                    "i and q are tested apart",
+                                    nullptr};
+const char* const kHelpFlip[] = {"flip data",
+                                 "\"xyzt\"",
+                                 "direction of operation; choose multiple",
+                                 "data",
+                                 "input data array",
+                                 nullptr,
+                                 "out = flip('x',data)",
+                                 nullptr};
+const char* const kHelpLine[] = {"generate line along y",
+                                 "\"xyzt\"",
+                                 "direction of operation; choose one",
+                                 "slope",
+                                 "slope",
+                                 "intercept",
+                                 "value at index 0",
+                                 "n",
+                                 "number of points",
+                                 nullptr,
+                                 "out = line('y',0.5,1,64)",
+                                 nullptr};
+const char* const kHelpNoise[] = {"fill array with noise",
+                                  "\"gauss\"",
+                                  "distribution: gauss or normal, else uniform",
+                                  "sd",
+                                  "standard deviation",
+                                  "list",
+                                  "resolutions",
+                                  nullptr,
+                                  "n0 = noise(\"gauss\",1,{256,256})",
+                                  "two calls give the same noise",
+                                  nullptr};
+const char* const kHelpPad[] = {"zero pad data array",
+                                "\"xyzt\"",
+                                "direction of operation; choose multiple",
+                                "data",
+                                "input data array",
+                                "n",
+                                "new dimension",
+                                nullptr,
+                                "out = pad('x',data,256)",
+                                "high indexes are zero filled",
+                                "SEE ALSO: padsim, tile",
+                                nullptr};
+const char* const kHelpPadSim[] = {"symmetrically zero pad data array",
+                                   "\"xyzt\"",
+                                   "direction of operation; choose multiple",
+                                   "data",
+                                   "input data array",
+                                   "n",
+                                   "new dimension",
+                                   nullptr,
+                                   "out = padsim('x',data,256)",
+                                   "SEE ALSO: pad, tile",
+                                   nullptr};
+const char* const kHelpPermute[] = {"transpose in multiple directions; choose 2 to 6",
+                                    "\"xyztuv\"",
+                                    "new order of the directions",
+                                    "data",
+                                    "input data array",
+                                    nullptr,
+                                    "out = permute(\"tzyx\",data)",
+                                    nullptr};
+const char* const kHelpPoints2d[] = {"grab points out of data using current 2d roi",
+                                     "data",
+                                     "input data array",
+                                     nullptr,
+                                     "out = points2d(data)",
+                                     "result [n][1][z][t]",
+                                     nullptr};
+const char* const kHelpRamp[] = {"generate 1d ramp",
+                                 "\"xyztuv\"",
+                                 "direction of operation; choose one",
+                                 "a",
+                                 "first value",
+                                 "b",
+                                 "last value",
+                                 "n",
+                                 "number of points",
+                                 nullptr,
+                                 "out = ramp('x',0,1,64)",
+                                 nullptr};
+const char* const kHelpRand[] = {"randomize a complex matrix", "list", "resolutions", nullptr,
+                                 "r0 = rand({256,256})",       nullptr};
+const char* const kHelpReshape[] = {"reshape matrix",
+                                    "data",
+                                    "input data array",
+                                    "x",
+                                    "new x",
+                                    "y",
+                                    "new y",
+                                    "z",
+                                    "new z",
+                                    "t",
+                                    "new t",
+                                    nullptr,
+                                    "out = reshape(data,64,64,4,4)",
+                                    "the tail is dropped when fewer points are asked for",
+                                    nullptr};
+const char* const kHelpRotXy[] = {
+    "rotate data +90 in xy plane", "data", "input data array", nullptr,
+    "out = rotxy(data)",           nullptr};
+const char* const kHelpRotMXy[] = {"rotate data minus 90 in xy plane",
+                                   "data",
+                                   "input data array",
+                                   nullptr,
+                                   "out = rotmxy(data)",
+                                   nullptr};
+const char* const kHelpGather[] = {"gather data",
+                                   "\"xyzt\"",
+                                   "directions of the index arrays",
+                                   "data",
+                                   "input data array",
+                                   "init",
+                                   "output shape and values",
+                                   "ix",
+                                   "index arrays, one per direction",
+                                   nullptr,
+                                   "out = gather('x',data,init,ix)",
+                                   nullptr};
+const char* const kHelpScatter[] = {"scatter data",
+                                    "\"xyzt\"",
+                                    "directions of the index arrays",
+                                    "data",
+                                    "input data array",
+                                    "init",
+                                    "output shape and values",
+                                    "ix",
+                                    "index arrays, one per direction",
+                                    nullptr,
+                                    "out = scatter('x',data,init,ix)",
+                                    nullptr};
+const char* const kHelpSet1dRoi[] = {"set 1d roi x range", "data", "low and high", nullptr,
+                                     "set1droi({10,20})",  nullptr};
+const char* const kHelpSet2dRoi[] = {"set roi to free hand draw with points from d0",
+                                     "\"type\"",
+                                     "x, y, rect, ellip or draw",
+                                     "d0",
+                                     "points (x, y), one per line",
+                                     nullptr,
+                                     "set2droi(\"rect\",{{10,10},{20,30}})",
+                                     nullptr};
+const char* const kHelpShape[] = {"shape matrix",
+                                  "data",
+                                  "input data array",
+                                  "list",
+                                  "new resolutions",
+                                  nullptr,
+                                  "out = shape(data,{64,64,16})",
+                                  nullptr};
+const char* const kHelpShift[] = {"shift data",
+                                  "\"xyzt\"",
+                                  "direction of operation; choose multiple",
+                                  "data",
+                                  "input data array",
+                                  "n",
+                                  "shift, or an array of shifts per line",
+                                  nullptr,
+                                  "out = shift('x',data,10)",
+                                  "circular",
+                                  nullptr};
+const char* const kHelpSelect[] = {"select data based on mask",
+                                   "mask",
+                                   "mask of the plane",
+                                   "data",
+                                   "input data array",
+                                   nullptr,
+                                   "s0 = select(mask,d0)",
+                                   "s0[][1][12] = select(mask[256][256], d0[256][256][12])",
+                                   nullptr};
+const char* const kHelpSqueeze[] = {"remove dimensions of 1", "data", "input data array", nullptr,
+                                    "out = squeeze(data)",    nullptr};
+const char* const kHelpSRand[] = {"randomize a complex matrix",
+                                  "seed",
+                                  "seed of the generator",
+                                  "list",
+                                  "resolutions",
+                                  nullptr,
+                                  "s0=srand(10023,{256,256,2,2})",
+                                  nullptr};
+const char* const kHelpStep[] = {"unit step function",
+                                 "\"xyzt\"",
+                                 "direction of operation; choose one",
+                                 "i",
+                                 "first index of one",
+                                 "n",
+                                 "number of points",
+                                 nullptr,
+                                 "out = step('x',32,64)",
+                                 nullptr};
+const char* const kHelpStrip[] = {"save data in the strip, fill the rest",
+                                  "\"xyztrs\"",
+                                  "direction of operation; choose one",
+                                  "data",
+                                  "input data array",
+                                  "i",
+                                  "first index",
+                                  "j",
+                                  "last index",
+                                  "value",
+                                  "fill value",
+                                  nullptr,
+                                  "out = strip('x',data,10,20,0)",
+                                  nullptr};
+const char* const kHelpStrip1d[] = {"save data inside 1d roi fill the rest",
+                                    "data",
+                                    "input data array",
+                                    "value",
+                                    "fill value",
+                                    nullptr,
+                                    "out = strip1d(data,0)",
+                                    nullptr};
+const char* const kHelpStrip2d[] = {"save data inside 2d roi fill the rest",
+                                    "data",
+                                    "input data array",
+                                    "value",
+                                    "fill value",
+                                    nullptr,
+                                    "out = strip2d(data,0)",
+                                    nullptr};
+const char* const kHelpStuff1d[] = {"stuff one data set into another one direction",
+                                    "\"xyztuv\"",
+                                    "direction of operation; choose one",
+                                    "d0",
+                                    "data array",
+                                    "d1",
+                                    "data to write",
+                                    "i",
+                                    "first index",
+                                    nullptr,
+                                    "out = stuff1d('x',d0,d1,10)",
+                                    nullptr};
+const char* const kHelpTrans[] = {
+    "transpose data",   "\"xy\"", "the two directions exchanged", "data",
+    "input data array", nullptr,  "out = trans(\"yt\",data)",     nullptr};
 
 template <class Op>
-constexpr FuncHandler V(int d) { return Family<Op, 6>::kVariants[d]; }
+constexpr FuncHandler V(int d) {
+    return Family<Op, 6>::kVariants[d];
+}
 
 const CFuncRow kRows[] = {
     {"cat", Family<OpCat, 4>::General, 3, 3, FAMILY_XYZT, kHelpCat},

@@ -88,8 +88,10 @@ CZrkData* PadOp(CDataSpace& temp, int dir, const CZrkData* a, int64_t n, bool sy
     std::vector<Run> runs;
     if (first > 0) runs.push_back({0, -1, static_cast<uint64_t>(first)});
     if (last > first)
-        runs.push_back({static_cast<uint64_t>(first), first - lo, static_cast<uint64_t>(last - first)});
-    if (last < n) runs.push_back({static_cast<uint64_t>(last), -1, static_cast<uint64_t>(n - last)});
+        runs.push_back(
+            {static_cast<uint64_t>(first), first - lo, static_cast<uint64_t>(last - first)});
+    if (last < n)
+        runs.push_back({static_cast<uint64_t>(last), -1, static_cast<uint64_t>(n - last)});
     return MapSlices(temp, dir, a, static_cast<uint64_t>(n), runs);
 }
 
@@ -103,16 +105,26 @@ using NegateFn = void (*)(char*, uint64_t);
 
 NegateFn NegateFor(int type) {
     switch (type % 10) {
-        case TYPE_I1: return NegateComponents<int8_t>;
-        case TYPE_I2: return NegateComponents<int16_t>;
-        case TYPE_I4: return NegateComponents<int32_t>;
-        case TYPE_I8: return NegateComponents<int64_t>;
-        case TYPE_N1: return NegateComponents<uint8_t>;
-        case TYPE_N2: return NegateComponents<uint16_t>;
-        case TYPE_N4: return NegateComponents<uint32_t>;
-        case TYPE_N8: return NegateComponents<uint64_t>;
-        case TYPE_R4: return NegateComponents<float>;
-        default: return NegateComponents<double>;
+        case TYPE_I1:
+            return NegateComponents<int8_t>;
+        case TYPE_I2:
+            return NegateComponents<int16_t>;
+        case TYPE_I4:
+            return NegateComponents<int32_t>;
+        case TYPE_I8:
+            return NegateComponents<int64_t>;
+        case TYPE_N1:
+            return NegateComponents<uint8_t>;
+        case TYPE_N2:
+            return NegateComponents<uint16_t>;
+        case TYPE_N4:
+            return NegateComponents<uint32_t>;
+        case TYPE_N8:
+            return NegateComponents<uint64_t>;
+        case TYPE_R4:
+            return NegateComponents<float>;
+        default:
+            return NegateComponents<double>;
     }
 }
 
@@ -292,8 +304,8 @@ CZrkData* EFlip(CDataSpace& temp, const CZrkData* a, int64_t etl) {
             for (uint64_t y = 0; y < a->ny; ++y) {
                 const uint64_t at = (p * a->ny + y) * line;
                 const bool odd = (y * static_cast<uint64_t>(etl) / a->ny) % 2 == 1;
-                CopyElements(static_cast<const char*>(a->data) + at, static_cast<char*>(r->data) + at,
-                             a->nx, a->elem_bytes, odd);
+                CopyElements(static_cast<const char*>(a->data) + at,
+                             static_cast<char*>(r->data) + at, a->nx, a->elem_bytes, odd);
             }
         }
         return r;

@@ -19,11 +19,20 @@ const char* const kNoMatch[6] = {"x resolution must match", "y resolution must m
 template <class F>
 void WithValue(int type, F&& body) {
     switch (type) {
-        case TYPE_R4: body(float{}); break;
-        case TYPE_R8: body(double{}); break;
-        case TYPE_CR4: body(std::complex<float>{}); break;
-        case TYPE_CR8: body(std::complex<double>{}); break;
-        default: Raise("invalid data type");
+        case TYPE_R4:
+            body(float{});
+            break;
+        case TYPE_R8:
+            body(double{});
+            break;
+        case TYPE_CR4:
+            body(std::complex<float>{});
+            break;
+        case TYPE_CR8:
+            body(std::complex<double>{});
+            break;
+        default:
+            Raise("invalid data type");
     }
 }
 

@@ -1,6 +1,6 @@
 // Structural operators on a 256 x 256 x 64 x 8 r4 array against a plain copy of the same
-// bytes (a fresh buffer, with the same huge-page advice, and memcpy: the least any operator that makes a result must do), and
-// the two transpositions against NumPy run in the same program.
+// bytes (a fresh buffer, with the same huge-page advice, and memcpy: the least any operator that
+// makes a result must do), and the two transpositions against NumPy run in the same program.
 // Targets: permute("tzyx") and trans("xy") within 2 x the copy and at least as fast as
 // numpy.ascontiguousarray(numpy.transpose(...)); shiftx, flipy, padx and catt within 1.5 x.
 #include <benchmark/benchmark.h>
@@ -66,12 +66,24 @@ void PlainCopy(benchmark::State& state) {
     }
 }
 
-void PermuteTzyx(benchmark::State& s) { RunOp(s, [](CDataSpace& t) { return Permute(t, Data().tzyx, Data().a); }); }
-void TransXy(benchmark::State& s) { RunOp(s, [](CDataSpace& t) { return Trans(t, Data().xy, Data().a); }); }
-void ShiftX(benchmark::State& s) { RunOp(s, [](CDataSpace& t) { return Shift(t, 0, Data().a, Data().one); }); }
-void FlipY(benchmark::State& s) { RunOp(s, [](CDataSpace& t) { return Flip(t, 1, Data().a); }); }
-void PadX(benchmark::State& s) { RunOp(s, [](CDataSpace& t) { return Pad(t, 0, Data().a, 256); }); }
-void CatT(benchmark::State& s) { RunOp(s, [](CDataSpace& t) { return Cat(t, 3, Data().lo, Data().hi); }); }
+void PermuteTzyx(benchmark::State& s) {
+    RunOp(s, [](CDataSpace& t) { return Permute(t, Data().tzyx, Data().a); });
+}
+void TransXy(benchmark::State& s) {
+    RunOp(s, [](CDataSpace& t) { return Trans(t, Data().xy, Data().a); });
+}
+void ShiftX(benchmark::State& s) {
+    RunOp(s, [](CDataSpace& t) { return Shift(t, 0, Data().a, Data().one); });
+}
+void FlipY(benchmark::State& s) {
+    RunOp(s, [](CDataSpace& t) { return Flip(t, 1, Data().a); });
+}
+void PadX(benchmark::State& s) {
+    RunOp(s, [](CDataSpace& t) { return Pad(t, 0, Data().a, 256); });
+}
+void CatT(benchmark::State& s) {
+    RunOp(s, [](CDataSpace& t) { return Cat(t, 3, Data().lo, Data().hi); });
+}
 
 BENCHMARK(PlainCopy)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 BENCHMARK(PermuteTzyx)->Unit(benchmark::kMillisecond)->MinTime(1.0);
@@ -84,7 +96,8 @@ BENCHMARK(CatT)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 // Milliseconds per call of the two NumPy transpositions; 0 when NumPy did not run.
 void NumpyTimes(double* tzyx, double* xy) {
     *tzyx = *xy = 0;
-    const std::string command = std::string(QUELMOR_PYTHON) + " " + QUELMOR_BENCH_DIR + "/numpy_transpose.py";
+    const std::string command =
+        std::string(QUELMOR_PYTHON) + " " + QUELMOR_BENCH_DIR + "/numpy_transpose.py";
     std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
     if (!pipe || std::fscanf(pipe.get(), "%lf %lf", tzyx, xy) != 2) *tzyx = *xy = 0;
 }

@@ -12,7 +12,7 @@
 namespace {
 
 class RoiMask : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override { Clear(); }
     void TearDown() override { Clear(); }
     static void Clear() {
@@ -51,10 +51,11 @@ TEST_F(RoiMask, Shapes) {
         // rows have a chord of length 0 at 2.5, which rounds to 3.
         {ROI_ELLIPSE, "...#..\n######\n######\n...#..\n"},
         {ROI_DRAW, "......\n......\n......\n......\n"},  // no roi_draw: nothing
-        {7, "......\n......\n......\n......\n"},        // a kind without a shape
-        {1, "######\n######\n######\n######\n"},        // outside the shape kinds: all
+        {7, "......\n......\n......\n......\n"},         // a kind without a shape
+        {1, "######\n######\n######\n######\n"},         // outside the shape kinds: all
     };
-    for (const auto& row : rows) EXPECT_EQ(Picture(GetRoiMask(row.kind, 6, 4)), row.picture) << row.kind;
+    for (const auto& row : rows)
+        EXPECT_EQ(Picture(GetRoiMask(row.kind, 6, 4)), row.picture) << row.kind;
 }
 
 TEST_F(RoiMask, OneRowEllipseSetsOneChord) {

@@ -28,8 +28,8 @@ struct Case {
 void Write(const fs::path& dir, const char* name, const CZrkData* a) {
     std::ofstream(dir / (std::string(name) + ".bin"), std::ios::binary)
         .write(static_cast<const char*>(a->data), static_cast<std::streamsize>(a->Bytes()));
-    std::ofstream(dir / (std::string(name) + ".shape")) << a->nx << ' ' << a->ny << ' ' << a->nz
-                                                        << ' ' << a->nt;
+    std::ofstream(dir / (std::string(name) + ".shape"))
+        << a->nx << ' ' << a->ny << ' ' << a->nz << ' ' << a->nt;
 }
 
 CZrkData* RandomArray(CDataSpace& s, std::mt19937& g) {
@@ -75,8 +75,8 @@ TEST(NumpyCross, StructuralOperatorsMatchNumpy) {
         cases.push_back({std::string("permute ") + order,
                          [=](CDataSpace& t) { return Permute(t, text(order), a); }});
     for (const char* pair : {"xy", "yt", "xz", "tz"})
-        cases.push_back({std::string("trans ") + pair,
-                         [=](CDataSpace& t) { return Trans(t, text(pair), a); }});
+        cases.push_back(
+            {std::string("trans ") + pair, [=](CDataSpace& t) { return Trans(t, text(pair), a); }});
     cases.push_back({"rotxy", [=](CDataSpace& t) { return RotXy(t, a); }});
     cases.push_back({"rotmxy", [=](CDataSpace& t) { return RotMXy(t, a); }});
     cases.push_back({"reshape 4 5 3 2", [=](CDataSpace& t) {
@@ -97,8 +97,8 @@ TEST(NumpyCross, StructuralOperatorsMatchNumpy) {
         std::ofstream list(dir / "cases.txt");
         for (size_t k = 0; k < cases.size(); ++k) list << k << ' ' << cases[k].line << '\n';
     }
-    const std::string command = std::string(QUELMOR_PYTHON) + " " + QUELMOR_TEST_DIR +
-                                "/numpy_check.py " + dir.string();
+    const std::string command =
+        std::string(QUELMOR_PYTHON) + " " + QUELMOR_TEST_DIR + "/numpy_check.py " + dir.string();
     ASSERT_EQ(std::system(command.c_str()), 0) << command;
 
     for (size_t k = 0; k < cases.size(); ++k) {

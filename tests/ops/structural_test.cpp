@@ -42,27 +42,45 @@ TEST(Structural, BadArgumentsGiveTheOperatorsText) {
         const char* text;
         Op op;
     } rows[] = {
-        {"cat('z')", "y resolutions not compatible", [&](CDataSpace& t) { return Cat(t, 2, a, wide); }},
+        {"cat('z')", "y resolutions not compatible",
+         [&](CDataSpace& t) { return Cat(t, 2, a, wide); }},
         {"cut('y')", "y index > resolution", [&](CDataSpace& t) { return Cut(t, 1, a, 0, 3); }},
         {"cut('x')", "x index > resolution", [&](CDataSpace& t) { return Cut(t, 0, a, -1, 2); }},
-        {"fill('x')", "invalid fill range", [&](CDataSpace& t) { return Fill(t, 0, a, 0, 4, Scalar(s, 1)); }},
-        {"fill('z')", "fill index > resolution", [&](CDataSpace& t) { return Fill(t, 2, a, 2, 0, Scalar(s, 1)); }},
-        {"strip('y')", "index > resolution", [&](CDataSpace& t) { return Strip(t, 1, a, 0, 9, Scalar(s, 1)); }},
+        {"fill('x')", "invalid fill range",
+         [&](CDataSpace& t) { return Fill(t, 0, a, 0, 4, Scalar(s, 1)); }},
+        {"fill('z')", "fill index > resolution",
+         [&](CDataSpace& t) { return Fill(t, 2, a, 2, 0, Scalar(s, 1)); }},
+        {"strip('y')", "index > resolution",
+         [&](CDataSpace& t) { return Strip(t, 1, a, 0, 9, Scalar(s, 1)); }},
         {"pad('x')", "resolution must be positive", [&](CDataSpace& t) { return Pad(t, 0, a, 0); }},
-        {"padsim('t')", "resolution must be positive", [&](CDataSpace& t) { return PadSim(t, 3, a, -4); }},
+        {"padsim('t')", "resolution must be positive",
+         [&](CDataSpace& t) { return PadSim(t, 3, a, -4); }},
         {"pad('y')", "out of memory", [&](CDataSpace& t) { return Pad(t, 1, a, huge); }},
-        {"replicate('x')", "out of memory", [&](CDataSpace& t) { return Replicate(t, 0, a, huge); }},
-        {"step('x')", "resolution must be at positive", [&](CDataSpace& t) { return Step(t, 0, 1, 0); }},
+        {"replicate('x')", "out of memory",
+         [&](CDataSpace& t) { return Replicate(t, 0, a, huge); }},
+        {"step('x')", "resolution must be at positive",
+         [&](CDataSpace& t) { return Step(t, 0, 1, 0); }},
         {"ramp('v')", "out of memory", [&](CDataSpace& t) { return Ramp(t, 5, 0, 1, huge); }},
         {"reshape()", "requested size is greater than points in data",
-         [&](CDataSpace& t) { const int64_t r[6] = {5, 5, 1, 1, 1, 1}; return Reshape(t, a, r); }},
+         [&](CDataSpace& t) {
+             const int64_t r[6] = {5, 5, 1, 1, 1, 1};
+             return Reshape(t, a, r);
+         }},
         {"reshape()", "resolution must be positive",
-         [&](CDataSpace& t) { const int64_t r[6] = {0, 5, 1, 1, 1, 1}; return Reshape(t, a, r); }},
+         [&](CDataSpace& t) {
+             const int64_t r[6] = {0, 5, 1, 1, 1, 1};
+             return Reshape(t, a, r);
+         }},
         {"shape()", "requested size is greater than points in data",
-         [&](CDataSpace& t) { return Shape(t, a, Array(s, TYPE_I4, {3}, {1e6, 1e6, 4})); }},
-        {"permute()", "invalid direction", [&](CDataSpace& t) { return Permute(t, Text(s, "x"), a); }},
-        {"permute()", "invalid direction", [&](CDataSpace& t) { return Permute(t, Text(s, "xyx"), a); }},
-        {"trans('')", "invalid direction", [&](CDataSpace& t) { return Trans(t, Text(s, "q"), a); }},
+         [&](CDataSpace& t) {
+             return Shape(t, a, Array(s, TYPE_I4, {3}, {1e6, 1e6, 4}));
+         }},
+        {"permute()", "invalid direction",
+         [&](CDataSpace& t) { return Permute(t, Text(s, "x"), a); }},
+        {"permute()", "invalid direction",
+         [&](CDataSpace& t) { return Permute(t, Text(s, "xyx"), a); }},
+        {"trans('')", "invalid direction",
+         [&](CDataSpace& t) { return Trans(t, Text(s, "q"), a); }},
         {"select()", "invalid mask", [&](CDataSpace& t) { return Select(t, wide, a); }},
         {"scatter()", "scatter must have at least 4 arguments",
          [&](CDataSpace& t) { return Scatter(t, Text(s, "x"), a, a, {}); }},
@@ -70,11 +88,15 @@ TEST(Structural, BadArgumentsGiveTheOperatorsText) {
          [&](CDataSpace& t) { return Gather(t, Text(s, "xy"), a, a, {a}); }},
         {"eflip()", "etl must be positive", [&](CDataSpace& t) { return EFlip(t, a, 0); }},
         {"esor('t')", "etl must be positive", [&](CDataSpace& t) { return ESort(t, a, 0); }},
-        {"cross('y')", "y dimension must be 3", [&](CDataSpace& t) { return Cross(t, 1, wide, wide); }},
+        {"cross('y')", "y dimension must be 3",
+         [&](CDataSpace& t) { return Cross(t, 1, wide, wide); }},
         {"dot('y')", "y resolution must match", [&](CDataSpace& t) { return Dot(t, 1, a, wide); }},
-        {"stuff1d('x')", "index > resolution", [&](CDataSpace& t) { return Stuff1d(t, 0, a, c, 4); }},
+        {"stuff1d('x')", "index > resolution",
+         [&](CDataSpace& t) { return Stuff1d(t, 0, a, c, 4); }},
         {"noise()", "resolution must be positive",
-         [&](CDataSpace& t) { return Noise(t, Text(s, "gauss"), 1, Array(s, TYPE_I4, {2}, {3, -1})); }},
+         [&](CDataSpace& t) {
+             return Noise(t, Text(s, "gauss"), 1, Array(s, TYPE_I4, {2}, {3, -1}));
+         }},
     };
     for (const Row& row : rows) {
         CDataSpace t;
@@ -136,7 +158,8 @@ TEST(Structural, EdgeCasesOfSizes) {
     EXPECT_EQ(Shape(Line(t, 3, 2, -1, 3)), (std::vector<res_t>{1, 1, 1, 3, 1, 1}));
     EXPECT_EQ(Values(Eye(t, Text(s, "zx"), 2)), (std::vector<float>{1, 0, 0, 1}));
     EXPECT_EQ(Shape(Eye(t, Text(s, "zx"), 2)), (std::vector<res_t>{2, 1, 2, 1, 1, 1}));
-    EXPECT_EQ(Shape(Squeeze(t, Array(s, TYPE_R4, {1, 3, 1, 2}))), (std::vector<res_t>{3, 2, 1, 1, 1, 1}));
+    EXPECT_EQ(Shape(Squeeze(t, Array(s, TYPE_R4, {1, 3, 1, 2}))),
+              (std::vector<res_t>{3, 2, 1, 1, 1, 1}));
 }
 
 TEST(Structural, TypesOfJoinedAndFilledArrays) {
@@ -164,7 +187,8 @@ TEST(Structural, ElementsOfEveryWidthMove) {
         EXPECT_EQ(Values(Flip(t, 0, a)), (std::vector<float>{2, 1, 0, 5, 4, 3})) << type;
         EXPECT_EQ(Values(RotXy(t, a)), (std::vector<float>{3, 0, 4, 1, 5, 2})) << type;
         EXPECT_EQ(Values(Replicate(t, 0, a, 6)),
-                  (std::vector<float>{0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5})) << type;
+                  (std::vector<float>{0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5}))
+            << type;
     }
 }
 
@@ -172,7 +196,8 @@ TEST(Structural, ReplicateChopAndShiftByLine) {
     CDataSpace s, t;
     CZrkData* a = Array(s, TYPE_R4, {4, 2});
     EXPECT_EQ(Values(Replicate(t, 0, a, 2)), (std::vector<float>{1, 3, 5, 7}));
-    EXPECT_EQ(Values(Replicate(t, 1, a, 3)), (std::vector<float>{0, 1, 2, 3, 0, 1, 2, 3, 4, 5, 6, 7}));
+    EXPECT_EQ(Values(Replicate(t, 1, a, 3)),
+              (std::vector<float>{0, 1, 2, 3, 0, 1, 2, 3, 4, 5, 6, 7}));
     EXPECT_EQ(Values(Chop(t, 0, a)), (std::vector<float>{0, -1, 2, -3, 4, -5, 6, -7}));
     EXPECT_EQ(Values(Chop(t, 1, Array(s, TYPE_N1, {1, 2}, {5, 5}))), (std::vector<float>{5, 251}));
     // Each line along x shifts by the amount at its y.
@@ -184,10 +209,8 @@ TEST(Structural, EchoPlanarLineOrders) {
     CDataSpace s, t;
     // One column of 6 lines, 2 wide: lines numbered by their first element / 2.
     CZrkData* a = Array(s, TYPE_R4, {2, 6});
-    EXPECT_EQ(Values(EFlip(t, a, 2)),
-              (std::vector<float>{0, 1, 2, 3, 4, 5, 7, 6, 9, 8, 11, 10}));
-    EXPECT_EQ(Values(ESort(t, a, 3)),
-              (std::vector<float>{0, 1, 6, 7, 2, 3, 8, 9, 4, 5, 10, 11}));
+    EXPECT_EQ(Values(EFlip(t, a, 2)), (std::vector<float>{0, 1, 2, 3, 4, 5, 7, 6, 9, 8, 11, 10}));
+    EXPECT_EQ(Values(ESort(t, a, 3)), (std::vector<float>{0, 1, 6, 7, 2, 3, 8, 9, 4, 5, 10, 11}));
     // 5 lines with etl 2: the last output line is not reached and stays zero.
     EXPECT_EQ(Values(ESort(t, Array(s, TYPE_R4, {1, 5}), 2)), (std::vector<float>{0, 2, 1, 3, 0}));
 }
@@ -195,8 +218,10 @@ TEST(Structural, EchoPlanarLineOrders) {
 TEST(Structural, FillFamilyAndPicking) {
     CDataSpace s, t;
     CZrkData* a = Array(s, TYPE_R4, {3, 3}, {1, 1, 1, 1, 1, 1, 1, 1, 1});
-    EXPECT_EQ(Values(FillR(t, a, 0, 0.5, Scalar(s, 0))), (std::vector<float>{1, 1, 1, 1, 0, 1, 1, 1, 1}));
-    EXPECT_EQ(Values(StripR(t, a, 0, 1, Scalar(s, 0))), (std::vector<float>{0, 1, 0, 1, 1, 1, 0, 1, 0}));
+    EXPECT_EQ(Values(FillR(t, a, 0, 0.5, Scalar(s, 0))),
+              (std::vector<float>{1, 1, 1, 1, 0, 1, 1, 1, 1}));
+    EXPECT_EQ(Values(StripR(t, a, 0, 1, Scalar(s, 0))),
+              (std::vector<float>{0, 1, 0, 1, 1, 1, 0, 1, 0}));
     CZrkData* bad = Array(s, TYPE_R4, {3}, {1, NAN, INFINITY});
     EXPECT_EQ(Values(FillInf(t, bad, Scalar(s, 7))), (std::vector<float>{1, 7, 7}));
     CZrkData* mask = Array(s, TYPE_N1, {2, 2}, {1, 0, 0, 1});
@@ -208,7 +233,8 @@ TEST(Structural, FillFamilyAndPicking) {
     CZrkData* src = Array(s, TYPE_R4, {4}, {10, 11, 12, 13});
     CZrkData* init = Array(s, TYPE_R4, {3}, {-1, -1, -1});
     CZrkData* index = Array(s, TYPE_I4, {3}, {3, 9, 0});
-    EXPECT_EQ(Values(Gather(t, Text(s, "x"), src, init, {index})), (std::vector<float>{13, -1, 10}));
+    EXPECT_EQ(Values(Gather(t, Text(s, "x"), src, init, {index})),
+              (std::vector<float>{13, -1, 10}));
     EXPECT_EQ(Values(Scatter(t, Text(s, "x"), Array(s, TYPE_R4, {3}, {5, 6, 7}), init, {index})),
               (std::vector<float>{7, -1, -1}));
     EXPECT_EQ(Values(Stuff1d(t, 0, Array(s, TYPE_R4, {4}), Array(s, TYPE_R4, {3}, {9, 9, 9}), 2)),
@@ -222,8 +248,9 @@ TEST(Structural, VectorProducts) {
     CZrkData* z = Cross(t, 0, x, y);
     EXPECT_EQ(z->type, TYPE_R8);
     EXPECT_EQ(Values(z), (std::vector<float>{0, 0, 1}));
-    EXPECT_EQ(Values(Dot(t, 0, Array(s, TYPE_R4, {3}, {1, 2, 3}), Array(s, TYPE_R4, {3}, {4, 5, 6}))),
-              (std::vector<float>{32}));
+    EXPECT_EQ(
+        Values(Dot(t, 0, Array(s, TYPE_R4, {3}, {1, 2, 3}), Array(s, TYPE_R4, {3}, {4, 5, 6}))),
+        (std::vector<float>{32}));
 }
 
 TEST(Structural, RandomArraysRepeat) {
@@ -249,8 +276,9 @@ TEST(Structural, FailureGoesToTheHistory) {
     CZrkData* a = Array(s, TYPE_R4, {2});
     EXPECT_THROW(Flip(t, 0, nullptr), ZrkError);
     EXPECT_THROW(Cat(t, 1, a, Array(s, TYPE_R4, {3})), ZrkError);
-    EXPECT_EQ(host.history, (std::vector<std::string>{"flip('x') failed\r\n", "error caught: FlipX:\r\n",
-                                                      "CatY failed\r\n"}));
+    EXPECT_EQ(host.history,
+              (std::vector<std::string>{"flip('x') failed\r\n", "error caught: FlipX:\r\n",
+                                        "CatY failed\r\n"}));
 }
 
 }  // namespace
