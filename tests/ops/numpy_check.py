@@ -1,8 +1,8 @@
 """Computes the reference results of the structural operators with NumPy.
 
-Usage: numpy_check.py DIR. DIR holds a.bin and b.bin (float32, Fortran order), their shapes in
-a.shape and b.shape, and cases.txt with one case a line: "id op args...". For each case this
-writes DIR/id.bin (float32, Fortran order) and DIR/id.shape.
+Usage: numpy_check.py DIR DTYPE. DIR holds a.bin and b.bin (DTYPE, Fortran order), their shapes
+in a.shape and b.shape, and cases.txt with one case a line: "id op args...". For each case this
+writes DIR/id.bin (DTYPE, Fortran order) and DIR/id.shape.
 """
 import sys
 
@@ -11,9 +11,9 @@ import numpy as np
 AXES = "xyzt"
 
 
-def load(folder, name):
+def load(folder, name, dtype):
     shape = tuple(int(v) for v in open(f"{folder}/{name}.shape").read().split())
-    return np.fromfile(f"{folder}/{name}.bin", dtype=np.float32).reshape(shape, order="F")
+    return np.fromfile(f"{folder}/{name}.bin", dtype=dtype).reshape(shape, order="F")
 
 
 def pad(a, axis, n, symmetric):
@@ -66,17 +66,17 @@ def compute(a, b, op, args):
     raise ValueError(op)
 
 
-def main(folder):
-    a, b = load(folder, "a"), load(folder, "b")
+def main(folder, dtype):
+    a, b = load(folder, "a", dtype), load(folder, "b", dtype)
     for line in open(f"{folder}/cases.txt"):
         fields = line.split()
         if not fields:
             continue
-        out = np.asarray(compute(a, b, fields[1], fields[2:]), dtype=np.float32)
+        out = np.asarray(compute(a, b, fields[1], fields[2:]), dtype=dtype)
         out.reshape(-1, order="F").tofile(f"{folder}/{fields[0]}.bin")
         with open(f"{folder}/{fields[0]}.shape", "w") as f:
             f.write(" ".join(str(v) for v in out.shape))
 
 
 if __name__ == "__main__":
-    main(sys.argv[1])
+    main(sys.argv[1], np.dtype(sys.argv[2]))

@@ -32,19 +32,26 @@ void Write(const fs::path& dir, const char* name, const CZrkData* a) {
         << a->nx << ' ' << a->ny << ' ' << a->nz << ' ' << a->nt;
 }
 
-CZrkData* RandomArray(CDataSpace& s, std::mt19937& g) {
-    CZrkData* a = s.NewData(TYPE_R4, 5, 4, 3, 2, 1, 1, "");
+CZrkData* RandomArray(CDataSpace& s, int type, std::mt19937& g) {
+    CZrkData* a = s.NewData(type, 5, 4, 3, 2, 1, 1, "");
     std::uniform_real_distribution<float> u(-100, 100);
-    float* p = static_cast<float*>(a->data);
-    for (uint64_t k = 0; k < a->Count(); ++k) p[k] = u(g);
+    CDataCursor<float> c(a);
+    for (uint64_t k = 0; k < a->Count(); ++k) {
+        const float pair[2] = {u(g), u(g)};
+        c.SetIQ(pair, k);
+    }
     return a;
 }
 
-TEST(NumpyCross, StructuralOperatorsMatchNumpy) {
+// One element width per type: 4 (r4), 8 (r8) and 16 (complex r8) bytes.
+class NumpyCross : public ::testing::TestWithParam<std::pair<int, const char*>> {};
+
+TEST_P(NumpyCross, StructuralOperatorsMatchNumpy) {
+    const auto [type, dtype] = GetParam();
     CDataSpace s;
     std::mt19937 g(12345);
-    CZrkData* a = RandomArray(s, g);
-    CZrkData* b = RandomArray(s, g);
+    CZrkData* a = RandomArray(s, type, g);
+    CZrkData* b = RandomArray(s, type, g);
     const res_t size[4] = {5, 4, 3, 2};
 
     std::vector<Case> cases;
@@ -97,8 +104,8 @@ TEST(NumpyCross, StructuralOperatorsMatchNumpy) {
         std::ofstream list(dir / "cases.txt");
         for (size_t k = 0; k < cases.size(); ++k) list << k << ' ' << cases[k].line << '\n';
     }
-    const std::string command =
-        std::string(QUELMOR_PYTHON) + " " + QUELMOR_TEST_DIR + "/numpy_check.py " + dir.string();
+    const std::string command = std::string(QUELMOR_PYTHON) + " " + QUELMOR_TEST_DIR +
+                                "/numpy_check.py " + dir.string() + " " + dtype;
     ASSERT_EQ(std::system(command.c_str()), 0) << command;
 
     for (size_t k = 0; k < cases.size(); ++k) {
@@ -119,5 +126,10 @@ TEST(NumpyCross, StructuralOperatorsMatchNumpy) {
     }
     fs::remove_all(dir);
 }
+
+INSTANTIATE_TEST_SUITE_P(Types, NumpyCross,
+                         ::testing::Values(std::pair{int{TYPE_R4}, "float32"},
+                                           std::pair{int{TYPE_R8}, "float64"},
+                                           std::pair{int{TYPE_CR8}, "complex128"}));
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "core/host.h"
+#include "display/roi_mask.h"
 #include "eval/eval_error.h"
 #include "ops/generators.h"
 #include "ops/permute.h"
@@ -279,6 +280,55 @@ TEST(Structural, FailureGoesToTheHistory) {
     EXPECT_EQ(host.history,
               (std::vector<std::string>{"flip('x') failed\r\n", "error caught: FlipX:\r\n",
                                         "CatY failed\r\n"}));
+}
+
+}  // namespace
+
+namespace {
+
+TEST(Structural, RegionOperators) {
+    CDataSpace& g = GlobalDataSpace();
+    auto clear = [&] {
+        while (g.Count() > 0) g.DelData(0);
+    };
+    clear();
+    CDataSpace s, t;
+    CZrkData* a = Array(s, TYPE_R4, {4, 3, 2});
+    EXPECT_EQ(Failure([&](CDataSpace& u) { return Points2d(u, a); }, t), "2d roi must be active");
+    EXPECT_EQ(Failure([&](CDataSpace& u) { return Crop1d(u, a); }, t), "1d roi does not exist");
+    // A mask of the image exists, so set2droi rebuilds it: the rectangle x 1..2, y 0..1.
+    GetRoiMask(1, 4, 3);
+    CZrkData* corners = Array(s, TYPE_R4, {2, 2}, {2, 1, 1, 0});
+    EXPECT_EQ(Values(Set2dRoi(t, Text(s, "rect"), corners)), (std::vector<float>{2, 1, 1, 0}));
+    EXPECT_EQ(Shape(Crop2d(t, a)), (std::vector<res_t>{2, 2, 2, 1, 1, 1}));
+    EXPECT_EQ(Values(Crop2d(t, a)), (std::vector<float>{1, 2, 5, 6, 13, 14, 17, 18}));
+    EXPECT_EQ(Values(Points2d(t, a)), (std::vector<float>{1, 2, 5, 6, 13, 14, 17, 18}));
+    EXPECT_EQ(Values(Fill2d(t, Array(s, TYPE_R4, {4, 3}), Scalar(s, 9))),
+              (std::vector<float>{0, 9, 9, 3, 4, 9, 9, 7, 8, 9, 10, 11}));
+    EXPECT_EQ(Values(Strip2d(t, Array(s, TYPE_R4, {4, 3}), Scalar(s, 9))),
+              (std::vector<float>{9, 1, 2, 9, 9, 5, 6, 9, 9, 9, 9, 9}));
+    EXPECT_EQ(Failure(
+                  [&](CDataSpace& u) {
+                      return Fill2d(u, Array(s, TYPE_R4, {5, 3}), a);
+                  },
+                  t),
+              "invalid mask");
+    EXPECT_EQ(Failure([&](CDataSpace& u) { return Set2dRoi(u, Text(s, "circle"), corners); }, t),
+              "invalid roi type");
+    EXPECT_EQ(
+        Failure([&](CDataSpace& u) { return Set2dRoi(u, Text(s, "draw"), Array(s, TYPE_R4, {2})); },
+                t),
+        "y resolution must be at least 2");
+    // 1d: roi_x from two numbers; low above high is invalid.
+    Set1dRoi(t, Array(s, TYPE_R4, {2}, {1, 2}));
+    EXPECT_EQ(Values(Crop1d(t, Array(s, TYPE_R4, {4}))), (std::vector<float>{1, 2}));
+    EXPECT_EQ(Values(Strip1d(t, Array(s, TYPE_R4, {4}), Scalar(s, 0))),
+              (std::vector<float>{0, 1, 2, 0}));
+    Set1dRoi(t, Array(s, TYPE_R4, {2}, {3, 1}));
+    EXPECT_EQ(Failure([&](CDataSpace& u) { return Fill1d(u, a, a); }, t), "1d roi is invalid");
+    EXPECT_EQ(Failure([&](CDataSpace& u) { return Set1dRoi(u, Scalar(s, 1)); }, t),
+              "x resolution must be at least 2");
+    clear();
 }
 
 }  // namespace
