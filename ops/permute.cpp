@@ -84,7 +84,8 @@ void Square(const char* src, const int64_t* aoff, char* dst, uint64_t dst_step) 
 
 constexpr uint64_t kChunk = 1024;  // offsets computed per call of Offsets
 constexpr uint64_t kBlockX = 32;   // input elements read per line in a tile
-constexpr uint64_t kBlockA = 256;  // output elements written per run in a tile
+constexpr uint64_t kBlockA =
+    64;  // lines of a tile: few, since power-of-two strides share cache sets
 
 template <int E>
 void Move(const char* in, char* out, int64_t base, const Dim* dims, int nd) {
