@@ -81,12 +81,10 @@ int CommonType(int a, int b);
 // Writes `count` copies of one element of `bytes` bytes from `dst` on.
 void FillElements(char* dst, const unsigned char* elem, int bytes, uint64_t count);
 
-// Runs an operator body; on any failure the lines go to the history and the failure goes on.
-template <class F>
-CZrkData* LogFailure(std::initializer_list<std::string> lines, F&& body);
-
+// Each line to the history.
 void LogLines(std::initializer_list<std::string> lines);
 
+// Runs an operator body; on any failure the lines go to the history and the failure goes on.
 template <class F>
 CZrkData* LogFailure(std::initializer_list<std::string> lines, F&& body) {
     try {
