@@ -1,7 +1,6 @@
 #include "ops/structural_base.h"
 
 #include <emmintrin.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,6 +9,7 @@
 #include "core/data_cursor.h"
 #include "core/host.h"
 #include "core/zrk_error.h"
+#include "eval/elementwise.h"
 #include "eval/eval_error.h"
 
 namespace {
@@ -37,14 +37,6 @@ void SetOpFunc(const char* name, int dir) {
     } else {
         err_func += "()";
     }
-}
-
-void AdviseHugePages(void* data, uint64_t bytes) {
-    constexpr uintptr_t kHuge = uintptr_t{2} << 20;
-    if (!data || bytes < 2 * kHuge) return;
-    const uintptr_t start = (reinterpret_cast<uintptr_t>(data) + kHuge - 1) & ~(kHuge - 1);
-    const uintptr_t end = (reinterpret_cast<uintptr_t>(data) + bytes) & ~(kHuge - 1);
-    if (end > start) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
 }
 
 bool StreamsResult(const CZrkData* r) { return r->Bytes() >= (uint64_t{32} << 20); }
@@ -81,15 +73,14 @@ void CheckResultSize(int type, const res_t res[6]) {
 
 CZrkData* NewResult(CDataSpace& temp, int type, const res_t res[6], const CZrkData* steps) {
     CheckResultSize(type, res);
-    CZrkData* r = temp.NewData(type, res[0], res[1], res[2], res[3], res[4], res[5], "");
-    if (!r) Raise("out of memory");
-    AdviseHugePages(r->data, r->Bytes());
+    CZrkData* r = NewTemp(temp, type, res);
     if (steps) r->CopyMm(*steps);
     return r;
 }
 
 void RequireData(const CZrkData* a) {
-    if (!a || a->type < 0 || !a->data || a->Bytes() == 0) Raise("invalid data type");
+    CheckOperand(a);
+    if (!a->data) Raise("invalid data type");
 }
 
 CWalk::CWalk(const res_t res[6], int dir) : outer(1), n(res[dir]), inner(1) {

@@ -28,15 +28,12 @@ void SetOpFunc(const char* name, int dir);
 // Sets err_func to a text as it stands.
 void SetOpText(const char* text);
 
-// A new record on `temp` with the steps of `steps` (when given). Raises "invalid data type"
-// and "out of memory", the latter also for a size that overflows or exceeds physical memory.
+// A new record on `temp` (the evaluator's NewTemp) with the steps of `steps` when given.
+// Raises "invalid data type" and "out of memory", the latter also for a size that overflows
+// or exceeds physical memory, before anything is asked of the allocator.
 CZrkData* NewResult(CDataSpace& temp, int type, const res_t res[6], const CZrkData* steps);
 // The size checks of NewResult alone, for operators that plan before they allocate.
 void CheckResultSize(int type, const res_t res[6]);
-
-// Asks for huge pages under a large untouched buffer: results of hundreds of megabytes
-// otherwise spend as long in page faults as in moving their bytes.
-void AdviseHugePages(void* data, uint64_t bytes);
 
 // Results larger than the last-level cache are written past the caches (streaming stores):
 // a store that first reads its line would double the memory traffic of a byte mover.
@@ -45,7 +42,8 @@ bool StreamsResult(const CZrkData* r);
 void CopyBytes(char* dst, const char* src, uint64_t bytes, bool stream);
 void EndStream(bool stream);
 
-// Raises "invalid data type" unless `a` has a type and samples.
+// Raises "invalid data type" unless `a` has a type and samples (CheckOperand, and a record
+// emptied by free keeps its resolutions but not its samples).
 void RequireData(const CZrkData* a);
 
 // An array reduced to three loops around one direction, counted in elements.
