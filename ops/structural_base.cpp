@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <vector>
 
 #include "core/data_cursor.h"
 #include "core/host.h"
@@ -136,72 +135,14 @@ void ResList(const CZrkData* list, res_t res[6]) {
 
 void CastValue(const CZrkData* value, int type, unsigned char out[16]) {
     RequireData(value);
-    CZrkData one;
+    CZrkData first, one;
+    first.SetHeaderData(value->type, 1, 1, 1, 1, 1, 1, value->data);
     one.SetHeaderData(type, 1, 1, 1, 1, 1, 1, out);
-    std::memset(out, 0, 16);
-    if (value->type % 10 == type % 10) {
-        // Same storage: only the number of components may differ.
-        const int n = std::min(value->elem_bytes, one.elem_bytes);
-        std::memcpy(out, value->data, n);
-    } else if (IsFloatType(value->type) && IsFloatType(type)) {
-        float pair[2];
-        CDataCursor<float>(value).GetIQ(pair, 0);
-        CDataCursor<float>(&one).SetIQ(pair, 0);
-    } else if (value->type % 10 == TYPE_N8) {
-        uint64_t pair[2];
-        CDataCursor<uint64_t>(value).GetIQ(pair, 0);
-        CDataCursor<uint64_t>(&one).SetIQ(pair, 0);
-    } else if (IsFloatType(value->type) && type % 10 == TYPE_N8) {
-        float pair[2];
-        CDataCursor<float>(value).GetIQ(pair, 0);
-        CDataCursor<float>(&one).SetIQ(pair, 0);
-    } else {
-        // Integer values pass exactly, float values truncate, both by the cursor's rules.
-        int64_t pair[2];
-        CDataCursor<int64_t>(value).GetIQ(pair, 0);
-        CDataCursor<int64_t>(&one).SetIQ(pair, 0);
-    }
+    ConvertInto(&first, &one);
 }
-
-namespace {
-
-// Converts n elements by blocks through a cursor of working type W.
-template <class W>
-void ConvertBlocks(const CZrkData* from, CZrkData* to, uint64_t n) {
-    constexpr size_t kBlock = 4096;
-    std::vector<W> buf(2 * kBlock);
-    CDataCursor<W> in(from), out(to);
-    for (uint64_t k = 0; k < n; k += kBlock) {
-        const size_t len = static_cast<size_t>(std::min<uint64_t>(kBlock, n - k));
-        in.GetIQBlock(buf.data(), k, len);
-        out.SetIQBlock(buf.data(), k, len);
-    }
-}
-
-}  // namespace
 
 const CZrkData* AsType(CDataSpace& temp, const CZrkData* a, int type) {
-    if (a->type == type) return a;
-    res_t res[6];
-    a->GetRes(res);
-    CZrkData* r = NewResult(temp, type, res, a);
-    const uint64_t n = a->Count();
-    if (a->type % 10 == type % 10) {
-        // Real to complex or back: copy i, zero or drop q.
-        const int c = a->comp_bytes;
-        const char* src = static_cast<const char*>(a->data);
-        char* dst = static_cast<char*>(r->data);
-        if (r->elem_bytes > a->elem_bytes) std::memset(dst, 0, r->Bytes());
-        for (uint64_t k = 0; k < n; ++k)
-            std::memcpy(dst + k * r->elem_bytes, src + k * a->elem_bytes, c);
-    } else if (IsFloatType(a->type)) {
-        ConvertBlocks<float>(a, r, n);
-    } else if (a->type % 10 == TYPE_N8) {
-        ConvertBlocks<uint64_t>(a, r, n);
-    } else {
-        ConvertBlocks<int64_t>(a, r, n);
-    }
-    return r;
+    return a->type == type ? a : ConvertRecord(temp, a, type);
 }
 
 int CommonType(int a, int b) { return a == b ? a : Promote(a, b); }
