@@ -98,12 +98,28 @@ void Move(const char* in, char* out, int64_t base, const Dim* dims, int nd) {
         // Runs along the input's fastest direction: whole lines.
         const uint64_t n0 = dims[0].n;
         const uint64_t lines = Product(dims + 1, nd - 1);
+        const bool stream = lines * n0 * E >= (uint64_t{32} << 20);
+        bool backwards = false;
+        for (int k = 1; k < nd; ++k) backwards = backwards || dims[k].stride < 0;
+        std::vector<uint64_t> order(kChunk);
         for (uint64_t l0 = 0; l0 < lines; l0 += kChunk) {
             const uint64_t cnt = std::min(kChunk, lines - l0);
             Offsets(dims + 1, nd - 1, l0, cnt, offs.data());
-            for (uint64_t j = 0; j < cnt; ++j)
-                CopyLine<E>(in + (base + offs[j]) * E, out + (l0 + j) * n0 * E, n0, dims[0].stride);
+            // Lines are read in storage order, so a flip reads forwards and writes backwards.
+            for (uint64_t j = 0; j < cnt; ++j) order[j] = j;
+            if (backwards)
+                std::sort(order.begin(), order.begin() + cnt,
+                          [&](uint64_t p, uint64_t q) { return offs[p] < offs[q]; });
+            for (uint64_t k = 0; k < cnt; ++k) {
+                const uint64_t j = order[k];
+                char* dst = out + (l0 + j) * n0 * E;
+                if (dims[0].stride == 1)
+                    CopyBytes(dst, in + (base + offs[j]) * E, n0 * E, stream);
+                else
+                    CopyLine<E>(in + (base + offs[j]) * E, dst, n0, -1);
+            }
         }
+        EndStream(stream);
         return;
     }
     // Output directions below q (A) are written in runs; q is the input's fastest, read in

@@ -16,6 +16,8 @@ const char* const kIndexPast[6] = {"x index > resolution", "y index > resolution
                                    "z index > resolution", "t index > resolution",
                                    "u index > resolution", "v index > resolution"};
 
+constexpr uint64_t kGatherBytes = 16 << 10;
+
 // Output slices [out, out + len) along the direction read input slices from `in` on, or
 // are zero when `in` is negative.
 struct Run {
@@ -37,16 +39,23 @@ CZrkData* MapSlices(CDataSpace& temp, int dir, const CZrkData* a, uint64_t n,
     const char* src = static_cast<const char*>(a->data);
     char* dst = static_cast<char*>(r->data);
     const bool stream = StreamsResult(r);
+    // Short blocks of many runs are put together first and streamed out whole: a cache line
+    // written partly by ordinary and partly by streaming stores costs more than both.
+    const uint64_t block = n * slice;
+    const bool gather = stream && runs.size() > 1 && block <= kGatherBytes;
+    std::vector<char> buf(gather ? block : 0);
     for (uint64_t o = 0; o < w.outer; ++o) {
         const char* s = src + o * old * slice;
-        char* d = dst + o * n * slice;
+        char* d = gather ? buf.data() : dst + o * block;
         for (const Run& run : runs) {
             if (run.in < 0) {
                 std::memset(d + run.out * slice, 0, run.len * slice);
             } else {
-                CopyBytes(d + run.out * slice, s + run.in * slice, run.len * slice, stream);
+                CopyBytes(d + run.out * slice, s + run.in * slice, run.len * slice,
+                          stream && !gather);
             }
         }
+        if (gather) CopyBytes(dst + o * block, d, block, true);
     }
     EndStream(stream);
     return r;

@@ -332,3 +332,31 @@ TEST(Structural, RegionOperators) {
 }
 
 }  // namespace
+
+namespace {
+
+// Results of 32 MB and more are written with streaming stores, in gathered blocks.
+TEST(Structural, LargeResultsTakeTheStreamingPath) {
+    CDataSpace s, t;
+    const res_t nx = 1024, ny = 8192;
+    CZrkData* a = s.NewData(TYPE_R4, nx, ny, 1, 1, 1, 1, "");
+    float* p = static_cast<float*>(a->data);
+    for (uint64_t k = 0; k < nx * ny; ++k) p[k] = static_cast<float>(k);
+    const float* shifted = static_cast<const float*>(Shift(t, 0, a, Scalar(s, 3))->data);
+    const float* flipped = static_cast<const float*>(Flip(t, 1, a)->data);
+    const float* padded = static_cast<const float*>(Pad(t, 0, a, nx + 5)->data);
+    const float* joined = static_cast<const float*>(Cat(t, 1, a, a)->data);
+    uint64_t wrong = 0;
+    for (res_t y = 0; y < ny; ++y)
+        for (res_t x = 0; x < nx; ++x) {
+            wrong += shifted[y * nx + x] != p[y * nx + (x + nx - 3) % nx];
+            wrong += flipped[y * nx + x] != p[(ny - 1 - y) * nx + x];
+            wrong += padded[y * (nx + 5) + x] != p[y * nx + x];
+            wrong += joined[(y + ny) * nx + x] != p[y * nx + x];
+        }
+    for (res_t y = 0; y < ny; ++y)
+        for (res_t x = nx; x < nx + 5; ++x) wrong += padded[y * (nx + 5) + x] != 0;
+    EXPECT_EQ(wrong, 0u);
+}
+
+}  // namespace
