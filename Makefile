@@ -3,7 +3,7 @@ JOBS   ?= $(shell nproc)
 BUILD  ?= build
 ASAN   ?= build-asan
 
-.PHONY: deps configure build test test-asan bench run clean
+.PHONY: deps configure build test test-asan bench run screenshot clean
 
 deps:
 	@sh scripts/deps.sh
@@ -31,6 +31,10 @@ bench: build
 
 run: build
 	$(BUILD)/app/quelmor
+
+# Pictures of the main window and the about dialog, taken under Xvfb.
+screenshot: build
+	xvfb-run -a -s "-screen 0 1280x800x24" $(BUILD)/app/quelmor_screenshot quelmor.png quelmor_about.png
 
 clean:
 	rm -rf $(BUILD) $(ASAN)
