@@ -7,6 +7,7 @@
 
 #include "eval/function_table.h"
 #include "ops/generators.h"
+#include "ops/op_rows.h"
 #include "ops/permute.h"
 #include "ops/structural_base.h"
 #include "ops/structural_fill.h"
@@ -15,34 +16,6 @@
 #include "ops/vector_product.h"
 
 namespace {
-
-// A handler body: the operator's record is the call's result; what it raises is the report.
-template <class F>
-int Row(CZrkData** result, F&& op) {
-    return CatchErrorsKeepFunc([&] { return Deliver(result, op()); });
-}
-
-// One handler per direction: Variant<Op, D> calls Op::Run(temp, D, args).
-template <class Op, int D>
-int Variant(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs) {
-    return Row(result, [&] { return Op::Run(temp, D, args, nargs); });
-}
-
-template <class Op, int Count>
-struct Family {
-    static constexpr FuncHandler kVariants[6] = {Variant<Op, 0>,
-                                                 Variant<Op, 1>,
-                                                 Variant<Op, 2>,
-                                                 Variant<Op, 3>,
-                                                 Count > 4 ? Variant<Op, 4> : nullptr,
-                                                 Count > 4 ? Variant<Op, 5> : nullptr};
-    // The general function: the direction string first, then the variant's arguments.
-    static int General(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs) {
-        SetOpText(Op::kGeneral);
-        return DirectionCall(kVariants, Op::kMultiple, "invalid direction", result, temp, args,
-                             nargs);
-    }
-};
 
 struct OpCat {
     static constexpr const char* kGeneral = "cat()";
@@ -670,11 +643,6 @@ const char* const kHelpStuff1d[] = {"stuff one data set into another one directi
 const char* const kHelpTrans[] = {
     "transpose data",   "\"xy\"", "the two directions exchanged", "data",
     "input data array", nullptr,  "out = trans(\"yt\",data)",     nullptr};
-
-template <class Op>
-constexpr FuncHandler V(int d) {
-    return Family<Op, 6>::kVariants[d];
-}
 
 const CFuncRow kRows[] = {
     {"cat", Family<OpCat, 4>::General, 3, 3, FAMILY_XYZT, kHelpCat},
