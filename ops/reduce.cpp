@@ -1,5 +1,6 @@
 #include "ops/reduce.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <string>
@@ -118,8 +119,8 @@ void SdLines(const T* x, Work<T>* out, const CWalk& w, uint64_t m) {
 
 // Extremes of the i channel (`c` components apart). The first element of a line starts;
 // only a strictly better value replaces it, so the first of equal extremes stays.
-template <bool kMax, class T, class Out>
-void ExtremeLines(const T* x, int c, Out* out, bool index, const CWalk& w) {
+template <bool kMax, bool kIndex, class T, class Out>
+void ExtremeLines(const T* x, int c, Out* out, const CWalk& w) {
     using W = Work<T>;
     std::vector<W> best(w.inner);
     std::vector<int32_t> at(w.inner);
@@ -138,8 +139,10 @@ void ExtremeLines(const T* x, int c, Out* out, bool index, const CWalk& w) {
             }
         }
         Out* dst = out + o * w.inner;
-        for (uint64_t k = 0; k < w.inner; ++k)
-            dst[k] = index ? static_cast<Out>(at[k]) : static_cast<Out>(best[k]);
+        if constexpr (kIndex)
+            std::copy(at.begin(), at.end(), dst);
+        else
+            std::copy(best.begin(), best.end(), dst);
     }
 }
 
@@ -257,9 +260,9 @@ CZrkData* Extreme(CDataSpace& temp, int dir, const CZrkData* a, bool index) {
         using T = decltype(t);
         const T* x = static_cast<const T*>(a->data);
         if (index)
-            ExtremeLines<kMax>(x, c, static_cast<int32_t*>(r->data), true, w);
+            ExtremeLines<kMax, true>(x, c, static_cast<int32_t*>(r->data), w);
         else
-            ExtremeLines<kMax>(x, c, static_cast<Work<T>*>(r->data), false, w);
+            ExtremeLines<kMax, false>(x, c, static_cast<Work<T>*>(r->data), w);
     });
     return r;
 }
