@@ -1,0 +1,116 @@
+"""Reference results of the convolution and median operators from NumPy and SciPy.
+
+Usage: convolution_check.py DIR. DIR holds the inputs NAME.bin (complex128, Fortran order)
+with NAME.shape (six sizes) and NAME.cplx (1 when the array is complex), and cases.txt with
+one case a line: "id op args...". For each case this writes DIR/id.bin (complex128, Fortran
+order), DIR/id.shape and DIR/id.cplx.
+"""
+import sys
+
+import numpy as np
+import scipy.ndimage as ndi
+import scipy.signal as sig
+
+
+def load(folder, name):
+    shape = tuple(int(v) for v in open(f"{folder}/{name}.shape").read().split())
+    a = np.fromfile(f"{folder}/{name}.bin", dtype=np.complex128).reshape(shape, order="F")
+    return a if open(f"{folder}/{name}.cplx").read().strip() == "1" else a.real.copy()
+
+
+def circular(a, k):
+    # out[i] = sum over j of a[(i + j) mod n] * k[j], in every direction at once.
+    out = np.zeros(a.shape, dtype=np.result_type(a, k))
+    for j in np.ndindex(k.shape):
+        out += k[j] * np.roll(a, [-v for v in j], axis=tuple(range(a.ndim)))
+    return out
+
+
+def along(a, k, axis, circ, square):
+    n, m = a.shape[axis], k.shape[axis]
+    if circ:
+        size = max(n, m)
+        a = pad_to(a, axis, size)
+        if square:
+            k = pad_to(k, axis, size)
+            m = size
+        shifted = lambda j: np.roll(a, -j, axis=axis)
+    else:
+        size = n - m + 1
+        shifted = lambda j: np.take(a, np.arange(j, j + size), axis=axis)
+    out = 0
+    for j in range(m):
+        kj = np.take(k, [j], axis=axis)
+        out = out + (np.abs(shifted(j) - kj) ** 2 if square else shifted(j) * kj)
+    return out
+
+
+def pad_to(a, axis, size):
+    widths = [(0, 0)] * a.ndim
+    widths[axis] = (0, size - a.shape[axis])
+    return np.pad(a, widths)
+
+
+def order(a, axis):
+    # By the i channel, NaN last, equal keys in storage order.
+    return np.argsort(a.real, axis=axis, kind="stable")
+
+
+def extreme(a, circ, size, fn):
+    if np.iscomplexobj(a):
+        return extreme(a.real, circ, size, fn) + 1j * extreme(a.imag, circ, size, fn)
+    out = fn(a, size=size, mode="wrap")
+    if circ:
+        return out
+    index = tuple(slice(w // 2, w // 2 + n - w + 1) for n, w in zip(a.shape, size))
+    return out[index]
+
+
+def compute(arrays, op, args):
+    get = lambda name: arrays[name]
+    if op in ("conv", "corr"):
+        a, k = get(args[0]), get(args[1])
+        if op == "conv":
+            return sig.convolve(a, k, mode="valid", method="direct")
+        # correlate conjugates its second input; ours does not.
+        return sig.correlate(a, np.conj(k), mode="valid", method="direct")
+    if op in ("cconv", "ccorr"):
+        a, k = get(args[0]), get(args[1])
+        return circular(a, np.flip(k) if op == "cconv" else k)
+    if op in ("corr1d", "ccorr1d", "ssd", "cssd"):
+        axis, a, k = int(args[0]), get(args[1]), get(args[2])
+        return along(a, k, axis, op in ("ccorr1d", "cssd"), op.endswith("ssd"))
+    if op in ("median", "sort"):
+        axis, a = int(args[0]), get(args[1])
+        s = np.take_along_axis(a, order(a, axis), axis=axis)
+        if op == "sort":
+            return s
+        return np.take(s, [a.shape[axis] // 2], axis=axis)
+    if op == "cmedian":
+        a, size = get(args[0]), [int(v) for v in args[1:]]
+        return ndi.median_filter(a, size=size + [1] * (a.ndim - len(size)), mode="wrap")
+    if op in ("dilate", "erode"):
+        a, circ = get(args[0]), args[1] == "1"
+        size = [int(v) for v in args[2:]]
+        size += [1] * (a.ndim - len(size))
+        fn = ndi.minimum_filter if op == "dilate" else ndi.maximum_filter
+        return extreme(a, circ, size, fn)
+    raise ValueError(op)
+
+
+def main(folder):
+    cases = [line.split() for line in open(f"{folder}/cases.txt") if line.strip()]
+    names = {name for c in cases for name in c[2:] if name.startswith("A")}
+    arrays = {name: load(folder, name) for name in names}
+    for fields in cases:
+        out = np.asarray(compute(arrays, fields[1], fields[2:]))
+        np.asarray(out, dtype=np.complex128).reshape(-1, order="F").tofile(
+            f"{folder}/{fields[0]}.bin")
+        with open(f"{folder}/{fields[0]}.shape", "w") as f:
+            f.write(" ".join(str(v) for v in out.shape))
+        with open(f"{folder}/{fields[0]}.cplx", "w") as f:
+            f.write("1" if np.iscomplexobj(out) else "0")
+
+
+if __name__ == "__main__":
+    main(sys.argv[1])
