@@ -17,6 +17,8 @@
 
 #include "core/data_cursor.h"
 #include "core/data_space.h"
+#include "core/host.h"
+#include "core/zrk_error.h"
 #include "eval/function_table.h"
 #include "ops/ft_options.h"
 #include "ops/interp.h"
@@ -212,6 +214,280 @@ TEST_F(Transform, MatchesNumpyAndScipy) {
         EXPECT_EQ(bad, 0u);
     }
     fs::remove_all(dir);
+}
+
+// Sizes and sides of padded lines: power of two, an odd excess to the high side, and the
+// centre of k-space landing at half the padded size.
+TEST(FtOptions, PadSizeAndSides) {
+    const struct {
+        uint64_t n;
+        int32_t pad;
+        int64_t center;
+        uint64_t size, left, right;
+        int64_t overlap;
+    } rows[] = {
+        {100, 1, 0, 128, 14, 14, 0},  {101, 1, 0, 128, 13, 14, 0}, {128, 1, 0, 128, 0, 0, 0},
+        {5, 1, 0, 8, 1, 2, 0},        {1, 1, 0, 1, 0, 0, 0},       {100, 0, 0, 100, 0, 0, 0},
+        {96, 1, 64, 128, 0, 32, 64},  {96, 1, 32, 128, 32, 0, 64}, {96, 1, 48, 128, 16, 16, 96},
+        {40, 1, 28, 64, 4, 20, 24},   {40, 1, 12, 64, 20, 4, 24},  {96, 0, 64, 96, 0, 0, 64},
+        {96, 1, 96, 256, 32, 128, 0},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(testing::Message() << r.n << " pad " << r.pad << " center " << r.center);
+        CFtOptions o;
+        o.pad = r.pad;
+        o.center = r.center;
+        const uint64_t size = o.PadSize(r.n);
+        uint64_t left = 99, right = 99;
+        o.PadSides(r.n, size, &left, &right);
+        EXPECT_EQ(size, r.size);
+        EXPECT_EQ(left, r.left);
+        EXPECT_EQ(right, r.right);
+        EXPECT_EQ(o.overlap, r.overlap);
+    }
+}
+
+// The falling ramp of data on the low side is the mirror of the rising one, for every window;
+// without a symmetric part only the two fills remain.
+TEST(FtOptions, HomodyneWeightsMirror) {
+    for (int window = 0; window <= 4; ++window)
+        for (int64_t overlap : {0, 8, 24}) {
+            SCOPED_TRACE(testing::Message() << "window " << window << " overlap " << overlap);
+            CFtOptions o;
+            o.window = window;
+            o.overlap = overlap;
+            std::vector<float> up = o.HomodyneFilter(64, true);
+            const std::vector<float> down = o.HomodyneFilter(64, false);
+            ASSERT_EQ(up.size(), 64u);
+            const uint64_t l = (64 - overlap) / 2;
+            EXPECT_EQ(up.front(), 2.0f);
+            EXPECT_EQ(up.back(), 0.0f);
+            EXPECT_EQ(up[l - 1], 2.0f);
+            for (uint64_t k = 1; k < up.size(); ++k) EXPECT_LE(up[k], up[k - 1] + 1e-6f) << k;
+            if (window == FT_WINDOW_NONE) {
+                // No ramp: the symmetric part keeps the fill before it.
+                for (uint64_t k = l; k < l + overlap; ++k) {
+                    EXPECT_EQ(up[k], 2.0f) << k;
+                    EXPECT_EQ(down[k], 0.0f) << k;
+                }
+                continue;
+            }
+            std::reverse(up.begin(), up.end());
+            for (uint64_t k = 0; k < up.size(); ++k) EXPECT_NEAR(up[k], down[k], 1e-6f) << k;
+        }
+}
+
+TEST(Ft, HundredPointsPadToPowerOfTwoWithFourteenZerosEachSide) {
+    CDataSpace s;
+    CZrkData* ones = Array(s, TYPE_I2, {100, 2}, std::vector<double>(200, 1.0));
+    CZrkData* f = Ft(s, 0, ones, 0, 0, 0);
+    EXPECT_EQ(f->type, TYPE_CR4);
+    EXPECT_EQ(Shape(f), (std::vector<res_t>{128, 2, 1, 1, 1, 1}));
+    // Back without padding or scaling: 128 times the padded line.
+    const std::vector<cfloat> back = Complex(Mrft(s, 0, f, 0, 1, 0));
+    ASSERT_EQ(back.size(), 256u);
+    for (uint64_t k = 0; k < 256; ++k) {
+        const uint64_t x = k % 128;
+        const float want = x < 14 || x >= 114 ? 0.0f : 128.0f;
+        EXPECT_NEAR(back[k].real(), want, 2e-3f) << k;
+        EXPECT_NEAR(back[k].imag(), 0.0f, 2e-3f) << k;
+    }
+}
+
+// Data mirrored about its centre: the padded, weighted lines are mirrors, so the forward
+// transform of one is the unscaled inverse of the other times exp(2 pi i m / size).
+TEST(Pnft, CenterAboveHalfMirrorsCenterBelow) {
+    CDataSpace s;
+    std::mt19937 g(99);
+    CZrkData* x = Random(s, "", TYPE_CR4, {40, 3}, g);
+    CZrkData* flipped = s.NewData(TYPE_CR4, 40, 3, 1, 1, 1, 1, "");
+    const auto* src = static_cast<const cfloat*>(x->data);
+    auto* dst = static_cast<cfloat*>(flipped->data);
+    for (int y = 0; y < 3; ++y)
+        for (int i = 0; i < 40; ++i) dst[y * 40 + i] = src[y * 40 + 39 - i];
+    for (int64_t window = 1; window <= 4; ++window)
+        for (int64_t center : {28, 33}) {
+            SCOPED_TRACE(testing::Message() << "window " << window << " center " << center);
+            const CZrkData* inv = Pnft(s, 0, x, center, window, 4 | 2);
+            const CZrkData* fwd = Pnft(s, 0, flipped, 40 - center, window, 4);
+            ASSERT_EQ(Shape(inv), Shape(fwd));
+            const uint64_t size = inv->nx;
+            const std::vector<cfloat> a = Complex(inv), b = Complex(fwd);
+            float scale = 0;
+            for (cfloat v : a) scale = std::max(scale, std::abs(v));
+            for (uint64_t k = 0; k < a.size(); ++k) {
+                const double phase = 2 * M_PI * double(k % size) / double(size);
+                const cfloat want = a[k] * cfloat(float(std::cos(phase)), float(std::sin(phase)));
+                EXPECT_LE(std::abs(b[k] - want), 1e-5f * scale) << k;
+            }
+        }
+}
+
+TEST(Kernel, OnePointIsOneWeight) {
+    CDataSpace s;
+    for (int window = 1; window <= 4; ++window)
+        for (bool lo : {false, true})
+            for (const char* dirs : {"x", "xyz", "tv"}) {
+                const CZrkData* k = Kernel(s, window, Text(s, dirs), 0.4, 1, lo);
+                EXPECT_EQ(k->type, TYPE_R4);
+                EXPECT_EQ(Shape(k), (std::vector<res_t>(6, 1)));
+                EXPECT_EQ(Values(k), std::vector<float>{1.0f}) << dirs;
+            }
+}
+
+TEST(Kernel, CutoffOutsideZeroToOneIsRefused) {
+    CDataSpace s;
+    CHeadlessHost host;
+    CScopedHost scoped(host);
+    for (double c : {-0.01, 1.01, 5.0, std::nan(""), std::numeric_limits<double>::infinity()}) {
+        try {
+            Kernel(s, FT_WINDOW_HAMMING, Text(s, "xy"), c, 9, true);
+            ADD_FAILURE() << c;
+        } catch (const ZrkError& e) {
+            EXPECT_STREQ(e.what(), "cutoff must be between 0 and 1") << c;
+        }
+    }
+    EXPECT_EQ(err_func, "hamm()");
+    EXPECT_EQ(host.history.back(), "error caught: Hamm:\r\n");
+}
+
+// Non-finite samples travel through the arithmetic: no crash, and lines without them stay
+// finite.
+TEST(NonFinite, SamplesStayInTheirLines) {
+    CDataSpace s;
+    CZrkData* a = Array(s, TYPE_R4, {8, 4});
+    float* p = static_cast<float*>(a->data);
+    p[1 * 8 + 2] = std::numeric_limits<float>::quiet_NaN();
+    p[3 * 8 + 5] = std::numeric_limits<float>::infinity();
+    auto finite_rows = [](const CZrkData* r) {
+        std::vector<int> rows;
+        const std::vector<cfloat> v = Complex(r);
+        for (uint64_t y = 0; y < r->ny; ++y) {
+            bool ok = true;
+            for (uint64_t x = 0; x < r->nx; ++x)
+                ok = ok && std::isfinite(v[y * r->nx + x].real()) &&
+                     std::isfinite(v[y * r->nx + x].imag());
+            rows.push_back(ok);
+        }
+        return rows;
+    };
+    const std::vector<int> want{1, 0, 1, 0};
+    EXPECT_EQ(finite_rows(Ft(s, 0, a, 1, 0, 1)), want);
+    EXPECT_EQ(finite_rows(Mrft(s, 0, a, 0, 1, 0)), want);
+    EXPECT_EQ(finite_rows(Pnft(s, 0, a, 5, 4, 7)), want);
+    EXPECT_EQ(finite_rows(InterpDir(s, 0, a, 13)), want);
+    CZrkData* w = a->Duplicate();
+    s.AddToList(w, "");
+    ApplyWindow(w, FT_WINDOW_HANNING);
+    EXPECT_EQ(finite_rows(w), want);
+    EXPECT_NO_THROW(Ft(s, 1, a, 0, 1, 0));
+    EXPECT_NO_THROW(InterpDir(s, 1, a, 3));
+}
+
+TEST_F(Transform, VariantsAreTheGeneralCall) {
+    ASSERT_EQ(Report("d0 = rampx(0,7,8); d1 = reshape(rampx(1,48,48),4,3,2,2);"), "");
+    const struct {
+        const char* by_name;
+        const char* by_argument;
+    } pairs[] = {
+        {"ftz(d1,1,-1,0)", "ft(\"z\",d1,1,-1,0)"},
+        {"ftx(d0,0,0,1)", "ft(\"x\",d0,0,0,1)"},
+        {"ftt(d1,0,1,0)", "ft(\"4\",d1,0,1,0)"},
+        {"ftz(ftx(d1,0,0,0),0,0,0)", "ft(\"xz\",d1,0,0,0)"},
+        {"ftz(ftx(d1,0,0,0),0,0,0)", "ft(\"zx\",d1,0,0,0)"},
+        {"ftz(ftx(d1,0,0,0),0,0,0)", "ft(\"13\",d1,0,0,0)"},
+        {"mrfty(d1,1,0,1)", "mrft(\"y\",d1,1,0,1)"},
+        {"mrftt(mrfty(d1,0,1,0),0,1,0)", "mrft(\"ty\",d1,0,1,0)"},
+        {"pnftx(d0,6,3,5)", "pnft(\"x\",d0,6,3,5)"},
+        {"pnfty(d1,2,1,4)", "pnft(\"y\",d1,2,1,4)"},
+        {"interp(\"y\",interp(\"x\",d1,7),5)", "interp(\"xy\",d1,5)"},
+    };
+    for (const auto& p : pairs) {
+        ASSERT_EQ(Report(std::string("a = ") + p.by_name + "; b = " + p.by_argument + ";"), "")
+            << p.by_argument;
+        if (std::string(p.by_argument).rfind("interp", 0) == 0) continue;
+        EXPECT_EQ(Find("a")->HeaderText(), Find("b")->HeaderText()) << p.by_argument;
+        EXPECT_EQ(EvalTest::Values(Find("a")), EvalTest::Values(Find("b"))) << p.by_argument;
+    }
+    // interp: one resolution for every direction named.
+    EXPECT_EQ(Shape(Find("b")), (std::vector<res_t>{5, 5, 2, 2, 1, 1}));
+}
+
+TEST_F(Transform, Reports) {
+    ASSERT_EQ(Report("d0 = rampx(0,7,8);"), "");
+    const struct {
+        const char* line;
+        const char* report;
+        const char* caught;  // history line, or null
+    } rows[] = {
+        {"a = ft(\"q\",d0,0,0,0);", "ft() returned 'direction invalid'", nullptr},
+        {"a = mrft(\"w\",d0,0,0,0);", "mrft() returned 'direction invalid'", nullptr},
+        {"a = pnft(\"u\",d0,0,0,0);", "pnft() returned 'direction invalid'", nullptr},
+        {"a = interp(\"q\",d0,4);", "interp() returned 'direction invalid'", nullptr},
+        {"a = black(\"q\",.5,5,1);", "black() returned 'direction invalid'",
+         "error caught: Black:\r\n"},
+        {"a = interp(\"x\",d0,0);", "interp('x') returned 'resolution must be positive'",
+         "error caught: InterpX:\r\n"},
+        {"a = interp(\"zy\",d0,-2);", "interp('y') returned 'resolution must be positive'",
+         "error caught: InterpY:\r\n"},
+        {"a = bart(\"x\",.5,0,1);", "bart() returned 'resolution must be positive'", nullptr},
+        {"a = bart(\"xy\",1.5,5,1);", "bart() returned 'cutoff must be between 0 and 1'",
+         "error caught: Bart:\r\n"},
+        {"a = hann(\"x\",-0.1,5,0);", "hann() returned 'cutoff must be between 0 and 1'", nullptr},
+        {"a = pnftx(d0,9,1,4);", "pnft('x') returned 'center must be between 0 and n'",
+         "error caught: PnftX:\r\n"},
+        {"a = ftx(new_name,0,0,0);", "CallFunction() returned 'null input data set'", nullptr},
+        {"a = ft(\"x\",d0,0,0);", "CallFunction() returned 'argument number mismatch'", nullptr},
+        {"a = ftx(d0,0,0);", "CallFunction() returned 'argument number mismatch'", nullptr},
+        {"a = hamm(\"x\",.5,5);", "CallFunction() returned 'argument number mismatch'", nullptr},
+    };
+    for (const auto& r : rows) {
+        host.history.clear();
+        EXPECT_EQ(Report(r.line), r.report) << r.line;
+        if (r.caught) {
+            EXPECT_TRUE(Logged(r.caught)) << r.line;
+        }
+    }
+}
+
+TEST(Rows, CountsFamiliesAndTitles) {
+    const struct {
+        const char* name;
+        int args;
+        int64_t family;
+        const char* title;  // null for a variant
+    } rows[] = {
+        {"ft", 5, FAMILY_XYZT, "fourier transform data"},
+        {"ftx", 4, FAMILY_PLAIN, nullptr},
+        {"ftt", 4, FAMILY_PLAIN, nullptr},
+        {"mrft", 5, FAMILY_XYZT, "mixed radix transform"},
+        {"mrfty", 4, FAMILY_PLAIN, nullptr},
+        {"pnft", 5, FAMILY_XYZT, "partial nex transform along x"},
+        {"pnftz", 4, FAMILY_PLAIN, nullptr},
+        {"bart", 4, FAMILY_PLAIN, "bartlett window"},
+        {"black", 4, FAMILY_PLAIN, "balckman window"},
+        {"hann", 4, FAMILY_PLAIN, "hanning window"},
+        {"hamm", 4, FAMILY_PLAIN, "low pass hamming window"},
+        {"interp", 3, FAMILY_PLAIN, "interpolate data"},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        const CFuncRow* row = FunctionRow(FunctionIndex(r.name));
+        ASSERT_NE(row, nullptr);
+        EXPECT_EQ(row->min_args, r.args);
+        EXPECT_EQ(row->max_args, r.args);
+        EXPECT_EQ(row->family, r.family);
+        if (!r.title) {
+            EXPECT_EQ(row->help, nullptr);
+            continue;
+        }
+        ASSERT_NE(row->help, nullptr);
+        const CFuncHelp help = ReadHelp(row->help);
+        EXPECT_STREQ(help.title, r.title);
+        EXPECT_FALSE(help.arguments.empty());
+        EXPECT_FALSE(help.lines.empty());
+    }
+    EXPECT_EQ(FunctionIndex("ftu"), -1);
 }
 
 }  // namespace
