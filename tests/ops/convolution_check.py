@@ -66,6 +66,16 @@ def extreme(a, circ, size, fn):
     return out[index]
 
 
+def window_pick(a, key, size):
+    # Every wrapped window as a stack, ordered by i, q, magnitude or phase; the middle one.
+    offsets = [[i - w // 2 for i, w in zip(index, size)] for index in np.ndindex(*size)]
+    axes = tuple(range(a.ndim))
+    stack = np.stack([np.roll(a, [-v for v in off], axis=axes) for off in offsets])
+    keys = [stack.real, stack.imag, np.abs(stack), np.angle(stack)][key]
+    pick = np.argsort(keys, axis=0, kind="stable")[len(stack) // 2]
+    return np.take_along_axis(stack, pick[None], axis=0)[0]
+
+
 def compute(arrays, op, args):
     get = lambda name: arrays[name]
     if op in ("conv", "corr"):
@@ -89,6 +99,9 @@ def compute(arrays, op, args):
     if op == "cmedian":
         a, size = get(args[0]), [int(v) for v in args[1:]]
         return ndi.median_filter(a, size=size + [1] * (a.ndim - len(size)), mode="wrap")
+    if op == "cmediankey":
+        a, key, size = get(args[0]), int(args[1]), [int(v) for v in args[2:]]
+        return window_pick(a, key, size + [1] * (a.ndim - len(size)))
     if op in ("dilate", "erode"):
         a, circ = get(args[0]), args[1] == "1"
         size = [int(v) for v in args[2:]]

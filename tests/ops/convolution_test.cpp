@@ -160,6 +160,13 @@ TEST(ConvolutionCross, MatchesNumpyAndScipy) {
         cases.push_back({std::string("cmedian ") + w.a + sizes,
                          [=](CDataSpace& t) { return CMedian(t, pa, 0, pl); }});
     }
+    // Complex windows ordered by each of the four keys.
+    for (int key = 0; key < 4; ++key)
+        for (const char* a : {"A2c", "A3c"}) {
+            const CZrkData *pa = in[a], *pl = list({3, 2, 3});
+            cases.push_back({"cmediankey " + std::string(a) + " " + std::to_string(key) + " 3 2 3",
+                             [=](CDataSpace& t) { return CMedian(t, pa, key, pl); }});
+        }
     const struct {
         const char* a;
         std::vector<double> win;
