@@ -17,9 +17,9 @@ namespace {
 
 // Batches of lines fill about this much of the work buffer: within the second-level cache,
 // so that loading, transforming and storing a batch touch memory once.
-constexpr uint64_t kBatchBytes = 256 * 1024;
+constexpr uint64_t kBatchBytes = 128 * 1024;
 // Columns per batch of a strided direction: enough for FFTW to vectorise across them.
-constexpr uint64_t kMaxColumns = 64;
+constexpr uint64_t kMaxColumns = 32;
 // Longer lines are planned by estimate: measuring them would cost more than it saves.
 constexpr int kMeasureLimit = 1 << 16;
 
