@@ -14,7 +14,7 @@
 #include "eval/eval_error.h"
 
 class EvalTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         Clear();
         GlobalDataSpace().SetUnique();
@@ -31,6 +31,12 @@ protected:
         return ev.Eval(nullptr, nullptr, text.c_str(), nullptr);
     }
     CZrkData* Find(const char* name) { return GlobalDataSpace().FindData(name); }
+    // Runs the lines; "" on success, else the report without its position.
+    std::string Report(const std::string& text) {
+        if (!Run(text)) return "";
+        const std::string report = ErrorText();
+        return report.substr(0, report.find(" at: "));
+    }
     // The elements of a record, i and q interleaved when complex.
     static std::vector<double> Values(const CZrkData* r) {
         std::vector<double> out;

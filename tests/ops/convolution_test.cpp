@@ -239,12 +239,7 @@ TEST(ConvolutionCross, MatchesNumpyAndScipy) {
 
 // The rows as the function browser and CallFunction see them.
 TEST(ConvolutionRows, NamesCountsAndHelp) {
-    const struct {
-        const char* name;
-        int args;
-        int64_t family;
-        const char* title;  // null for a variant
-    } rows[] = {
+    ExpectRows({
         {"cconv", 2, FAMILY_PLAIN, "circular convolve of data sets"},
         {"ccorr", 2, FAMILY_PLAIN, "circular correlation of data sets"},
         {"ccorr1d", 3, FAMILY_XYZT, "circular correlation along one dimension"},
@@ -265,21 +260,7 @@ TEST(ConvolutionRows, NamesCountsAndHelp) {
         {"sort", 2, FAMILY_PLAIN, "sort data"},
         {"ssd", 3, FAMILY_XYZT, "sum of squares difference"},
         {"ssdy", 2, FAMILY_PLAIN, nullptr},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const CFuncRow* r = FunctionRow(FunctionIndex(row.name));
-        ASSERT_NE(r, nullptr);
-        EXPECT_EQ(r->min_args, row.args);
-        EXPECT_EQ(r->max_args, row.args);
-        EXPECT_EQ(r->family, row.family);
-        if (!row.title) {
-            EXPECT_EQ(r->help, nullptr);
-            continue;
-        }
-        ASSERT_NE(r->help, nullptr);
-        EXPECT_STREQ(ReadHelp(r->help).title, row.title);
-    }
+    });
     // The variants named in the u and v spelling are not functions of the language.
     for (const char* name : {"ccorr1dt", "medianx", "sortx", "ssdu", "cssdv", "corr1du"})
         EXPECT_EQ(FunctionIndex(name), -1) << name;
@@ -291,11 +272,6 @@ TEST(ConvolutionRows, NamesCountsAndHelp) {
 
 class ConvolutionLanguage : public EvalTest {
   protected:
-    std::string Report(const std::string& text) {
-        if (!Run(text)) return "";
-        const std::string report = ErrorText();
-        return report.substr(0, report.find(" at: "));
-    }
     std::vector<double> Of(const char* name) { return Values(Find(name)); }
 };
 

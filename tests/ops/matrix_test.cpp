@@ -448,20 +448,8 @@ TEST_F(MatrixTest, NonFiniteValuesNeverCrash) {
 }
 
 TEST(MatrixRows, MinvAndDiagAreRowsAndTraceIsNot) {
-    const struct {
-        const char* name;
-        int args;
-        const char* title;
-    } rows[] = {{"minv", 3, "invert matrix"}, {"diag", 2, "matrix diag"}};
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.name);
-        const CFuncRow* row = FunctionRow(FunctionIndex(r.name));
-        ASSERT_NE(row, nullptr);
-        EXPECT_EQ(row->min_args, r.args);
-        EXPECT_EQ(row->max_args, r.args);
-        EXPECT_EQ(row->family, FAMILY_PAIRS);
-        EXPECT_STREQ(ReadHelp(row->help).title, r.title);
-    }
+    ExpectRows(
+        {{"minv", 3, FAMILY_PAIRS, "invert matrix"}, {"diag", 2, FAMILY_PAIRS, "matrix diag"}});
     EXPECT_EQ(FunctionIndex("trace"), -1);
 }
 

@@ -402,14 +402,7 @@ TEST_F(Stats, MedianAndChannels) {
 }
 
 // Through the language.
-class ReduceRows : public EvalTest {
-  protected:
-    std::string Report(const std::string& text) {
-        if (!Run(text)) return "";
-        const std::string report = ErrorText();
-        return report.substr(0, report.find(" at: "));
-    }
-};
+using ReduceRows = EvalTest;
 
 TEST_F(ReduceRows, ByNameAndByArgument) {
     ASSERT_EQ(Report("d0 = reshape(rampx(-11,12,24),2,3,4);"), "");

@@ -17,12 +17,6 @@ namespace {
 
 class Rows : public EvalTest {
   protected:
-    // Runs the lines; "" on success, else the report without its position.
-    std::string Report(const std::string& text) {
-        if (!Run(text)) return "";
-        const std::string report = ErrorText();
-        return report.substr(0, report.find(" at: "));
-    }
     std::vector<double> Of(const char* name) { return Values(Find(name)); }
     std::vector<res_t> ShapeOf(const char* name) { return Shape(Find(name)); }
 };

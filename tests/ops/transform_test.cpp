@@ -68,11 +68,6 @@ void Write(const fs::path& dir, const CZrkData* a) {
 
 class Transform : public EvalTest {
   protected:
-    std::string Report(const std::string& text) {
-        if (!Run(text)) return "";
-        const std::string report = ErrorText();
-        return report.substr(0, report.find(" at: "));
-    }
     bool Logged(const std::string& line) const {
         return std::find(host.history.begin(), host.history.end(), line) != host.history.end();
     }
@@ -451,12 +446,7 @@ TEST_F(Transform, Reports) {
 }
 
 TEST(Rows, CountsFamiliesAndTitles) {
-    const struct {
-        const char* name;
-        int args;
-        int64_t family;
-        const char* title;  // null for a variant
-    } rows[] = {
+    ExpectRows({
         {"ft", 5, FAMILY_XYZT, "fourier transform data"},
         {"ftx", 4, FAMILY_PLAIN, nullptr},
         {"ftt", 4, FAMILY_PLAIN, nullptr},
@@ -469,24 +459,7 @@ TEST(Rows, CountsFamiliesAndTitles) {
         {"hann", 4, FAMILY_PLAIN, "hanning window"},
         {"hamm", 4, FAMILY_PLAIN, "low pass hamming window"},
         {"interp", 3, FAMILY_PLAIN, "interpolate data"},
-    };
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.name);
-        const CFuncRow* row = FunctionRow(FunctionIndex(r.name));
-        ASSERT_NE(row, nullptr);
-        EXPECT_EQ(row->min_args, r.args);
-        EXPECT_EQ(row->max_args, r.args);
-        EXPECT_EQ(row->family, r.family);
-        if (!r.title) {
-            EXPECT_EQ(row->help, nullptr);
-            continue;
-        }
-        ASSERT_NE(row->help, nullptr);
-        const CFuncHelp help = ReadHelp(row->help);
-        EXPECT_STREQ(help.title, r.title);
-        EXPECT_FALSE(help.arguments.empty());
-        EXPECT_FALSE(help.lines.empty());
-    }
+    });
     EXPECT_EQ(FunctionIndex("ftu"), -1);
 }
 
