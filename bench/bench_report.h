@@ -4,11 +4,14 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstdio>
 #include <map>
+#include <memory>
 #include <string>
+#include <vector>
 
 class CRatioReporter : public benchmark::ConsoleReporter {
-public:
+  public:
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs) seconds[run.run_name.function_name] = run.GetAdjustedRealTime();
         ConsoleReporter::ReportRuns(runs);
@@ -19,6 +22,19 @@ public:
         return it == seconds.end() ? 0 : it->second;
     }
 
-private:
+  private:
     std::map<std::string, double> seconds;
 };
+
+// Runs a peer script of bench/ (Debian's python3) with `args` and reads the `count` numbers it
+// prints; empty when the peer did not run or printed fewer.
+inline std::vector<double> PeerFigures(const std::string& script, const std::string& args,
+                                       size_t count) {
+    const std::string command =
+        std::string(QUELMOR_PYTHON) + " " + QUELMOR_BENCH_DIR + "/" + script + " " + args;
+    std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+    std::vector<double> figures(count);
+    for (double& f : figures)
+        if (!pipe || std::fscanf(pipe.get(), "%lf", &f) != 1) return {};
+    return figures;
+}

@@ -55,15 +55,9 @@ double ScipyTime() {
     const std::filesystem::path dir = pattern;
     Save(dir / "image.bin", Data().image);
     Save(dir / "kernel.bin", Data().kernel);
-    const std::string command = std::string(QUELMOR_PYTHON) + " " + QUELMOR_BENCH_DIR +
-                                "/scipy_convolution.py " + dir.string();
-    double ms = 0;
-    {
-        std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-        if (!pipe || std::fscanf(pipe.get(), "%lf", &ms) != 1) ms = 0;
-    }
+    const std::vector<double> ms = PeerFigures("scipy_convolution.py", dir.string(), 1);
     std::filesystem::remove_all(dir);
-    return ms;
+    return ms.empty() ? 0 : ms[0];
 }
 
 }  // namespace

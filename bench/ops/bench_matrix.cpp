@@ -77,15 +77,13 @@ bool NumpyPinv(double* wall, double* cpu) {
     std::ofstream(path, std::ios::binary)
         .write(static_cast<const char*>(Data().a->data),
                static_cast<std::streamsize>(Data().a->Bytes()));
-    const std::string command = std::string(QUELMOR_PYTHON) + " " + QUELMOR_BENCH_DIR +
-                                "/numpy_matrix_pinv.py " + path + " " + std::to_string(kCount);
-    bool ran = false;
-    {
-        std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-        ran = pipe && std::fscanf(pipe.get(), "%lf %lf", wall, cpu) == 2;
-    }
+    const std::vector<double> times =
+        PeerFigures("numpy_matrix_pinv.py", std::string(path) + " " + std::to_string(kCount), 2);
     std::remove(path);
-    return ran;
+    if (times.empty()) return false;
+    *wall = times[0];
+    *cpu = times[1];
+    return true;
 }
 
 }  // namespace

@@ -96,11 +96,9 @@ BENCHMARK(CatT)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 
 // Milliseconds per call of the two NumPy transpositions; 0 when NumPy did not run.
 void NumpyTimes(double* tzyx, double* xy) {
-    *tzyx = *xy = 0;
-    const std::string command =
-        std::string(QUELMOR_PYTHON) + " " + QUELMOR_BENCH_DIR + "/numpy_transpose.py";
-    std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-    if (!pipe || std::fscanf(pipe.get(), "%lf %lf", tzyx, xy) != 2) *tzyx = *xy = 0;
+    const std::vector<double> ms = PeerFigures("numpy_transpose.py", "", 2);
+    *tzyx = ms.empty() ? 0 : ms[0];
+    *xy = ms.empty() ? 0 : ms[1];
 }
 
 }  // namespace

@@ -102,11 +102,9 @@ BENCHMARK(MrftXY)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 
 // Milliseconds per call of scipy.fft.fft2 on both shapes; 0 when SciPy did not run.
 void ScipyTimes(double* t256, double* t250) {
-    *t256 = *t250 = 0;
-    const std::string command =
-        std::string(QUELMOR_PYTHON) + " " + QUELMOR_BENCH_DIR + "/scipy_transform.py";
-    std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-    if (!pipe || std::fscanf(pipe.get(), "%lf %lf", t256, t250) != 2) *t256 = *t250 = 0;
+    const std::vector<double> ms = PeerFigures("scipy_transform.py", "", 2);
+    *t256 = ms.empty() ? 0 : ms[0];
+    *t250 = ms.empty() ? 0 : ms[1];
 }
 
 }  // namespace
