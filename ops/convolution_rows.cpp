@@ -12,6 +12,7 @@ namespace {
 
 struct OpCorr1d {
     static constexpr const char* kGeneral = "corr1d()";
+    static constexpr const char* kNoDirection = "direction invalid";
     static constexpr bool kMultiple = false;
     static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
         return Corr1d(t, d, a[0], a[1]);
@@ -19,6 +20,7 @@ struct OpCorr1d {
 };
 struct OpCCorr1d {
     static constexpr const char* kGeneral = "ccorr1d()";
+    static constexpr const char* kNoDirection = "direction invalid";
     static constexpr bool kMultiple = false;
     static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
         return CCorr1d(t, d, a[0], a[1]);
@@ -26,32 +28,28 @@ struct OpCCorr1d {
 };
 struct OpSsd {
     static constexpr const char* kGeneral = "ssd()";
+    static constexpr const char* kNoDirection = "direction invalid";
     static constexpr bool kMultiple = false;
     static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Ssd(t, d, a[0], a[1]); }
 };
 struct OpCSsd {
     static constexpr const char* kGeneral = "cssd()";
+    static constexpr const char* kNoDirection = "direction invalid";
     static constexpr bool kMultiple = false;
     static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return CSsd(t, d, a[0], a[1]); }
 };
 struct OpMedian {
     static constexpr const char* kGeneral = "median()";
+    static constexpr const char* kNoDirection = "direction invalid";
     static constexpr bool kMultiple = false;
     static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Median(t, d, a[0]); }
 };
 struct OpSort {
     static constexpr const char* kGeneral = "sort()";
+    static constexpr const char* kNoDirection = "direction invalid";
     static constexpr bool kMultiple = false;
     static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Sort(t, d, a[0]); }
 };
-
-// A general function of this family: a string without a direction says "direction invalid".
-template <class Op>
-int General(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs) {
-    SetOpText(Op::kGeneral);
-    return DirectionCall(Family<Op, 6>::kVariants, Op::kMultiple, "direction invalid", result, temp,
-                         args, nargs);
-}
 
 int EvalConv(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
     return Row(r, [&] { return Conv(t, a[0], a[1]); });
@@ -216,7 +214,7 @@ const char* const kHelpSsd[] = {"sum of squares difference",
 const CFuncRow kRows[] = {
     {"cconv", EvalCConv, 2, 2, FAMILY_PLAIN, kHelpCConv},
     {"ccorr", EvalCCorr, 2, 2, FAMILY_PLAIN, kHelpCCorr},
-    {"ccorr1d", General<OpCCorr1d>, 3, 3, FAMILY_XYZT, kHelpCCorr1d},
+    {"ccorr1d", Family<OpCCorr1d, 6>::General, 3, 3, FAMILY_XYZT, kHelpCCorr1d},
     {"ccorr1dx", V<OpCCorr1d>(0), 2, 2, FAMILY_PLAIN, nullptr},
     {"ccorr1dy", V<OpCCorr1d>(1), 2, 2, FAMILY_PLAIN, nullptr},
     {"ccorr1dz", V<OpCCorr1d>(2), 2, 2, FAMILY_PLAIN, nullptr},
@@ -224,21 +222,21 @@ const CFuncRow kRows[] = {
     {"cmedian", EvalCMedian, 3, 3, FAMILY_PLAIN, kHelpCMedian},
     {"conv", EvalConv, 2, 2, FAMILY_PLAIN, kHelpConv},
     {"corr", EvalCorr, 2, 2, FAMILY_PLAIN, kHelpCorr},
-    {"corr1d", General<OpCorr1d>, 3, 3, FAMILY_XYZT, kHelpCorr1d},
+    {"corr1d", Family<OpCorr1d, 6>::General, 3, 3, FAMILY_XYZT, kHelpCorr1d},
     {"corr1dx", V<OpCorr1d>(0), 2, 2, FAMILY_PLAIN, nullptr},
     {"corr1dy", V<OpCorr1d>(1), 2, 2, FAMILY_PLAIN, nullptr},
     {"corr1dz", V<OpCorr1d>(2), 2, 2, FAMILY_PLAIN, nullptr},
     {"corr1dt", V<OpCorr1d>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"cssd", General<OpCSsd>, 3, 3, FAMILY_XYZT, kHelpCSsd},
+    {"cssd", Family<OpCSsd, 6>::General, 3, 3, FAMILY_XYZT, kHelpCSsd},
     {"cssdx", V<OpCSsd>(0), 2, 2, FAMILY_PLAIN, nullptr},
     {"cssdy", V<OpCSsd>(1), 2, 2, FAMILY_PLAIN, nullptr},
     {"cssdz", V<OpCSsd>(2), 2, 2, FAMILY_PLAIN, nullptr},
     {"cssdt", V<OpCSsd>(3), 2, 2, FAMILY_PLAIN, nullptr},
     {"dilate", EvalDilate, 3, 3, FAMILY_PLAIN, kHelpDilate},
     {"erode", EvalErode, 3, 3, FAMILY_PLAIN, kHelpErode},
-    {"median", General<OpMedian>, 2, 2, FAMILY_PLAIN, kHelpMedian},
-    {"sort", General<OpSort>, 2, 2, FAMILY_PLAIN, kHelpSort},
-    {"ssd", General<OpSsd>, 3, 3, FAMILY_XYZT, kHelpSsd},
+    {"median", Family<OpMedian, 6>::General, 2, 2, FAMILY_PLAIN, kHelpMedian},
+    {"sort", Family<OpSort, 6>::General, 2, 2, FAMILY_PLAIN, kHelpSort},
+    {"ssd", Family<OpSsd, 6>::General, 3, 3, FAMILY_XYZT, kHelpSsd},
     {"ssdx", V<OpSsd>(0), 2, 2, FAMILY_PLAIN, nullptr},
     {"ssdy", V<OpSsd>(1), 2, 2, FAMILY_PLAIN, nullptr},
     {"ssdz", V<OpSsd>(2), 2, 2, FAMILY_PLAIN, nullptr},

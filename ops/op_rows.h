@@ -5,7 +5,8 @@
 //   struct OpFlip {
 //       static constexpr const char* kGeneral = "flip()";  // err_func of the general row
 //       static constexpr bool kMultiple = true;            // choose multiple, else choose one
-//       static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int n) { return Flip(t, d, a[0]); }
+//       static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int n) { return Flip(t, d, a[0]);
+//       }
 //   };
 //   {"flip", Family<OpFlip, 4>::General, 2, 2, FAMILY_XYZT, kHelpFlip},
 //   {"flipx", V<OpFlip>(0), 1, 1, FAMILY_PLAIN, nullptr},
@@ -26,6 +27,16 @@ int Variant(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs) {
     return Row(result, [&] { return Op::Run(temp, D, args, nargs); });
 }
 
+// What the general function says of a string without a direction: "invalid direction" unless
+// the family names its own text in kNoDirection.
+template <class Op>
+constexpr const char* NoDirectionText() {
+    if constexpr (requires { Op::kNoDirection; })
+        return Op::kNoDirection;
+    else
+        return "invalid direction";
+}
+
 // Count is 4 for a family of x ... t, 6 for one of x ... v.
 template <class Op, int Count>
 struct Family {
@@ -37,7 +48,7 @@ struct Family {
                                                  Count > 4 ? Variant<Op, 5> : nullptr};
     static int General(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs) {
         SetOpText(Op::kGeneral);
-        return DirectionCall(kVariants, Op::kMultiple, "invalid direction", result, temp, args,
+        return DirectionCall(kVariants, Op::kMultiple, NoDirectionText<Op>(), result, temp, args,
                              nargs);
     }
 };

@@ -10,17 +10,9 @@
 
 namespace {
 
-// A general transform: its text, then its variants in x ... t; a string without a direction
-// says "direction invalid".
-template <class Op>
-int GeneralTransform(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs) {
-    SetOpText(Op::kGeneral);
-    return DirectionCall(Family<Op, 4>::kVariants, true, "direction invalid", result, temp, args,
-                         nargs);
-}
-
 struct OpFt {
     static constexpr const char* kGeneral = "ft()";
+    static constexpr const char* kNoDirection = "direction invalid";
     static constexpr bool kMultiple = true;
     static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
         return Ft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3]));
@@ -28,6 +20,7 @@ struct OpFt {
 };
 struct OpMrft {
     static constexpr const char* kGeneral = "mrft()";
+    static constexpr const char* kNoDirection = "direction invalid";
     static constexpr bool kMultiple = true;
     static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
         return Mrft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3]));
@@ -35,6 +28,7 @@ struct OpMrft {
 };
 struct OpPnft {
     static constexpr const char* kGeneral = "pnft()";
+    static constexpr const char* kNoDirection = "direction invalid";
     static constexpr bool kMultiple = true;
     static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
         return Pnft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3]));
@@ -141,7 +135,7 @@ const char* const kHelpInterp[] = {"interpolate data",
 const CFuncRow kRows[] = {
     {"bart", EvalKernel<FT_WINDOW_BARTLETT>, 4, 4, FAMILY_PLAIN, kHelpBart},
     {"black", EvalKernel<FT_WINDOW_BLACKMAN>, 4, 4, FAMILY_PLAIN, kHelpBlack},
-    {"ft", GeneralTransform<OpFt>, 5, 5, FAMILY_XYZT, kHelpFt},
+    {"ft", Family<OpFt, 4>::General, 5, 5, FAMILY_XYZT, kHelpFt},
     {"ftx", V<OpFt>(0), 4, 4, FAMILY_PLAIN, nullptr},
     {"fty", V<OpFt>(1), 4, 4, FAMILY_PLAIN, nullptr},
     {"ftz", V<OpFt>(2), 4, 4, FAMILY_PLAIN, nullptr},
@@ -149,12 +143,12 @@ const CFuncRow kRows[] = {
     {"hann", EvalKernel<FT_WINDOW_HANNING>, 4, 4, FAMILY_PLAIN, kHelpHann},
     {"hamm", EvalKernel<FT_WINDOW_HAMMING>, 4, 4, FAMILY_PLAIN, kHelpHamm},
     {"interp", EvalInterp, 3, 3, FAMILY_PLAIN, kHelpInterp},
-    {"mrft", GeneralTransform<OpMrft>, 5, 5, FAMILY_XYZT, kHelpMrft},
+    {"mrft", Family<OpMrft, 4>::General, 5, 5, FAMILY_XYZT, kHelpMrft},
     {"mrftx", V<OpMrft>(0), 4, 4, FAMILY_PLAIN, nullptr},
     {"mrfty", V<OpMrft>(1), 4, 4, FAMILY_PLAIN, nullptr},
     {"mrftz", V<OpMrft>(2), 4, 4, FAMILY_PLAIN, nullptr},
     {"mrftt", V<OpMrft>(3), 4, 4, FAMILY_PLAIN, nullptr},
-    {"pnft", GeneralTransform<OpPnft>, 5, 5, FAMILY_XYZT, kHelpPnft},
+    {"pnft", Family<OpPnft, 4>::General, 5, 5, FAMILY_XYZT, kHelpPnft},
     {"pnftx", V<OpPnft>(0), 4, 4, FAMILY_PLAIN, nullptr},
     {"pnfty", V<OpPnft>(1), 4, 4, FAMILY_PLAIN, nullptr},
     {"pnftz", V<OpPnft>(2), 4, 4, FAMILY_PLAIN, nullptr},
