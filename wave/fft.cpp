@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <numbers>
 #include <utility>
 
@@ -21,8 +22,9 @@ int skip_zero_lines = 0;
 
 namespace {
 
-fftwf_plan g_plan = nullptr;
-int g_plan_len = 0;  // signed: positive forward, negative inverse
+// Plans by signed length: positive forward, negative inverse. A 3-D transform visits up to
+// six of them in turn, so each is kept rather than made again at every change of axis.
+std::map<int, fftwf_plan> g_plans;
 float* g_work = nullptr;
 int g_work_len = 0;  // complex points
 float* g_ybuf = nullptr;
@@ -116,6 +118,9 @@ void shift_swap(float* buf, int nx, int ny, int nz) {
         }
 }
 
+// One complex point, moved as a single 8-byte word.
+inline void move_point(float* dst, const float* src) { std::memcpy(dst, src, 2 * sizeof(float)); }
+
 }  // namespace
 
 void* fft_malloc(size_t size) {
@@ -133,14 +138,14 @@ int cvfft(float* buf, int stride, int n, int dir) {
         g_work_len = g_work ? n : 0;
         if (!g_work) wave_fatal("cvfft(FFTW): Unable to allocate working array temp_buf.");
     }
-    int signed_len = dir > 0 ? n : -n;
-    if (!g_plan || g_plan_len != signed_len) {
-        if (g_plan) fftwf_destroy_plan(g_plan);
+    const int signed_len = dir > 0 ? n : -n;
+    fftwf_plan& plan = g_plans[signed_len];
+    if (!plan) {
         auto* w = reinterpret_cast<fftwf_complex*>(g_work);
-        // Measured once per length; FFTW's wisdom makes a re-plan of a known length cheap.
-        g_plan = fftwf_plan_dft_1d(n, w, w, dir > 0 ? FFTW_FORWARD : FFTW_BACKWARD, FFTW_MEASURE);
-        g_plan_len = g_plan ? signed_len : 0;
-        if (!g_plan) {
+        // Measured once per length; plans run on any buffer of the work line's alignment.
+        plan = fftwf_plan_dft_1d(n, w, w, dir > 0 ? FFTW_FORWARD : FFTW_BACKWARD, FFTW_MEASURE);
+        if (!plan) {
+            g_plans.erase(signed_len);
             wave_warn(WF_FFT, "\nfftw_create_plan error in cvfft\n",
                       "\nfftw_create_plan error in cvfft\n");
             return 1;
@@ -149,7 +154,7 @@ int cvfft(float* buf, int stride, int n, int dir) {
     float s = line_scale(n, dir);
     if (stride == 1 && fftwf_alignment_of(buf) == fftwf_alignment_of(g_work)) {
         auto* c = reinterpret_cast<fftwf_complex*>(buf);
-        fftwf_execute_dft(g_plan, c, c);
+        fftwf_execute_dft(plan, c, c);
         if (s != 1.0f)
             for (int i = 0; i < 2 * n; ++i) buf[i] *= s;
         return 0;
@@ -160,7 +165,7 @@ int cvfft(float* buf, int stride, int n, int dir) {
         g_work[2 * i + 1] = c[1];
     }
     auto* w = reinterpret_cast<fftwf_complex*>(g_work);
-    fftwf_execute_dft(g_plan, w, w);
+    fftwf_execute_dft(plan, w, w);
     for (int i = 0; i < n; ++i) {
         float* c = buf + 2 * size_t(i) * stride;
         c[0] = g_work[2 * i] * s;
@@ -180,20 +185,14 @@ int cvfft_3d_yonly_flip(float* buf, int nx, int ny, int nz, int dir) {
             int w = std::min(width, nx - x0);
             for (int y = 0; y < ny; ++y) {
                 const float* row = plane + 2 * (size_t(y) * nx + x0);
-                for (int j = 0; j < w; ++j) {
-                    g_ybuf[j * line + 2 * y] = row[2 * j];
-                    g_ybuf[j * line + 2 * y + 1] = row[2 * j + 1];
-                }
+                for (int j = 0; j < w; ++j) move_point(g_ybuf + j * line + 2 * y, row + 2 * j);
             }
             for (int j = 0; j < w; ++j)
                 if (cvfft(g_ybuf + j * line, 1, ny, dir))
                     wave_fatal("cvfft_3d_yonly_flip: cvfft error.");
             for (int y = 0; y < ny; ++y) {
                 float* row = plane + 2 * (size_t(y) * nx + x0);
-                for (int j = 0; j < w; ++j) {
-                    row[2 * j] = g_ybuf[j * line + 2 * y];
-                    row[2 * j + 1] = g_ybuf[j * line + 2 * y + 1];
-                }
+                for (int j = 0; j < w; ++j) move_point(row + 2 * j, g_ybuf + j * line + 2 * y);
             }
         }
     }
@@ -211,19 +210,13 @@ int cvfft_3d_zonly_flip(float* buf, int nx, int ny, int nz, int dir) {
         int w = std::min(width, plane_len - i0);
         for (int z = 0; z < nz; ++z) {
             const float* src = buf + 2 * (size_t(z) * plane_len + i0);
-            for (int j = 0; j < w; ++j) {
-                g_zbuf[j * line + 2 * z] = src[2 * j];
-                g_zbuf[j * line + 2 * z + 1] = src[2 * j + 1];
-            }
+            for (int j = 0; j < w; ++j) move_point(g_zbuf + j * line + 2 * z, src + 2 * j);
         }
         for (int j = 0; j < w; ++j)
             if (cvfft(g_zbuf + j * line, 1, nz, dir)) wave_fatal("cvfft_3d_zonly_flip: cvfft error.");
         for (int z = 0; z < nz; ++z) {
             float* dst = buf + 2 * (size_t(z) * plane_len + i0);
-            for (int j = 0; j < w; ++j) {
-                dst[2 * j] = g_zbuf[j * line + 2 * z];
-                dst[2 * j + 1] = g_zbuf[j * line + 2 * z + 1];
-            }
+            for (int j = 0; j < w; ++j) move_point(dst + 2 * j, g_zbuf + j * line + 2 * z);
         }
     }
     return 0;
@@ -419,9 +412,8 @@ void fft_cleanup() {
     g_ybuf = g_zbuf = g_work = nullptr;
     g_ybuf_len = g_zbuf_len = 0;
     g_work_len = 0;
-    if (g_plan) fftwf_destroy_plan(g_plan);
-    g_plan = nullptr;
-    g_plan_len = 0;
+    for (auto& [len, plan] : g_plans) fftwf_destroy_plan(plan);
+    g_plans.clear();
 }
 
 void rvfft_cleanup() {

@@ -1,7 +1,6 @@
 // The engine's Fourier layer over FFTW 3 single precision. Complex data are interleaved
-// (re, im). One plan is cached for the last signed length (positive forward, negative
-// inverse); plans are measured once per length and FFTW keeps their wisdom for the run, so
-// re-making the cached plan for a length already seen is cheap. Forward is FFTW_FORWARD
+// (re, im). One plan is cached per signed length (positive forward, negative inverse),
+// measured once and kept until fft_cleanup. Forward is FFTW_FORWARD
 // (negative exponent). Scale modes: not above 0 none, 1.0 divide by n, 2.0 by sqrt(n), any
 // other v by v. Failures here are fatal: the text goes to standard error and the process
 // exits with status -1.
