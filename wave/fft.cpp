@@ -24,7 +24,8 @@ namespace {
 
 // Plans by signed length: positive forward, negative inverse. A 3-D transform visits up to
 // six of them in turn, so each is kept rather than made again at every change of axis.
-std::map<int, fftwf_plan> g_plans;
+// Never destroyed: plans outlive static destruction until fft_cleanup.
+std::map<int, fftwf_plan>& g_plans = *new std::map<int, fftwf_plan>;
 float* g_work = nullptr;
 int g_work_len = 0;  // complex points
 float* g_ybuf = nullptr;
