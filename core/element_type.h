@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "core/zrk_error.h"
+
 enum : int {
     TYPE_NULL = -1,
     TYPE_I1 = 0, TYPE_I2, TYPE_I4, TYPE_I8,
@@ -45,3 +47,32 @@ int PromoteInteger(int a, int b);
 // Reads a type out of free text by substring search; -1 when none is found.
 // "i8" and "n8" are deliberately not understood.
 int TypeFromText(const char* text);
+
+// Runs body(T{}) with T the component type of `type` (a complex type by its parts): the one
+// switch on element type of an operation. Raises "invalid data type" for anything else.
+template <class F>
+void WithComponent(int type, F&& body) {
+    if (type < 0 || type >= TYPE_COUNT) Raise("invalid data type");
+    switch (type % 10) {
+        case TYPE_I1:
+            return body(int8_t{});
+        case TYPE_I2:
+            return body(int16_t{});
+        case TYPE_I4:
+            return body(int32_t{});
+        case TYPE_I8:
+            return body(int64_t{});
+        case TYPE_N1:
+            return body(uint8_t{});
+        case TYPE_N2:
+            return body(uint16_t{});
+        case TYPE_N4:
+            return body(uint32_t{});
+        case TYPE_N8:
+            return body(uint64_t{});
+        case TYPE_R4:
+            return body(float{});
+        default:
+            return body(double{});
+    }
+}

@@ -12,35 +12,6 @@
 
 namespace {
 
-// Runs body(T{}) with T the component type of `type`: one switch per operation.
-template <class F>
-void WithComponent(int type, F&& body) {
-    switch (type % 10) {
-        case TYPE_I1:
-            return body(int8_t{});
-        case TYPE_I2:
-            return body(int16_t{});
-        case TYPE_I4:
-            return body(int32_t{});
-        case TYPE_I8:
-            return body(int64_t{});
-        case TYPE_N1:
-            return body(uint8_t{});
-        case TYPE_N2:
-            return body(uint16_t{});
-        case TYPE_N4:
-            return body(uint32_t{});
-        case TYPE_N8:
-            return body(uint64_t{});
-        case TYPE_R4:
-            return body(float{});
-        case TYPE_R8:
-            return body(double{});
-        default:
-            Raise("invalid data type");
-    }
-}
-
 // The working float of a component type: double for 8-byte floats only.
 template <class T>
 using Work = std::conditional_t<std::is_same_v<T, double>, double, float>;

@@ -110,33 +110,6 @@ void NegateComponents(char* p, uint64_t count) {
     for (uint64_t k = 0; k < count; ++k) v[k] = static_cast<T>(T(0) - v[k]);
 }
 
-using NegateFn = void (*)(char*, uint64_t);
-
-NegateFn NegateFor(int type) {
-    switch (type % 10) {
-        case TYPE_I1:
-            return NegateComponents<int8_t>;
-        case TYPE_I2:
-            return NegateComponents<int16_t>;
-        case TYPE_I4:
-            return NegateComponents<int32_t>;
-        case TYPE_I8:
-            return NegateComponents<int64_t>;
-        case TYPE_N1:
-            return NegateComponents<uint8_t>;
-        case TYPE_N2:
-            return NegateComponents<uint16_t>;
-        case TYPE_N4:
-            return NegateComponents<uint32_t>;
-        case TYPE_N8:
-            return NegateComponents<uint64_t>;
-        case TYPE_R4:
-            return NegateComponents<float>;
-        default:
-            return NegateComponents<double>;
-    }
-}
-
 CZrkData* ReshapeOp(CDataSpace& temp, const CZrkData* a, const res_t res[6]) {
     RequireData(a);
     uint64_t count = 1;
@@ -164,11 +137,13 @@ CZrkData* Chop(CDataSpace& temp, int dir, const CZrkData* a) {
         std::memcpy(r->data, a->data, a->Bytes());
         const CWalk w(res, dir);
         const uint64_t comps = w.inner * a->Components();
-        const NegateFn negate = NegateFor(a->type);
         char* p = static_cast<char*>(r->data);
-        for (uint64_t o = 0; o < w.outer; ++o)
-            for (uint64_t i = 1; i < w.n; i += 2)
-                negate(p + (o * w.n + i) * w.inner * a->elem_bytes, comps);
+        WithComponent(a->type, [&](auto t) {
+            for (uint64_t o = 0; o < w.outer; ++o)
+                for (uint64_t i = 1; i < w.n; i += 2)
+                    NegateComponents<decltype(t)>(p + (o * w.n + i) * w.inner * a->elem_bytes,
+                                                  comps);
+        });
         return r;
     });
 }
