@@ -228,7 +228,9 @@ const char* const kHelpMatMul[] = {"complex matrix multiplication", "a", "left m
                                    "right matrix", nullptr, "c = a *xy b",
                                    "any two directions: *xz, *yt, ...", nullptr};
 const char* const kHelpMatDiv[] = {"complex matrix division", "a", "left matrix", "b",
-                                   "right matrix", nullptr, "c = a /xy b", nullptr};
+                                   "right matrix", nullptr, "c = a /xy b",
+                                   "d1 must be a square matrix",
+                                   "all other dimensions will be processed", nullptr};
 const char* const kHelpIqdiv[] = {"element divide of data sets", "a", "numerator", "b",
                                   "denominator", nullptr, "c = iqdiv(a,b)",
                                   "i by i and q by q", nullptr};
