@@ -13,8 +13,9 @@
 
 #include "wave/messages.h"
 
-// Blocks of half a 32 KB L1 data cache measured fastest for 256-point lines.
-int cache_kb = 16;
+// Initial 0 takes the 64 KB default on first use: blocks of a few dozen 256-point lines, which
+// FFTW transforms together while they stay in the second-level cache.
+int cache_kb = 0;
 int flip_flag = 1;
 float fwd_scale = 0.0f;
 float inv_scale = 1.0f;
@@ -22,12 +23,20 @@ int skip_zero_lines = 0;
 
 namespace {
 
-// Plans by signed length: positive forward, negative inverse. A 3-D transform visits up to
-// six of them in turn, so each is kept rather than made again at every change of axis.
-// Never destroyed: plans outlive static destruction until fft_cleanup.
-std::map<int, fftwf_plan>& g_plans = *new std::map<int, fftwf_plan>;
+// Plans by shape: signed length (positive forward, negative inverse), lines per batch and
+// the strides of points and lines. A 3-D transform visits several in turn, so each is kept
+// rather than made again at every change of axis. Never destroyed: plans outlive static
+// destruction until fft_cleanup.
+struct PlanShape {
+    int signed_len, howmany, stride, dist;
+    auto operator<=>(const PlanShape&) const = default;
+};
+std::map<PlanShape, fftwf_plan>& g_plans = *new std::map<PlanShape, fftwf_plan>;
+// Longer lines are planned by estimate: measuring them would cost more than it saves.
+constexpr int kMeasureLimit = 1 << 16;
+
 float* g_work = nullptr;
-int g_work_len = 0;  // complex points
+size_t g_work_len = 0;  // floats
 float* g_ybuf = nullptr;
 size_t g_ybuf_len = 0;  // floats
 float* g_zbuf = nullptr;
@@ -37,6 +46,12 @@ float* g_rtable = nullptr;  // rvfft twiddles; length word at g_rtable[-1]
 int block_kb() {
     if (cache_kb < 1) cache_kb = 64;
     return cache_kb;
+}
+
+// Lines of n points that fill one block of cache_kb, at least 1 and at most `most`.
+size_t block_lines(int n, size_t most) {
+    return std::clamp<size_t>(size_t(block_kb()) * 1024 / (2 * sizeof(float) * size_t(n)), 1,
+                              most);
 }
 
 float line_scale(int n, int dir) {
@@ -55,13 +70,82 @@ bool all_zero(const float* buf, int stride, int n) {
     return true;
 }
 
-// Grows a block buffer of the flip paths; buffers never shrink.
+// Grows a buffer of the layer; buffers never shrink and their contents are not kept.
 bool grow(float** buf, size_t* len, size_t floats) {
     if (*len >= floats) return true;
     fftwf_free(*buf);
     *buf = static_cast<float*>(fftwf_malloc(sizeof(float) * floats));
     *len = *buf ? floats : 0;
     return *buf != nullptr;
+}
+
+void store_scaled(float* dst, const float* src, size_t floats, float s) {
+    if (s == 1.0f) {
+        std::memcpy(dst, src, sizeof(float) * floats);
+        return;
+    }
+    for (size_t i = 0; i < floats; ++i) dst[i] = src[i] * s;
+}
+
+void plan_error() {
+    wave_warn(WF_FFT, "\nfftw_create_plan error in cvfft\n", "\nfftw_create_plan error in cvfft\n");
+}
+
+// Plans run on any buffer of the work buffer's alignment, and fftwf_malloc gives every block
+// buffer that one.
+bool runs_on(float* buf) { return fftwf_alignment_of(buf) == fftwf_alignment_of(g_work); }
+
+// `rows` lines of n points one after another, a block at a time through one plan, each block
+// scaled while it is still in cache. Rows that do not share the plan's alignment, and every
+// row when zero lines are skipped, go through cvfft one by one.
+bool transform_rows(float* buf, size_t rows, int n, int dir) {
+    const size_t batch = block_lines(n, rows);
+    const float s = line_scale(n, dir);
+    for (size_t r0 = 0; r0 < rows; r0 += batch) {
+        const int count = int(std::min(batch, rows - r0));
+        float* first = buf + 2 * r0 * n;
+        fftwf_plan plan = skip_zero_lines ? nullptr : fft_batch_plan(n, dir, count, 1, n);
+        if (!skip_zero_lines && !plan) {
+            plan_error();
+            return false;
+        }
+        if (plan && runs_on(first)) {
+            auto* c = reinterpret_cast<fftwf_complex*>(first);
+            fftwf_execute_dft(plan, c, c);
+            if (s != 1.0f)
+                for (size_t i = 0; i < 2 * size_t(count) * n; ++i) first[i] *= s;
+            continue;
+        }
+        for (int r = 0; r < count; ++r)
+            if (cvfft(first + 2 * size_t(r) * n, 1, n, dir)) return false;
+    }
+    return true;
+}
+
+// `width` neighbouring columns of n points, whose rows of `width` points lie `spacing`
+// points apart from `first`: gathered into `block` row by row, transformed together along
+// the columns, and scattered back scaled.
+bool transform_columns(float* first, size_t spacing, int n, int width, int dir, float* block) {
+    // Planning measures on the work buffer, so it comes before the gather.
+    fftwf_plan plan = skip_zero_lines ? nullptr : fft_batch_plan(n, dir, width, width, 1);
+    if (!skip_zero_lines && !plan) {
+        plan_error();
+        return false;
+    }
+    const size_t row = 2 * size_t(width);
+    for (int k = 0; k < n; ++k)
+        std::memcpy(block + k * row, first + 2 * k * spacing, sizeof(float) * row);
+    float s = line_scale(n, dir);
+    if (plan) {
+        auto* c = reinterpret_cast<fftwf_complex*>(block);
+        fftwf_execute_dft(plan, c, c);
+    } else {
+        s = 1.0f;  // cvfft scaled its own lines
+        for (int j = 0; j < width; ++j)
+            if (cvfft(block + 2 * j, width, n, dir)) return false;
+    }
+    for (int k = 0; k < n; ++k) store_scaled(first + 2 * k * spacing, block + k * row, row, s);
+    return true;
 }
 
 int32_t stored_length(const float* table) {
@@ -119,9 +203,6 @@ void shift_swap(float* buf, int nx, int ny, int nz) {
         }
 }
 
-// One complex point, moved as a single 8-byte word.
-inline void move_point(float* dst, const float* src) { std::memcpy(dst, src, 2 * sizeof(float)); }
-
 }  // namespace
 
 void* fft_malloc(size_t size) {
@@ -130,41 +211,42 @@ void* fft_malloc(size_t size) {
     return p;
 }
 
+float* fft_work(size_t points) {
+    return grow(&g_work, &g_work_len, 2 * points) ? g_work : nullptr;
+}
+
+fftwf_plan fft_batch_plan(int n, int dir, int howmany, int stride, int dist) {
+    const PlanShape shape{dir > 0 ? n : -n, howmany, stride, dist};
+    if (auto it = g_plans.find(shape); it != g_plans.end()) return it->second;
+    const size_t extent = size_t(howmany - 1) * dist + size_t(n - 1) * stride + 1;
+    auto* w = reinterpret_cast<fftwf_complex*>(fft_work(extent));
+    if (!w) return nullptr;
+    fftwf_plan plan =
+        fftwf_plan_many_dft(1, &n, howmany, w, nullptr, stride, dist, w, nullptr, stride, dist,
+                            dir > 0 ? FFTW_FORWARD : FFTW_BACKWARD,
+                            n <= kMeasureLimit ? FFTW_MEASURE : FFTW_ESTIMATE);
+    if (plan) g_plans.emplace(shape, plan);
+    return plan;
+}
+
 int cvfft(float* buf, int stride, int n, int dir) {
     if (n < 1) return 0;
     if (skip_zero_lines && all_zero(buf, stride, n)) return 0;
-    if (g_work_len < n) {
-        fftwf_free(g_work);
-        g_work = static_cast<float*>(fftwf_malloc(sizeof(float) * 2 * size_t(n)));
-        g_work_len = g_work ? n : 0;
-        if (!g_work) wave_fatal("cvfft(FFTW): Unable to allocate working array temp_buf.");
-    }
-    const int signed_len = dir > 0 ? n : -n;
-    fftwf_plan& plan = g_plans[signed_len];
+    if (!fft_work(n)) wave_fatal("cvfft(FFTW): Unable to allocate working array temp_buf.");
+    fftwf_plan plan = fft_batch_plan(n, dir, 1, 1, n);
     if (!plan) {
-        auto* w = reinterpret_cast<fftwf_complex*>(g_work);
-        // Measured once per length; plans run on any buffer of the work line's alignment.
-        plan = fftwf_plan_dft_1d(n, w, w, dir > 0 ? FFTW_FORWARD : FFTW_BACKWARD, FFTW_MEASURE);
-        if (!plan) {
-            g_plans.erase(signed_len);
-            wave_warn(WF_FFT, "\nfftw_create_plan error in cvfft\n",
-                      "\nfftw_create_plan error in cvfft\n");
-            return 1;
-        }
+        plan_error();
+        return 1;
     }
-    float s = line_scale(n, dir);
-    if (stride == 1 && fftwf_alignment_of(buf) == fftwf_alignment_of(g_work)) {
+    const float s = line_scale(n, dir);
+    if (stride == 1 && runs_on(buf)) {
         auto* c = reinterpret_cast<fftwf_complex*>(buf);
         fftwf_execute_dft(plan, c, c);
         if (s != 1.0f)
             for (int i = 0; i < 2 * n; ++i) buf[i] *= s;
         return 0;
     }
-    for (int i = 0; i < n; ++i) {
-        const float* c = buf + 2 * size_t(i) * stride;
-        g_work[2 * i] = c[0];
-        g_work[2 * i + 1] = c[1];
-    }
+    for (int i = 0; i < n; ++i) std::memcpy(g_work + 2 * i, buf + 2 * size_t(i) * stride, 8);
     auto* w = reinterpret_cast<fftwf_complex*>(g_work);
     fftwf_execute_dft(plan, w, w);
     for (int i = 0; i < n; ++i) {
@@ -176,59 +258,34 @@ int cvfft(float* buf, int stride, int n, int dir) {
 }
 
 int cvfft_3d_yonly_flip(float* buf, int nx, int ny, int nz, int dir) {
-    size_t line = 2 * size_t(ny);
-    int width = std::clamp(int(size_t(block_kb()) * 1024 / (sizeof(float) * line)), 1, nx);
-    if (!grow(&g_ybuf, &g_ybuf_len, line * width))
+    const int width = int(block_lines(ny, nx));
+    if (!grow(&g_ybuf, &g_ybuf_len, 2 * size_t(ny) * width))
         wave_fatal("cvfft_3d_yonly_flip: Unable to allocate ybuffer.");
     for (int z = 0; z < nz; ++z) {
         float* plane = buf + 2 * size_t(z) * ny * nx;
-        for (int x0 = 0; x0 < nx; x0 += width) {
-            int w = std::min(width, nx - x0);
-            for (int y = 0; y < ny; ++y) {
-                const float* row = plane + 2 * (size_t(y) * nx + x0);
-                for (int j = 0; j < w; ++j) move_point(g_ybuf + j * line + 2 * y, row + 2 * j);
-            }
-            for (int j = 0; j < w; ++j)
-                if (cvfft(g_ybuf + j * line, 1, ny, dir))
-                    wave_fatal("cvfft_3d_yonly_flip: cvfft error.");
-            for (int y = 0; y < ny; ++y) {
-                float* row = plane + 2 * (size_t(y) * nx + x0);
-                for (int j = 0; j < w; ++j) move_point(row + 2 * j, g_ybuf + j * line + 2 * y);
-            }
-        }
+        for (int x0 = 0; x0 < nx; x0 += width)
+            if (!transform_columns(plane + 2 * x0, nx, ny, std::min(width, nx - x0), dir, g_ybuf))
+                wave_fatal("cvfft_3d_yonly_flip: cvfft error.");
     }
     return 0;
 }
 
 int cvfft_3d_zonly_flip(float* buf, int nx, int ny, int nz, int dir) {
-    size_t line = 2 * size_t(nz);
-    int plane_len = nx * ny;
-    int width =
-        std::clamp(int(size_t(block_kb()) * 1024 / (sizeof(float) * line)), 1, plane_len);
-    if (!grow(&g_zbuf, &g_zbuf_len, line * width))
+    const int plane_len = nx * ny;
+    const int width = int(block_lines(nz, plane_len));
+    if (!grow(&g_zbuf, &g_zbuf_len, 2 * size_t(nz) * width))
         wave_fatal("cvfft_3d_zonly_flip: Unable to allocate zbuffer.");
-    for (int i0 = 0; i0 < plane_len; i0 += width) {
-        int w = std::min(width, plane_len - i0);
-        for (int z = 0; z < nz; ++z) {
-            const float* src = buf + 2 * (size_t(z) * plane_len + i0);
-            for (int j = 0; j < w; ++j) move_point(g_zbuf + j * line + 2 * z, src + 2 * j);
-        }
-        for (int j = 0; j < w; ++j)
-            if (cvfft(g_zbuf + j * line, 1, nz, dir)) wave_fatal("cvfft_3d_zonly_flip: cvfft error.");
-        for (int z = 0; z < nz; ++z) {
-            float* dst = buf + 2 * (size_t(z) * plane_len + i0);
-            for (int j = 0; j < w; ++j) move_point(dst + 2 * j, g_zbuf + j * line + 2 * z);
-        }
-    }
+    for (int i0 = 0; i0 < plane_len; i0 += width)
+        if (!transform_columns(buf + 2 * size_t(i0), plane_len, nz,
+                               std::min(width, plane_len - i0), dir, g_zbuf))
+            wave_fatal("cvfft_3d_zonly_flip: cvfft error.");
     return 0;
 }
 
 int BASE_cvfft_3d(float* buf, int nx, int ny, int nz, int dir) {
     int ax = std::abs(nx), ay = std::abs(ny), az = std::abs(nz);
-    if (nx > 1) {
-        for (size_t r = 0; r < size_t(ay) * az; ++r)
-            if (cvfft(buf + 2 * r * ax, 1, ax, dir)) wave_fatal("BASE_cvfft_3d: cvfft(x) error.");
-    }
+    if (nx > 1 && !transform_rows(buf, size_t(ay) * az, ax, dir))
+        wave_fatal("BASE_cvfft_3d: cvfft(x) error.");
     if (ny > 1) {
         if (ax == 1) {
             // A single column: its points are contiguous, so transform them as rows.

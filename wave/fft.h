@@ -1,10 +1,13 @@
 // The engine's Fourier layer over FFTW 3 single precision. Complex data are interleaved
 // (re, im). One plan is cached per signed length (positive forward, negative inverse),
-// measured once and kept until fft_cleanup. Forward is FFTW_FORWARD
+// measured once and kept until fft_cleanup; rows, and blocks of columns gathered by the flip
+// paths, go through one batched plan per block. Forward is FFTW_FORWARD
 // (negative exponent). Scale modes: not above 0 none, 1.0 divide by n, 2.0 by sqrt(n), any
 // other v by v. Failures here are fatal: the text goes to standard error and the process
 // exits with status -1.
 #pragma once
+
+#include <fftw3.h>
 
 #include <cstddef>
 
@@ -15,6 +18,14 @@ extern float inv_scale;      // initial 1.0: inverse divided by n
 extern int skip_zero_lines;  // lines of zeros are left as they are (initial 0)
 
 void* fft_malloc(size_t size);
+
+// The layer's work buffer, grown to hold `points` complex points; null when out of memory.
+float* fft_work(size_t points);
+// In-place plan of `howmany` lines of n points, points `stride` apart and lines `dist` apart
+// (complex units); dir > 0 forward. Measured once per shape on the work buffer, which it
+// overwrites, and kept until fft_cleanup; it runs on any buffer from fftwf_malloc. Null when
+// FFTW cannot plan it.
+fftwf_plan fft_batch_plan(int n, int dir, int howmany, int stride, int dist);
 
 // One line of n complex points at a stride in complex units; dir > 0 forward. Returns 0.
 int cvfft(float* buf, int stride, int n, int dir);
