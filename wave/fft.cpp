@@ -8,14 +8,15 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <omp.h>
 #include <numbers>
 #include <utility>
 
 #include "wave/messages.h"
 
-// Initial 0 takes the 64 KB default on first use: blocks of a few dozen 256-point lines, which
-// FFTW transforms together while they stay in the second-level cache.
-int cache_kb = 0;
+// 32 KB blocks measured fastest for lines of 64 to 256 points: a dozen or more lines, which
+// FFTW transforms together while they stay in the first-level cache.
+int cache_kb = 32;
 int flip_flag = 1;
 float fwd_scale = 0.0f;
 float inv_scale = 1.0f;
@@ -23,17 +24,19 @@ int skip_zero_lines = 0;
 
 namespace {
 
-// Plans by shape: signed length (positive forward, negative inverse), lines per batch and
-// the strides of points and lines. A 3-D transform visits several in turn, so each is kept
-// rather than made again at every change of axis. Never destroyed: plans outlive static
-// destruction until fft_cleanup.
+// Plans by shape: signed length (positive forward, negative inverse), lines per batch, the
+// strides of points and lines, and the offset from FFTW's alignment of the buffers it runs
+// on. A 3-D transform visits several in turn, so each is kept rather than made again at
+// every change of axis. Never destroyed: plans outlive static destruction until fft_cleanup.
 struct PlanShape {
-    int signed_len, howmany, stride, dist;
+    int signed_len, howmany, stride, dist, align;
     auto operator<=>(const PlanShape&) const = default;
 };
 std::map<PlanShape, fftwf_plan>& g_plans = *new std::map<PlanShape, fftwf_plan>;
 // Longer lines are planned by estimate: measuring them would cost more than it saves.
 constexpr int kMeasureLimit = 1 << 16;
+// Passes over fewer points run on the calling thread alone: threads would cost more.
+constexpr size_t kParallelPoints = 1 << 16;
 
 float* g_work = nullptr;
 size_t g_work_len = 0;  // floats
@@ -52,6 +55,22 @@ int block_kb() {
 size_t block_lines(int n, size_t most) {
     return std::clamp<size_t>(size_t(block_kb()) * 1024 / (2 * sizeof(float) * size_t(n)), 1,
                               most);
+}
+
+// Planes that x and y treat together: within half of a 2 MB second-level cache.
+constexpr size_t kPlaneGroupBytes = 1 << 20;
+
+int plane_group(int ax, int ay, int az) {
+    const size_t plane = 2 * sizeof(float) * size_t(std::max(ax, 1)) * std::max(ay, 1);
+    return int(std::clamp<size_t>(kPlaneGroupBytes / plane, 1, std::max(az, 1)));
+}
+
+// Threads for a pass of `blocks` blocks over `points` points. Each block is transformed the
+// same way on whichever thread takes it, so results do not depend on the count. Skipping
+// zero lines goes through cvfft's single work line, so it stays on one thread.
+int pass_threads(size_t points, size_t blocks) {
+    if (skip_zero_lines || points < kParallelPoints) return 1;
+    return int(std::clamp<size_t>(blocks, 1, size_t(omp_get_max_threads())));
 }
 
 float line_scale(int n, int dir) {
@@ -79,6 +98,11 @@ bool grow(float** buf, size_t* len, size_t floats) {
     return *buf != nullptr;
 }
 
+void scale_in_cache(float* p, size_t floats, float s) {
+    if (s != 1.0f)
+        for (size_t i = 0; i < floats; ++i) p[i] *= s;
+}
+
 void store_scaled(float* dst, const float* src, size_t floats, float s) {
     if (s == 1.0f) {
         std::memcpy(dst, src, sizeof(float) * floats);
@@ -91,54 +115,71 @@ void plan_error() {
     wave_warn(WF_FFT, "\nfftw_create_plan error in cvfft\n", "\nfftw_create_plan error in cvfft\n");
 }
 
-// Plans run on any buffer of the work buffer's alignment, and fftwf_malloc gives every block
-// buffer that one.
-bool runs_on(float* buf) { return fftwf_alignment_of(buf) == fftwf_alignment_of(g_work); }
+void execute(fftwf_plan plan, float* buf) {
+    auto* c = reinterpret_cast<fftwf_complex*>(buf);
+    fftwf_execute_dft(plan, c, c);
+}
+
+// A pass cut into blocks of `width` lines, `rounds` times over `lines` lines, each round
+// ending in a block of `tail` lines. Both plans are made before any block runs, because FFTW
+// plans on one thread only. Zero-line skipping leaves them null: its blocks go line by line
+// through cvfft.
+struct BlockPlans {
+    size_t width, per_round, tail, count;
+    fftwf_plan full = nullptr, last = nullptr;
+
+    BlockPlans(size_t lines, size_t w, size_t rounds = 1)
+        : width(w), per_round((lines + w - 1) / w), tail(lines - (per_round - 1) * w),
+          count(per_round * rounds) {}
+    bool is_last(size_t b) const { return b % per_round + 1 == per_round; }
+    size_t lines_of(size_t b) const { return is_last(b) ? tail : width; }
+    fftwf_plan plan_of(size_t b) const { return is_last(b) ? last : full; }
+};
 
 // `rows` lines of n points one after another, a block at a time through one plan, each block
-// scaled while it is still in cache. Rows that do not share the plan's alignment, and every
-// row when zero lines are skipped, go through cvfft one by one.
+// scaled while it is still in cache.
 bool transform_rows(float* buf, size_t rows, int n, int dir) {
-    const size_t batch = block_lines(n, rows);
-    const float s = line_scale(n, dir);
-    for (size_t r0 = 0; r0 < rows; r0 += batch) {
-        const int count = int(std::min(batch, rows - r0));
-        float* first = buf + 2 * r0 * n;
-        fftwf_plan plan = skip_zero_lines ? nullptr : fft_batch_plan(n, dir, count, 1, n);
-        if (!skip_zero_lines && !plan) {
+    size_t width = block_lines(n, rows);
+    // Odd lines in an odd block would move every other block off the buffer's alignment.
+    if (n % 2 && width % 2 && width < rows) --width;
+    BlockPlans blocks(rows, width);
+    if (!skip_zero_lines) {
+        const float* last = buf + 2 * (blocks.count - 1) * width * n;
+        blocks.full = fft_batch_plan(n, dir, int(width), 1, n, buf);
+        blocks.last = fft_batch_plan(n, dir, int(blocks.tail), 1, n, last);
+        if (!blocks.full || !blocks.last) {
             plan_error();
             return false;
         }
-        if (plan && runs_on(first)) {
-            auto* c = reinterpret_cast<fftwf_complex*>(first);
-            fftwf_execute_dft(plan, c, c);
-            if (s != 1.0f)
-                for (size_t i = 0; i < 2 * size_t(count) * n; ++i) first[i] *= s;
-            continue;
-        }
-        for (int r = 0; r < count; ++r)
-            if (cvfft(first + 2 * size_t(r) * n, 1, n, dir)) return false;
     }
-    return true;
+    const float s = line_scale(n, dir);
+    bool ok = true;
+#pragma omp parallel for schedule(static) reduction(&& : ok) \
+    num_threads(pass_threads(rows * n, blocks.count))
+    for (size_t b = 0; b < blocks.count; ++b) {
+        float* first = buf + 2 * b * width * n;
+        const size_t lines = blocks.lines_of(b);
+        if (fftwf_plan plan = blocks.plan_of(b)) {
+            execute(plan, first);
+            scale_in_cache(first, 2 * lines * n, s);
+        } else {
+            for (size_t r = 0; r < lines; ++r) ok = cvfft(first + 2 * r * n, 1, n, dir) == 0 && ok;
+        }
+    }
+    return ok;
 }
 
-// `width` neighbouring columns of n points, whose rows of `width` points lie `spacing`
+// Blocks of neighbouring columns of n points, whose rows of `width` points lie `spacing`
 // points apart from `first`: gathered into `block` row by row, transformed together along
 // the columns, and scattered back scaled.
-bool transform_columns(float* first, size_t spacing, int n, int width, int dir, float* block) {
-    // Planning measures on the work buffer, so it comes before the gather.
-    fftwf_plan plan = skip_zero_lines ? nullptr : fft_batch_plan(n, dir, width, width, 1);
-    if (!skip_zero_lines && !plan) {
-        plan_error();
-        return false;
-    }
+bool transform_columns(float* first, size_t spacing, int n, int width, int dir, float* block,
+                       fftwf_plan plan) {
     const size_t row = 2 * size_t(width);
     for (int k = 0; k < n; ++k)
         std::memcpy(block + k * row, first + 2 * k * spacing, sizeof(float) * row);
     float s = line_scale(n, dir);
     if (plan) {
-        auto* c = reinterpret_cast<fftwf_complex*>(block);
-        fftwf_execute_dft(plan, c, c);
+        execute(plan, block);
     } else {
         s = 1.0f;  // cvfft scaled its own lines
         for (int j = 0; j < width; ++j)
@@ -146,6 +187,35 @@ bool transform_columns(float* first, size_t spacing, int n, int width, int dir, 
     }
     for (int k = 0; k < n; ++k) store_scaled(first + 2 * k * spacing, block + k * row, row, s);
     return true;
+}
+
+// Floats of one thread's slice of a flip buffer: whole multiples of 64 bytes, so that each
+// slice keeps the block buffer's alignment.
+size_t slice_floats(int n, size_t width) { return (2 * size_t(n) * width + 15) & ~size_t(15); }
+
+// A flip pass: blocks of columns of n points, block b starting at `at(b)` with rows
+// `spacing` points apart. Every thread gathers into its own slice of `slices`.
+template <class At>
+bool flip_pass(float* slices, const BlockPlans& blocks, int n, size_t spacing, int dir,
+               int threads, At at) {
+    const size_t slice = slice_floats(n, blocks.width);
+    bool ok = true;
+#pragma omp parallel for schedule(static) reduction(&& : ok) num_threads(threads)
+    for (size_t b = 0; b < blocks.count; ++b)
+        ok = transform_columns(at(b), spacing, n, int(blocks.lines_of(b)), dir,
+                               slices + slice * omp_get_thread_num(), blocks.plan_of(b)) &&
+             ok;
+    return ok;
+}
+
+// Plans of the column blocks, which run on the aligned block buffers.
+bool plan_columns(BlockPlans& blocks, int n, int dir) {
+    if (skip_zero_lines) return true;
+    blocks.full = fft_batch_plan(n, dir, int(blocks.width), int(blocks.width), 1, nullptr);
+    blocks.last = fft_batch_plan(n, dir, int(blocks.tail), int(blocks.tail), 1, nullptr);
+    if (blocks.full && blocks.last) return true;
+    plan_error();
+    return false;
 }
 
 int32_t stored_length(const float* table) {
@@ -215,12 +285,16 @@ float* fft_work(size_t points) {
     return grow(&g_work, &g_work_len, 2 * points) ? g_work : nullptr;
 }
 
-fftwf_plan fft_batch_plan(int n, int dir, int howmany, int stride, int dist) {
-    const PlanShape shape{dir > 0 ? n : -n, howmany, stride, dist};
+fftwf_plan fft_batch_plan(int n, int dir, int howmany, int stride, int dist, const float* target) {
+    const int align = target ? fftwf_alignment_of(const_cast<float*>(target)) : 0;
+    const PlanShape shape{dir > 0 ? n : -n, howmany, stride, dist, align};
     if (auto it = g_plans.find(shape); it != g_plans.end()) return it->second;
+    // Measured on the work buffer at the target's offset from the alignment; the extra
+    // points leave room for that offset.
     const size_t extent = size_t(howmany - 1) * dist + size_t(n - 1) * stride + 1;
-    auto* w = reinterpret_cast<fftwf_complex*>(fft_work(extent));
-    if (!w) return nullptr;
+    float* work = fft_work(extent + 2);
+    if (!work) return nullptr;
+    auto* w = reinterpret_cast<fftwf_complex*>(reinterpret_cast<char*>(work) + align);
     fftwf_plan plan =
         fftwf_plan_many_dft(1, &n, howmany, w, nullptr, stride, dist, w, nullptr, stride, dist,
                             dir > 0 ? FFTW_FORWARD : FFTW_BACKWARD,
@@ -233,66 +307,72 @@ int cvfft(float* buf, int stride, int n, int dir) {
     if (n < 1) return 0;
     if (skip_zero_lines && all_zero(buf, stride, n)) return 0;
     if (!fft_work(n)) wave_fatal("cvfft(FFTW): Unable to allocate working array temp_buf.");
-    fftwf_plan plan = fft_batch_plan(n, dir, 1, 1, n);
+    // A contiguous line is transformed where it lies; a strided one in the work line.
+    fftwf_plan plan = fft_batch_plan(n, dir, 1, 1, n, stride == 1 ? buf : nullptr);
     if (!plan) {
         plan_error();
         return 1;
     }
     const float s = line_scale(n, dir);
-    if (stride == 1 && runs_on(buf)) {
-        auto* c = reinterpret_cast<fftwf_complex*>(buf);
-        fftwf_execute_dft(plan, c, c);
-        if (s != 1.0f)
-            for (int i = 0; i < 2 * n; ++i) buf[i] *= s;
+    if (stride == 1) {
+        execute(plan, buf);
+        scale_in_cache(buf, 2 * size_t(n), s);
         return 0;
     }
     for (int i = 0; i < n; ++i) std::memcpy(g_work + 2 * i, buf + 2 * size_t(i) * stride, 8);
-    auto* w = reinterpret_cast<fftwf_complex*>(g_work);
-    fftwf_execute_dft(plan, w, w);
-    for (int i = 0; i < n; ++i) {
-        float* c = buf + 2 * size_t(i) * stride;
-        c[0] = g_work[2 * i] * s;
-        c[1] = g_work[2 * i + 1] * s;
-    }
+    execute(plan, g_work);
+    for (int i = 0; i < n; ++i) store_scaled(buf + 2 * size_t(i) * stride, g_work + 2 * i, 2, s);
     return 0;
 }
 
 int cvfft_3d_yonly_flip(float* buf, int nx, int ny, int nz, int dir) {
-    const int width = int(block_lines(ny, nx));
-    if (!grow(&g_ybuf, &g_ybuf_len, 2 * size_t(ny) * width))
+    // Blocks of every plane, numbered plane by plane.
+    BlockPlans blocks(nx, block_lines(ny, nx), nz);
+    const int threads = pass_threads(size_t(nx) * ny * nz, blocks.count);
+    if (!grow(&g_ybuf, &g_ybuf_len, slice_floats(ny, blocks.width) * threads))
         wave_fatal("cvfft_3d_yonly_flip: Unable to allocate ybuffer.");
-    for (int z = 0; z < nz; ++z) {
-        float* plane = buf + 2 * size_t(z) * ny * nx;
-        for (int x0 = 0; x0 < nx; x0 += width)
-            if (!transform_columns(plane + 2 * x0, nx, ny, std::min(width, nx - x0), dir, g_ybuf))
-                wave_fatal("cvfft_3d_yonly_flip: cvfft error.");
-    }
+    if (!plan_columns(blocks, ny, dir)) wave_fatal("cvfft_3d_yonly_flip: cvfft error.");
+    auto at = [&](size_t b) {
+        const size_t z = b / blocks.per_round, x0 = b % blocks.per_round * blocks.width;
+        return buf + 2 * (z * nx * ny + x0);
+    };
+    if (!flip_pass(g_ybuf, blocks, ny, nx, dir, threads, at))
+        wave_fatal("cvfft_3d_yonly_flip: cvfft error.");
     return 0;
 }
 
 int cvfft_3d_zonly_flip(float* buf, int nx, int ny, int nz, int dir) {
-    const int plane_len = nx * ny;
-    const int width = int(block_lines(nz, plane_len));
-    if (!grow(&g_zbuf, &g_zbuf_len, 2 * size_t(nz) * width))
+    const size_t plane_len = size_t(nx) * ny;
+    BlockPlans blocks(plane_len, block_lines(nz, plane_len));
+    const int threads = pass_threads(plane_len * nz, blocks.count);
+    if (!grow(&g_zbuf, &g_zbuf_len, slice_floats(nz, blocks.width) * threads))
         wave_fatal("cvfft_3d_zonly_flip: Unable to allocate zbuffer.");
-    for (int i0 = 0; i0 < plane_len; i0 += width)
-        if (!transform_columns(buf + 2 * size_t(i0), plane_len, nz,
-                               std::min(width, plane_len - i0), dir, g_zbuf))
-            wave_fatal("cvfft_3d_zonly_flip: cvfft error.");
+    if (!plan_columns(blocks, nz, dir)) wave_fatal("cvfft_3d_zonly_flip: cvfft error.");
+    auto at = [&](size_t b) { return buf + 2 * b * blocks.width; };
+    if (!flip_pass(g_zbuf, blocks, nz, plane_len, dir, threads, at))
+        wave_fatal("cvfft_3d_zonly_flip: cvfft error.");
     return 0;
 }
 
 int BASE_cvfft_3d(float* buf, int nx, int ny, int nz, int dir) {
     int ax = std::abs(nx), ay = std::abs(ny), az = std::abs(nz);
-    if (nx > 1 && !transform_rows(buf, size_t(ay) * az, ax, dir))
-        wave_fatal("BASE_cvfft_3d: cvfft(x) error.");
-    if (ny > 1) {
+    if (ax == 0 || ay == 0 || az == 0) return 0;
+    // Through the flip path x and y run over a few planes at a time, so that y finds the
+    // planes x left in cache.
+    const bool flip_y = ny > 1 && ax > 1 && flip_flag;
+    const int group = flip_y ? plane_group(ax, ay, az) : std::max(az, 1);
+    for (int z0 = 0; z0 < az; z0 += group) {
+        const int planes = std::min(group, az - z0);
+        float* p = buf + 2 * size_t(z0) * ax * ay;
+        if (nx > 1 && !transform_rows(p, size_t(ay) * planes, ax, dir))
+            wave_fatal("BASE_cvfft_3d: cvfft(x) error.");
+        if (flip_y && cvfft_3d_yonly_flip(p, ax, ay, planes, dir))
+            wave_fatal("BASE_cvfft_3d: cvfft_3d_yonly_flip error.");
+    }
+    if (ny > 1 && !flip_y) {
         if (ax == 1) {
             // A single column: its points are contiguous, so transform them as rows.
             if (BASE_cvfft_3d(buf, ny, -az, ax, dir)) wave_fatal("BASE_cvfft_3d: cvfft(Y) error.");
-        } else if (flip_flag) {
-            if (cvfft_3d_yonly_flip(buf, ax, ay, az, dir))
-                wave_fatal("BASE_cvfft_3d: cvfft_3d_yonly_flip error.");
         } else {
             for (int z = 0; z < az; ++z)
                 for (int x = 0; x < ax; ++x)
@@ -326,10 +406,17 @@ int GENERAL_cvfft_3d(float* buf, int nx, int ny, int nz, int dir) {
     // The inverse runs the axes in reverse order: z, then y, then x.
     if (BASE_cvfft_3d(buf, -ax, -ay, nz, dir))
         wave_fatal("GENERAL_cvfft_3d: BASE_cvfft_3d error (2).");
-    if (BASE_cvfft_3d(buf, -ax, ny, -az, dir))
-        wave_fatal("GENERAL_cvfft_3d: BASE_cvfft_3d error (3).");
-    if (BASE_cvfft_3d(buf, nx, -ay, -az, dir))
-        wave_fatal("GENERAL_cvfft_3d: BASE_cvfft_3d error (4).");
+    // y then x over a few planes at a time: the same lines in the same order as two passes over
+    // the volume, with the planes still in cache for x.
+    const int group = plane_group(ax, ay, az);
+    for (int z0 = 0; z0 < az; z0 += group) {
+        const int planes = std::min(group, az - z0);
+        float* p = buf + 2 * size_t(z0) * ax * ay;
+        if (BASE_cvfft_3d(p, -ax, ny, -planes, dir))
+            wave_fatal("GENERAL_cvfft_3d: BASE_cvfft_3d error (3).");
+        if (BASE_cvfft_3d(p, nx, -ay, -planes, dir))
+            wave_fatal("GENERAL_cvfft_3d: BASE_cvfft_3d error (4).");
+    }
     return 0;
 }
 

@@ -22,10 +22,12 @@ void* fft_malloc(size_t size);
 // The layer's work buffer, grown to hold `points` complex points; null when out of memory.
 float* fft_work(size_t points);
 // In-place plan of `howmany` lines of n points, points `stride` apart and lines `dist` apart
-// (complex units); dir > 0 forward. Measured once per shape on the work buffer, which it
-// overwrites, and kept until fft_cleanup; it runs on any buffer from fftwf_malloc. Null when
-// FFTW cannot plan it.
-fftwf_plan fft_batch_plan(int n, int dir, int howmany, int stride, int dist);
+// (complex units); dir > 0 forward. It runs on `target` and any buffer of the same offset
+// from FFTW's alignment (null: any buffer from fftwf_malloc). Measured once per shape on the
+// work buffer, which it overwrites, and kept until fft_cleanup. Null when FFTW cannot plan
+// it. Plans are made on one thread only; running them is safe from any.
+fftwf_plan fft_batch_plan(int n, int dir, int howmany, int stride, int dist,
+                          const float* target);
 
 // One line of n complex points at a stride in complex units; dir > 0 forward. Returns 0.
 int cvfft(float* buf, int stride, int n, int dir);

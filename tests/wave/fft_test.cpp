@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <omp.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -127,6 +128,24 @@ TEST(Fourier, BatchedAxesMatchLineByLineTransforms) {
         }
     cache_kb = 0;
     fft_cleanup();
+}
+
+TEST(Fourier, VolumeResultsDoNotDependOnTheNumberOfThreads) {
+    const int nx = 66, ny = 45, nz = 25;  // above the size that brings in threads
+    const auto input = noise(2 * size_t(nx) * ny * nz, 21);
+    const int threads = omp_get_max_threads();
+    for (int dir : {1, -1}) {
+        std::vector<std::vector<float>> out;
+        for (int t : {1, 3}) {
+            omp_set_num_threads(t);
+            out.push_back(input);
+            ASSERT_EQ(GENERAL_cvfft_3d(out.back().data(), nx, ny, nz, dir), 0);
+        }
+        EXPECT_EQ(std::memcmp(out[0].data(), out[1].data(), sizeof(float) * input.size()), 0)
+            << "dir " << dir;
+        EXPECT_GT(max_diff(out[0], input), 1.0f);
+    }
+    omp_set_num_threads(threads);
 }
 
 TEST(Fourier, General3dMatchesNumpyFftn) {
