@@ -5,13 +5,12 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
-#include <map>
-#include <tuple>
 #include <vector>
 
 #include "core/data_cursor.h"
 #include "core/zrk_error.h"
 #include "ops/structural_base.h"
+#include "wave/fft.h"
 
 namespace {
 
@@ -20,51 +19,18 @@ namespace {
 constexpr uint64_t kBatchBytes = 128 * 1024;
 // Columns per batch of a strided direction: enough for FFTW to vectorise across them.
 constexpr uint64_t kMaxColumns = 32;
-// Longer lines are planned by estimate: measuring them would cost more than it saves.
-constexpr int kMeasureLimit = 1 << 16;
 
-// The work buffer of the batches and the plans made for it. FFTW plans stay valid for any
-// buffer of the same alignment, and fftwf_malloc always gives the same one.
-class CPlans {
-  public:
-    ~CPlans() {
-        for (auto& [key, plan] : plans_) fftwf_destroy_plan(plan);
-        fftwf_free(work_);
-    }
+// The engine's Fourier layer holds the work buffer and the batched plans made for it.
+fftwf_plan Plan(int n, int howmany, int stride, int dist, int sign) {
+    fftwf_plan p = fft_batch_plan(n, sign == FFTW_FORWARD ? 1 : -1, howmany, stride, dist, nullptr);
+    if (!p) Raise("out of memory");
+    return p;
+}
 
-    fftwf_complex* Work(uint64_t points) {
-        if (points > work_len_) {
-            fftwf_free(work_);
-            work_ = static_cast<fftwf_complex*>(fftwf_malloc(sizeof(fftwf_complex) * points));
-            work_len_ = work_ ? points : 0;
-            if (!work_) throw std::bad_alloc();
-        }
-        return work_;
-    }
-
-    // n points, `howmany` lines `dist` apart, points `stride` apart, in place on the work.
-    fftwf_plan Plan(int n, int howmany, int stride, int dist, int sign) {
-        const auto key = std::make_tuple(n, howmany, stride, dist, sign);
-        auto it = plans_.find(key);
-        if (it != plans_.end()) return it->second;
-        fftwf_complex* w = Work(uint64_t(n) * uint64_t(howmany));
-        const unsigned flags = n <= kMeasureLimit ? FFTW_MEASURE : FFTW_ESTIMATE;
-        fftwf_plan p = fftwf_plan_many_dft(1, &n, howmany, w, nullptr, stride, dist, w, nullptr,
-                                           stride, dist, sign, flags);
-        if (!p) Raise("out of memory");
-        plans_.emplace(key, p);
-        return p;
-    }
-
-  private:
-    std::map<std::tuple<int, int, int, int, int>, fftwf_plan> plans_;
-    fftwf_complex* work_ = nullptr;
-    uint64_t work_len_ = 0;
-};
-
-CPlans& Plans() {
-    static CPlans plans;
-    return plans;
+float* Work(uint64_t points) {
+    float* w = fft_work(points);
+    if (!w) throw std::bad_alloc();
+    return w;
 }
 
 // Reads `count` elements from `index` on as float pairs.
@@ -115,8 +81,8 @@ void RunContiguous(const CZrkData* a, float* out, uint64_t outer, const Line& l)
     const uint64_t right = l.size - l.n - l.left;
     for (uint64_t o0 = 0; o0 < outer; o0 += batch) {
         const uint64_t lines = std::min(batch, outer - o0);
-        fftwf_plan plan = Plans().Plan(int(l.size), int(lines), 1, int(l.size), l.sign);
-        float* work = reinterpret_cast<float*>(Plans().Work(l.size * lines));
+        fftwf_plan plan = Plan(int(l.size), int(lines), 1, int(l.size), l.sign);
+        float* work = Work(l.size * lines);
         for (uint64_t b = 0; b < lines; ++b) {
             float* line = work + 2 * b * l.size;
             std::memset(line, 0, sizeof(float) * 2 * l.left);
@@ -145,8 +111,8 @@ void RunStrided(const CZrkData* a, float* out, uint64_t outer, uint64_t inner, c
     for (uint64_t o = 0; o < outer; ++o)
         for (uint64_t i0 = 0; i0 < inner; i0 += width) {
             const uint64_t cols = std::min(width, inner - i0);
-            fftwf_plan plan = Plans().Plan(int(l.size), int(cols), int(cols), 1, l.sign);
-            float* work = reinterpret_cast<float*>(Plans().Work(l.size * cols));
+            fftwf_plan plan = Plan(int(l.size), int(cols), int(cols), 1, l.sign);
+            float* work = Work(l.size * cols);
             const uint64_t row = 2 * cols;
             std::memset(work, 0, sizeof(float) * row * l.left);
             for (uint64_t k = 0; k < l.n; ++k) {
