@@ -1,6 +1,7 @@
 #include "wave/fft.h"
 
 #include <fftw3.h>
+#include <omp.h>
 
 #include <algorithm>
 #include <cmath>
@@ -8,7 +9,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
-#include <omp.h>
 #include <numbers>
 #include <utility>
 
