@@ -6,9 +6,9 @@
 
 #include <chrono>
 #include <cstdio>
-#include <string>
 #include <vector>
 
+#include "bench/bench_report.h"
 #include "wave/fft.h"
 #include "wave/filter3d.h"
 #include "wave/kernels.h"
@@ -27,24 +27,6 @@ double best_seconds(F&& f, int reps = 5) {
         best = std::min(best, d.count());
     }
     return best;
-}
-
-double scipy_seconds() {
-    std::string cmd = std::string(QUELMOR_PYTHON) +
-                      " -c \"import numpy as np, scipy.fft, time\n"
-                      "a = (np.random.rand(64,256,256) + 1j*np.random.rand(64,256,256)).astype(np.complex64)\n"
-                      "scipy.fft.ifftn(scipy.fft.fftn(a, workers=2), workers=2)\n"
-                      "best = 1e30\n"
-                      "for r in range(5):\n"
-                      "  t = time.perf_counter(); b = scipy.fft.ifftn(scipy.fft.fftn(a, workers=2), workers=2); best = min(best, time.perf_counter() - t)\n"
-                      "print(best)\"";
-    FILE* p = popen(cmd.c_str(), "r");
-    double s = 0;
-    if (p) {
-        if (std::fscanf(p, "%lf", &s) != 1) s = 0;
-        pclose(p);
-    }
-    return s;
 }
 
 void compare_fft() {
@@ -67,15 +49,15 @@ void compare_fft() {
         fftwf_execute(fwd);
         fftwf_execute(inv);
     });
-    double py = scipy_seconds();
+    const std::vector<double> py = PeerFigures("scipy_fftn.py", "", 1);
     std::printf("GENERAL_cvfft_3d 256x256x64 forward+inverse: %.1f ms on %d threads, %.1f ms on one\n",
                 ours * 1e3, threads, one * 1e3);
     std::printf("FFTW_MEASURE 3-D plan forward+inverse:       %.1f ms  ratio %.2f (bound 1.30), "
                 "one thread %.2f\n",
                 peer * 1e3, ours / peer, one / peer);
-    if (py > 0)
+    if (!py.empty())
         std::printf("scipy.fft.fftn+ifftn complex64, 2 workers:   %.1f ms  ratio %.2f (bound 1.00)\n",
-                    py * 1e3, ours / py);
+                    py[0], ours * 1e3 / py[0]);
     fftwf_destroy_plan(fwd);
     fftwf_destroy_plan(inv);
     fftwf_free(buf);
