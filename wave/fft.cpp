@@ -154,7 +154,7 @@ bool transform_rows(float* buf, size_t rows, int n, int dir) {
     }
     const float s = line_scale(n, dir);
     bool ok = true;
-#pragma omp parallel for schedule(static) reduction(&& : ok) \
+#pragma omp parallel for schedule(guided) reduction(&& : ok) \
     num_threads(pass_threads(rows * n, blocks.count))
     for (size_t b = 0; b < blocks.count; ++b) {
         float* first = buf + 2 * b * width * n;
@@ -200,7 +200,7 @@ bool flip_pass(float* slices, const BlockPlans& blocks, int n, size_t spacing, i
                int threads, At at) {
     const size_t slice = slice_floats(n, blocks.width);
     bool ok = true;
-#pragma omp parallel for schedule(static) reduction(&& : ok) num_threads(threads)
+#pragma omp parallel for schedule(guided) reduction(&& : ok) num_threads(threads)
     for (size_t b = 0; b < blocks.count; ++b)
         ok = transform_columns(at(b), spacing, n, int(blocks.lines_of(b)), dir,
                                slices + slice * omp_get_thread_num(), blocks.plan_of(b)) &&
