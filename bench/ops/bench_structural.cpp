@@ -11,6 +11,7 @@
 #include <string>
 
 #include "bench/bench_report.h"
+#include "bench/ops/plain_copy.h"
 #include "eval/elementwise.h"
 #include "ops/permute.h"
 #include "ops/structural_join.h"
@@ -55,17 +56,7 @@ void RunOp(benchmark::State& state, F&& op) {
     }
 }
 
-void PlainCopy(benchmark::State& state) {
-    const CZrkData* a = Data().a;
-    res_t res[6];
-    a->GetRes(res);
-    for (auto _ : state) {
-        CDataSpace temp;
-        CZrkData* r = NewTemp(temp, a->type, res);
-        std::memcpy(r->data, a->data, a->Bytes());
-        benchmark::DoNotOptimize(r->data);
-    }
-}
+void PlainCopy(benchmark::State& state) { PlainCopyOf(state, Data().a); }
 
 void PermuteTzyx(benchmark::State& s) {
     RunOp(s, [](CDataSpace& t) { return Permute(t, Data().tzyx, Data().a); });

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "bench/bench_report.h"
+#include "bench/ops/plain_copy.h"
 #include "eval/elementwise.h"
 #include "eval/function_table.h"
 
@@ -82,17 +83,7 @@ void FtY(benchmark::State& s) {
     Arrays& d = Data();
     RunRow(s, "fty", {d.d0, d.one, d.zero, d.one, nullptr});
 }
-void PlainCopy(benchmark::State& state) {
-    const CZrkData* a = Data().d0;
-    res_t res[6];
-    a->GetRes(res);
-    for (auto _ : state) {
-        CDataSpace temp;
-        CZrkData* r = NewTemp(temp, a->type, res);
-        std::memcpy(r->data, a->data, a->Bytes());
-        benchmark::DoNotOptimize(r->data);
-    }
-}
+void PlainCopy(benchmark::State& state) { PlainCopyOf(state, Data().d0); }
 
 BENCHMARK(PlainCopy)->Unit(benchmark::kMillisecond)->MinTime(0.5);
 BENCHMARK(FtX)->Unit(benchmark::kMillisecond)->MinTime(0.5);
