@@ -14,9 +14,9 @@
 #include "core/data_space.h"
 #include "core/host.h"
 #include "core/script_space.h"
-#include "eval/block_io.h"
+#include "core/block_io.h"
 #include "eval/equation_bar.h"
-#include "eval/eval_error.h"
+#include "core/report.h"
 #include "eval/function_table.h"
 
 namespace {

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "core/host.h"
+#include "core/report.h"
 #include "core/key_reader.h"
 #include "core/name_list.h"
 #include "core/window_space.h"

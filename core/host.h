@@ -4,8 +4,6 @@
 // quiet no-op, so the core works without a shell.
 #pragma once
 
-#include <exception>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -67,21 +65,3 @@ public:
 private:
     CHost* previous_;
 };
-
-// Runs `body` as a guarded public method: the location goes to the trace on entry. Memory
-// shortage quietly becomes `fallback`; any other failure that escapes is handed to the
-// host's flaky path first.
-template <class R, class F>
-R Guarded(const char* location, R fallback, F&& body) {
-    Host().Trace(location);
-    try {
-        return body();
-    } catch (const std::bad_alloc&) {
-        return fallback;
-    } catch (const std::exception& e) {
-        Host().Flaky(e.what());
-    } catch (...) {
-        Host().Flaky("unknown error");
-    }
-    return fallback;
-}

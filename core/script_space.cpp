@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "core/host.h"
+#include "core/report.h"
 #include "core/name_list.h"
 
 CScriptSpace& GlobalScriptSpace() {

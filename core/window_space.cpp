@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/host.h"
+#include "core/report.h"
 #include "core/name_list.h"
 
 CWindowSpace& GlobalWindowSpace() {

@@ -2,8 +2,8 @@
 
 #include "core/host.h"
 #include "eval/eval.h"
-#include "eval/eval_error.h"
-#include "eval/math_errors.h"
+#include "core/report.h"
+#include "core/math_errors.h"
 
 int EquationBarEval(const std::string& text) {
     CHost& host = Host();

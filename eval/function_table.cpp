@@ -136,25 +136,6 @@ const char* const* FamilyVariants(int64_t family) {
     }
 }
 
-void NoteCaught(const char* wrapper) {
-    Host().History(std::string("error caught: ") + wrapper + ":\r\n");
-}
-
-unsigned DirectionsOf(const CZrkData* text) {
-    unsigned found = 0;
-    if (!text || !text->Data()) return 0;
-    // The samples as characters up to the first 0, whatever the string's type: a string is
-    // n1, but any array may be passed.
-    const auto* p = static_cast<const unsigned char*>(text->Data());
-    const uint64_t n = text->Bytes();
-    for (uint64_t k = 0; k < n && p[k]; ++k) {
-        const char* at = std::strchr("xyztuv", p[k]);
-        if (at && p[k]) found |= 1u << (at - "xyztuv");
-        if (p[k] >= '1' && p[k] <= '6') found |= 1u << (p[k] - '1');
-    }
-    return found;
-}
-
 int DirectionCall(const FuncHandler variants[6], bool choose_multiple, const char* no_direction,
                   CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs) {
     unsigned found = DirectionsOf(args[0]);

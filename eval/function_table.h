@@ -34,8 +34,9 @@
 #include <vector>
 
 #include "core/data_space.h"
+#include "core/directions.h"
 #include "core/zrk_data.h"
-#include "eval/eval_error.h"
+#include "core/report.h"
 
 // Makes the call's result on `temp` into *result. `args` are the call's arguments in order
 // (all with samples), `nargs` their count within the row's limits. 0 on success, 1 after
@@ -96,23 +97,14 @@ CFuncHelp ReadHelp(const char* const* help);
 // The browser's variant list of a family, ending with null; null for a plain function.
 const char* const* FamilyVariants(int64_t family);
 
-// Adds "error caught: <wrapper>:" to the history.
-void NoteCaught(const char* wrapper);
-
 // Runs a handler's body: err_func = `func_text` first; a raised text goes to err_msg and,
 // when `caught` is not null, "error caught: <caught>:" to the history; anything else is
 // "unknown error". Returns the body's status or 1.
 template <class F>
 int RunHandler(const std::string& func_text, const char* caught, F&& body) {
-    err_func = func_text;
-    const int status = CatchErrorsKeepFunc(std::forward<F>(body));
-    if (status && caught) NoteCaught(caught);
-    return status;
+    if (!caught) return Reported({.func = func_text.c_str()}, 1, body);
+    return Reported({.func = func_text.c_str(), .lines = {CaughtLine(caught)}}, 1, body);
 }
-
-// The direction letters of a general function's string argument: bit d set for direction
-// d, found by letter ("xyztuv") or digit ("1" ... "6") within the string's samples.
-unsigned DirectionsOf(const CZrkData* text);
 
 // A general function: args[0] is the direction string, the rest go to the variants, one per
 // direction in the order x ... v (null where a family has no variant). Choose multiple

@@ -11,7 +11,7 @@
 
 %code requires {
 #include "eval/eval.h"
-#include "eval/elementwise.h"
+#include "core/elementwise.h"
 }
 
 %code {

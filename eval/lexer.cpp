@@ -10,7 +10,7 @@
 
 #include "core/script_space.h"
 #include "eval/eval.h"
-#include "eval/eval_error.h"
+#include "core/report.h"
 #include "eval/function_table.h"
 #include "eval/keywords.h"
 #include "grammar.h"

@@ -6,9 +6,9 @@
 
 #include "core/data_cursor.h"
 #include "core/zrk_error.h"
-#include "eval/elementwise.h"
+#include "core/elementwise.h"
 #include "eval/eval.h"
-#include "eval/eval_error.h"
+#include "core/report.h"
 
 namespace {
 
@@ -212,7 +212,7 @@ int CEval::InitList() {
         {"InitListX()", "InitListY()", "InitListZ()", "InitListT()", "InitListU()", "InitListV()"},
         {"InitIleaveX()", "InitIleaveY()", "InitIleaveZ()", "InitIleaveT()", "InitIleaveU()",
          "InitIleaveV()"}};
-    return CatchErrors(kFunc[interleave][dir],
+    return Reported({.func = kFunc[interleave][dir]}, 1,
                        [&] { return PushData(InitListDir(temp, items, dir, interleave)); });
 }
 
@@ -257,14 +257,14 @@ int CEval::Array() {
     if (PopIndexList(*this, &brackets, &record, "Array()")) return 1;
     CTriple t[6];
     for (int d = 0; d < 6; ++d) t[d] = {0, record->Res(d) - 1, 1};
-    if (CatchErrors("IndexXyzt()", [&] {
+    if (Reported({.func = "IndexXyzt()"}, 1, [&] {
             CheckOperand(record);
             for (size_t b = brackets.size(); b-- > 0;)
                 t[b] = IndexXyzt(brackets[b], record->Res(static_cast<int>(b)) - 1);
             return 0;
         }))
         return 1;
-    return CatchErrors("ArrayXyzt()", [&] { return PushData(ArrayXyzt(temp, record, t)); });
+    return Reported({.func = "ArrayXyzt()"}, 1, [&] { return PushData(ArrayXyzt(temp, record, t)); });
 }
 
 int CEval::IndexedAssignment(int op, CZrkData* e) {
@@ -272,7 +272,7 @@ int CEval::IndexedAssignment(int op, CZrkData* e) {
     CZrkData* a = nullptr;
     if (PopIndexList(*this, &brackets, &a, "Assignment()")) return 1;
     res_t corner[6] = {0, 0, 0, 0, 0, 0};
-    return CatchErrors("Assignment()", [&] {
+    return Reported({.func = "Assignment()"}, 1, [&] {
         for (size_t b = brackets.size(); b-- > 0;) {
             if (brackets[b].kind != TAG_BRACKET_ONE) Raise("internal error, invalid stack");
             CheckIndexValue(brackets[b].expr[0]);
@@ -319,7 +319,7 @@ int CEval::Cast(int type) {
     if (skip) return 0;
     CZrkData* e = PopData();
     if (!e) return DataNotOnStack("Cast()");
-    return CatchErrors("Cast()", [&] {
+    return Reported({.func = "Cast()"}, 1, [&] {
         CZrkData* out = ConvertRecord(temp, e, type);
         Drop(e, out);
         return PushData(out);
@@ -345,7 +345,7 @@ int CEval::Tile(int brackets) {
         }
         if (kinds[b] == TAG_BRACKET_ONE) sizes[b] = exprs[0];
     }
-    return CatchErrors("Tile()", [&] {
+    return Reported({.func = "Tile()"}, 1, [&] {
         for (int b = brackets; b-- > 0;) {
             if (kinds[b] == TAG_BRACKET_ALL) continue;
             if (kinds[b] != TAG_BRACKET_ONE) Raise("invalid list definition");
@@ -363,7 +363,7 @@ int CEval::Tile(int brackets) {
 
 int CEval::DataInfo(CZrkData* record, int what) {
     if (skip) return 0;
-    return CatchErrors("DataInfo()", [&] {
+    return Reported({.func = "DataInfo()"}, 1, [&] {
         if (!IsOnStack(record)) Raise("invalid data");
         if (what < 0 || what > 5) Raise("invalid .suffix");
         const res_t one[6] = {1, 1, 1, 1, 1, 1};

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "core/zrk_error.h"
-#include "eval/elementwise.h"
+#include "core/elementwise.h"
 #include "eval/eval.h"
-#include "eval/eval_error.h"
+#include "core/report.h"
 #include "eval/function_table.h"
 #include "eval/matrix_hook.h"
 
@@ -44,7 +44,7 @@ int CEval::BinaryOp(int op) {
     if (!b) return DataNotOnStack("BinaryOp()");
     CZrkData* a = PopData();
     if (!a) return DataNotOnStack("BinaryOp()");
-    return CatchErrors(OpText(op), [&] {
+    return Reported({.func = OpText(op)}, 1, [&] {
         // A temporary of ours that nobody else refers to may carry the result.
         CZrkData* reuse = temp.IsDataValid(a) ? a : nullptr;
         CZrkData* out = BinaryOperation(temp, op, a, b, reuse);
@@ -58,7 +58,7 @@ int CEval::UnaryOp(int op) {
     if (skip) return 0;
     CZrkData* a = PopData();
     if (!a) return DataNotOnStack("UnaryOp()");
-    return CatchErrors(UnaryText(op), [&] {
+    return Reported({.func = UnaryText(op)}, 1, [&] {
         CZrkData* out = UnaryOperation(temp, op, a);
         Drop(a, out);
         return PushData(out);
@@ -69,7 +69,7 @@ int CEval::AutoOp(int delta) {
     if (skip) return 0;
     CZrkData* a = PopData();
     if (!a) return DataNotOnStack("AutoOp()");
-    return CatchErrors(delta > 0 ? "++" : "--", [&] {
+    return Reported({.func = delta > 0 ? "++" : "--"}, 1, [&] {
         IncrementInPlace(a, delta);
         return PushData(a);
     });
@@ -83,7 +83,7 @@ int CEval::TernaryOp() {
     if (!a) return DataNotOnStack("TernaryOp()");
     CZrkData* c = PopData();
     if (!c) return DataNotOnStack("TernaryOp()");
-    return CatchErrors("()?():()", [&] { return PushData(TernaryOperation(temp, c, a, b)); });
+    return Reported({.func = "()?():()"}, 1, [&] { return PushData(TernaryOperation(temp, c, a, b)); });
 }
 
 int CEval::MatrixOp(bool divide, int pair) {
@@ -93,7 +93,7 @@ int CEval::MatrixOp(bool divide, int pair) {
     if (!b) return DataNotOnStack(func);
     CZrkData* a = PopData();
     if (!a) return DataNotOnStack(func);
-    return CatchErrors(func, [&] {
+    return Reported({.func = func}, 1, [&] {
         if (!g_matrix_operator) Raise("matrix operators not available");
         return PushData(g_matrix_operator(temp, a, b, pair / 6, pair % 6, divide));
     });
@@ -116,7 +116,7 @@ int CEval::Assignment() {
     if (top != TAG_DATA) return SetError("Assignment()", "internal error, invalid stack");
     CZrkData* a = PopData();
     if (!a) return DataNotOnStack("Assignment()");
-    return CatchErrors("Assignment()", [&] {
+    return Reported({.func = "Assignment()"}, 1, [&] {
         CZrkData* value;
         if (op == ASSIGN_EQUAL) {
             if (e->Type() < 0) Raise("invalid data type");
@@ -153,7 +153,7 @@ int CEval::CallFunction(int index) {
     }
     CZrkData* out = nullptr;
     const int status =
-        CatchErrorsKeepFunc([&] { return row->handler(&out, temp, args.data(), count); });
+        Reported({}, 1, [&] { return row->handler(&out, temp, args.data(), count); });
     uint64_t mark = 0;
     PopTag(&mark);
     if (status) return status;

@@ -10,7 +10,7 @@
 #include "core/data_cursor.h"
 #include "core/script_space.h"
 #include "eval/eval.h"
-#include "eval/eval_error.h"
+#include "core/report.h"
 
 namespace {
 

@@ -18,7 +18,7 @@
 // A handler body: the operator's record is the call's result; what it raises is the report.
 template <class F>
 int Row(CZrkData** result, F&& op) {
-    return CatchErrorsKeepFunc([&] { return Deliver(result, op()); });
+    return Reported({}, 1, [&] { return Deliver(result, op()); });
 }
 
 // One handler per direction: Variant<Op, D> calls Op::Run(temp, D, args).

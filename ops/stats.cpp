@@ -10,6 +10,7 @@
 #include "core/data_cursor.h"
 #include "core/data_space.h"
 #include "core/host.h"
+#include "core/report.h"
 #include "core/zrk_error.h"
 #include "display/roi_mask.h"
 #include "ops/structural_base.h"
@@ -74,17 +75,7 @@ struct MeanSdScan {
 // Runs a statistic; a failure is reported and counts nothing.
 template <class F>
 uint64_t Guard(const char* name, F&& body) {
-    const char* text = nullptr;
-    try {
-        return body();
-    } catch (const ZrkError& e) {
-        text = e.what();
-    } catch (const std::bad_alloc&) {
-        text = "out of memory";
-    }
-    Host().History(std::string("error caught: ") + name + ":\r\n");
-    Host().Status(text);
-    return 0;
+    return Reported({.lines = {CaughtLine(name)}, .to = REPORT_STATUS}, uint64_t{0}, body);
 }
 
 // Raises unless `a` has samples and `index` names one of its `per`-element blocks.

@@ -8,8 +8,8 @@
 #include "core/data_cursor.h"
 #include "core/host.h"
 #include "core/zrk_error.h"
-#include "eval/elementwise.h"
-#include "eval/eval_error.h"
+#include "core/elementwise.h"
+#include "core/report.h"
 
 namespace {
 
@@ -87,23 +87,6 @@ CWalk::CWalk(const res_t res[6], int dir) : outer(1), n(res[dir]), inner(1) {
     for (int d = dir + 1; d < 6; ++d) outer *= res[d];
 }
 
-std::string TextOf(const CZrkData* text) {
-    if (!text || !text->data || text->type < 0) return {};
-    const char* p = static_cast<const char*>(text->data);
-    const uint64_t n = text->Bytes();
-    return std::string(p, std::find(p, p + n, '\0'));
-}
-
-int DirectionOf(const CZrkData* text) {
-    const std::string s = TextOf(text);
-    for (int d = 0; d < 6; ++d) {
-        if (s.find(kDirLetters[d]) != std::string::npos ||
-            s.find(static_cast<char>('1' + d)) != std::string::npos)
-            return d;
-    }
-    return -1;
-}
-
 int64_t IntArg(const CZrkData* a) {
     RequireData(a);
     int64_t v = 0;
@@ -164,8 +147,7 @@ void LogLines(std::initializer_list<std::string> lines) {
 }
 
 std::string CaughtLine(const char* name, int dir) {
-    std::string line = "error caught: ";
-    line += name;
-    if (dir >= 0 && dir < 6) line += kDirCapitals[dir];
-    return line + ":\r\n";
+    std::string full = name;
+    if (dir >= 0 && dir < 6) full += kDirCapitals[dir];
+    return CaughtLine(full.c_str());
 }

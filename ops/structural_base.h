@@ -15,12 +15,9 @@
 #include <string>
 
 #include "core/data_space.h"
+#include "core/directions.h"
+#include "core/report.h"
 #include "core/zrk_data.h"
-
-// The direction letters, in direction order.
-inline constexpr char kDirLetters[] = "xyztuv";
-// "X" ... "V", for the names in failure lines.
-inline constexpr char kDirCapitals[] = "XYZTUV";
 
 // Sets err_func to "name('x')" for direction `dir`, or "name()" when dir is negative.
 void SetOpFunc(const char* name, int dir);
@@ -54,11 +51,6 @@ struct CWalk {
     uint64_t inner;  // all directions below
 };
 
-// The first direction named in a string argument (letters x ... v or digits 1 ... 6, looked
-// for in direction order); -1 when there is none.
-int DirectionOf(const CZrkData* text);
-// The text of a string argument (an n1 array), up to its first zero.
-std::string TextOf(const CZrkData* text);
 
 // The first element of a scalar argument, by the cursor's conversion rules.
 int64_t IntArg(const CZrkData* a);
@@ -85,12 +77,7 @@ void LogLines(std::initializer_list<std::string> lines);
 // Runs an operator body; on any failure the lines go to the history and the failure goes on.
 template <class F>
 CZrkData* LogFailure(std::initializer_list<std::string> lines, F&& body) {
-    try {
-        return body();
-    } catch (...) {
-        LogLines(lines);
-        throw;
-    }
+    return Reported({.lines = lines, .to = REPORT_RETHROW}, static_cast<CZrkData*>(nullptr), body);
 }
 
 // "error caught: NameX:\r\n" for a direction, "error caught: Name:\r\n" for none.

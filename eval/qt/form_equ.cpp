@@ -10,7 +10,7 @@
 #include <QVBoxLayout>
 
 #include "core/host.h"
-#include "eval/eval_error.h"
+#include "core/report.h"
 #include "shell/equation_form.h"
 
 CFormEqu::CFormEqu(QWidget* parent)

@@ -7,7 +7,7 @@
 #include <QWidget>
 #include <string>
 
-#include "core/host.h"
+#include "core/report.h"
 
 class CDesktop;
 class CRename;

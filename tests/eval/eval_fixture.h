@@ -9,9 +9,9 @@
 
 #include "core/data_space.h"
 #include "core/host.h"
-#include "eval/block_io.h"
+#include "core/block_io.h"
 #include "eval/eval.h"
-#include "eval/eval_error.h"
+#include "core/report.h"
 
 class EvalTest : public ::testing::Test {
   protected:

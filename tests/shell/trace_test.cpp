@@ -9,6 +9,7 @@
 #include <sstream>
 #include <string>
 
+#include "core/report.h"
 #include "shell/crash_hooks.h"
 #include "shell/shell_host.h"
 #include "shell/trace.h"
