@@ -300,6 +300,7 @@ uint64_t CDataCursor<W>::Tell() const {
 }
 
 template class CDataCursor<float>;
+template class CDataCursor<double>;
 template class CDataCursor<int32_t>;
 template class CDataCursor<int64_t>;
 template class CDataCursor<uint64_t>;

@@ -1,5 +1,5 @@
 // CDataCursor<W>: reads and writes the elements of one record, whatever its element type,
-// as numbers of the working type W (float, int32_t, int64_t or uint64_t). Operators are
+// as numbers of the working type W (float, double, int32_t, int64_t or uint64_t). Operators are
 // written once per working type; the routines for the record's type are looked up once,
 // at construction or when iqmp changes, so inner loops carry no switch on type.
 //
@@ -89,6 +89,7 @@ private:
 };
 
 extern template class CDataCursor<float>;
+extern template class CDataCursor<double>;
 extern template class CDataCursor<int32_t>;
 extern template class CDataCursor<int64_t>;
 extern template class CDataCursor<uint64_t>;

@@ -9,7 +9,7 @@
 #include "core/data_cursor.h"
 #include "core/host.h"
 #include "core/zrk_error.h"
-#include "eval/elementwise.h"
+#include "core/elementwise.h"
 #include "eval/function_table.h"
 #include "eval/matrix_hook.h"
 

@@ -2,7 +2,7 @@
 // from parts or polar form, the conjugate.
 #include <cmath>
 
-#include "eval/elementwise.h"
+#include "core/elementwise.h"
 #include "eval/function_table.h"
 
 namespace {

@@ -3,9 +3,9 @@
 // value is 0 and counted.
 #include <cmath>
 
-#include "eval/elementwise.h"
+#include "core/elementwise.h"
 #include "eval/function_table.h"
-#include "eval/math_errors.h"
+#include "core/math_errors.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "core/zrk_error.h"
-#include "eval/block_io.h"
+#include "core/block_io.h"
 #include "ops/structural_base.h"
 
 namespace {

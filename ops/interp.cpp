@@ -6,7 +6,7 @@
 
 #include "core/data_cursor.h"
 #include "core/zrk_error.h"
-#include "eval/function_table.h"
+#include "core/directions.h"
 #include "ops/structural_base.h"
 
 namespace {

@@ -17,8 +17,8 @@
 
 #include "core/host.h"
 #include "core/zrk_error.h"
-#include "eval/elementwise.h"
-#include "eval/function_table.h"
+#include "core/elementwise.h"
+#include "core/directions.h"
 #include "ops/structural_base.h"
 
 extern "C" {

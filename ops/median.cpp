@@ -8,7 +8,7 @@
 
 #include "core/data_cursor.h"
 #include "core/zrk_error.h"
-#include "eval/block_io.h"
+#include "core/block_io.h"
 #include "ops/structural_base.h"
 
 namespace {

@@ -5,8 +5,8 @@
 
 #include "core/data_cursor.h"
 #include "core/zrk_error.h"
-#include "eval/block_io.h"
-#include "eval/function_table.h"
+#include "core/block_io.h"
+#include "core/directions.h"
 #include "ops/structural_base.h"
 
 namespace {

@@ -12,7 +12,7 @@
 
 #include "bench/bench_report.h"
 #include "bench/ops/plain_copy.h"
-#include "eval/elementwise.h"
+#include "core/elementwise.h"
 #include "ops/permute.h"
 #include "ops/structural_join.h"
 #include "ops/structural_shape.h"

@@ -12,7 +12,7 @@
 
 #include "bench/bench_report.h"
 #include "bench/ops/plain_copy.h"
-#include "eval/elementwise.h"
+#include "core/elementwise.h"
 #include "eval/function_table.h"
 
 namespace {

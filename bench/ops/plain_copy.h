@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-#include "eval/elementwise.h"
+#include "core/elementwise.h"
 
 inline void PlainCopyOf(benchmark::State& state, const CZrkData* a) {
     res_t res[6];

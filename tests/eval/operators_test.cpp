@@ -1,7 +1,7 @@
 // The operators: one table per precedence level of input, expected header and values.
 #include <cmath>
 
-#include "eval/math_errors.h"
+#include "core/math_errors.h"
 #include "eval/matrix_hook.h"
 #include "tests/eval/eval_fixture.h"
 

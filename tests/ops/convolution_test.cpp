@@ -16,8 +16,8 @@
 
 #include "core/host.h"
 #include "core/zrk_error.h"
-#include "eval/block_io.h"
-#include "eval/eval_error.h"
+#include "core/block_io.h"
+#include "core/report.h"
 #include "eval/function_table.h"
 #include "ops/convolution.h"
 #include "ops/median.h"

@@ -10,7 +10,7 @@
 #include <random>
 #include <sstream>
 
-#include "eval/elementwise.h"
+#include "core/elementwise.h"
 #include "ops/permute.h"
 #include "ops/structural_join.h"
 #include "ops/structural_shape.h"

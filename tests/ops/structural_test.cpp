@@ -8,7 +8,7 @@
 
 #include "core/host.h"
 #include "display/roi_mask.h"
-#include "eval/eval_error.h"
+#include "core/report.h"
 #include "ops/generators.h"
 #include "ops/permute.h"
 #include "ops/structural_fill.h"

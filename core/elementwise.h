@@ -20,7 +20,7 @@
 
 #include "core/data_space.h"
 #include "core/zrk_data.h"
-#include "eval/block_io.h"
+#include "core/block_io.h"
 
 enum EvalOp {
     OP_ADD,

@@ -1,4 +1,4 @@
-#include "eval/math_errors.h"
+#include "core/math_errors.h"
 
 #include <cstdio>
 

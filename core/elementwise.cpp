@@ -1,4 +1,4 @@
-#include "eval/elementwise.h"
+#include "core/elementwise.h"
 
 #include <cmath>
 #include <cstring>
@@ -6,7 +6,7 @@
 #include <sys/mman.h>
 
 #include "core/zrk_error.h"
-#include "eval/math_errors.h"
+#include "core/math_errors.h"
 
 namespace {
 

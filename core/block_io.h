@@ -35,12 +35,6 @@ constexpr bool StoresWorking(int type, int comps) {
     return real >= 0 && type == real + (comps == 2 ? 10 : 0);
 }
 
-// Double has no cursor flavour: its loads and stores are picked from these tables.
-using DoubleLoadFn = void (*)(const char* base, uint64_t index, size_t n, int comps, double* out);
-using DoubleStoreFn = void (*)(char* base, uint64_t index, size_t n, int comps, const double* in);
-DoubleLoadFn DoubleLoader(int type);
-DoubleStoreFn DoubleStorer(int type);
-
 template <class W>
 class CBlockReader {
 public:
@@ -48,16 +42,12 @@ public:
         : comps_(comps),
           base_(static_cast<const char*>(record->Data())),
           direct_(StoresWorking<W>(record->Type(), comps)),
-          cursor_(record) {
-        if constexpr (std::is_same_v<W, double>) load_ = DoubleLoader(record->Type());
-    }
+          cursor_(record) {}
 
     // n elements from `index` on, either in place or converted into `buf` (n * comps long).
     const W* Read(uint64_t index, size_t n, W* buf) const {
         if (direct_) return reinterpret_cast<const W*>(base_) + index * comps_;
-        if constexpr (std::is_same_v<W, double>) {
-            load_(base_, index, n, comps_, buf);
-        } else if (comps_ == 2) {
+        if (comps_ == 2) {
             cursor_.GetIQBlock(buf, index, n);
         } else {
             cursor_.GetIBlock(buf, index, n);
@@ -69,8 +59,7 @@ private:
     int comps_;
     const char* base_;
     bool direct_;
-    CDataCursor<std::conditional_t<std::is_same_v<W, double>, float, W>> cursor_;
-    DoubleLoadFn load_ = nullptr;
+    CDataCursor<W> cursor_;
 };
 
 template <class W>
@@ -80,9 +69,7 @@ public:
         : comps_(comps),
           base_(static_cast<char*>(record->Data())),
           direct_(StoresWorking<W>(record->Type(), comps)),
-          cursor_(record) {
-        if constexpr (std::is_same_v<W, double>) store_ = DoubleStorer(record->Type());
-    }
+          cursor_(record) {}
 
     // Where the block's n elements are to be written: in place, or `buf`.
     W* Target(uint64_t index, size_t n, W* buf) const {
@@ -92,9 +79,7 @@ public:
     // Stores a block written to `buf`; nothing to do for one written in place.
     void Commit(uint64_t index, size_t n, const W* buf) {
         if (direct_) return;
-        if constexpr (std::is_same_v<W, double>) {
-            store_(base_, index, n, comps_, buf);
-        } else if (comps_ == 2) {
+        if (comps_ == 2) {
             cursor_.SetIQBlock(buf, index, n);
         } else {
             cursor_.SetIBlock(buf, index, n);
@@ -105,6 +90,5 @@ private:
     int comps_;
     char* base_;
     bool direct_;
-    CDataCursor<std::conditional_t<std::is_same_v<W, double>, float, W>> cursor_;
-    DoubleStoreFn store_ = nullptr;
+    CDataCursor<W> cursor_;
 };
