@@ -10,8 +10,8 @@
 #include <QVBoxLayout>
 
 #include "core/host.h"
+#include "eval/equation_form.h"
 #include "eval/eval_error.h"
-#include "shell/equation_form.h"
 
 CFormEqu::CFormEqu(QWidget* parent)
     : QWidget(parent),

@@ -1,4 +1,4 @@
-#include "shell/equation_form.h"
+#include "eval/equation_form.h"
 
 #include "core/data_space.h"
 #include "core/host.h"
