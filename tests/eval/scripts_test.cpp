@@ -85,13 +85,13 @@ TEST_F(ScriptTest, ControlWordsAreNames) {
 }
 
 TEST_F(EvalTest, EquationBar) {
-    EXPECT_EQ(0, EquationBarEval("a = log(0)"));
+    EXPECT_EQ(0, EquationBarEval(GlobalDataSpace(), "a = log(0)"));
     EXPECT_EQ(host.history.back(), "a = log(0)\r\n");
     EXPECT_EQ(host.status.front(), "calculating...");
     EXPECT_EQ(host.status.back(), "");
     EXPECT_EQ(host.messages.size(), 1u);
     EXPECT_TRUE(Find("a")->changed);
-    EXPECT_EQ(1, EquationBarEval("b = a +"));
+    EXPECT_EQ(1, EquationBarEval(GlobalDataSpace(), "b = a +"));
     EXPECT_EQ(host.status.back(), "parse() returned 'syntax error'");
     EXPECT_EQ(host.history.size(), 1u);
 }

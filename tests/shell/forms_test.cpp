@@ -43,7 +43,7 @@ class FormsTest : public ::testing::Test {
 };
 
 TEST_F(FormsTest, AllocateFormMakesTheRowsItIsGiven) {
-    CFormAlloc form;
+    CFormAlloc form(GlobalDataSpace());
     QString status;
     QObject::connect(&form, &CFormAlloc::allocated, [&](const QString& s) { status = s; });
     Find<QLineEdit>(&form, "alloc_name0")->setText("mag");
@@ -70,7 +70,7 @@ TEST_F(FormsTest, RenameFormReportsInItsOwnField) {
     GlobalDataSpace().NewData(TYPE_R4, 2, 1, 1, 1, 1, 1, "old");
     CRename rename;
     rename.old_name = "old";
-    CFormRename form(rename);
+    CFormRename form(GlobalDataSpace(), rename);
     EXPECT_EQ(Find<QLineEdit>(&form, "rename_old")->text(), "old");
     Find<QLineEdit>(&form, "rename_new")->setText("9lives");
     QTest::mouseClick(Find<QPushButton>(&form, "rename_run"), Qt::LeftButton);
@@ -86,7 +86,7 @@ TEST_F(FormsTest, EquationFormSeesThisAndShowsItsReport) {
     CZrkData* a = GlobalDataSpace().NewData(TYPE_R4, 3, 1, 1, 1, 1, 1, "a");
     float* v = static_cast<float*>(a->Data());
     v[0] = 1, v[1] = 2, v[2] = 3;
-    CFormEqu form;
+    CFormEqu form(GlobalDataSpace());
     Find<QLineEdit>(&form, "form_equ_this")->setText("a");
     Find<QCheckBox>(&form, "form_equ_update_range")->setChecked(true);
     Find<QPlainTextEdit>(&form, "form_equ_edit")->setPlainText("d = this * 2");

@@ -42,7 +42,7 @@ class MainFrameTest : public ::testing::Test {
     }
 
     std::unique_ptr<CZarnikApp> Start() {
-        auto app = std::make_unique<CZarnikApp>();
+        auto app = std::make_unique<CZarnikApp>(GlobalDataSpace());
         CStartOptions start;
         start.show_about = false;
         start.preferences = prefs_;
