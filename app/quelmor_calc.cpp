@@ -89,12 +89,13 @@ int main(int argc, char** argv) {
     }
     CConsoleHost host;
     CScopedHost scoped(host);
-    GlobalDataSpace().InitReservedData();
-    GlobalDataSpace().SetUnique();
+    CDataSpace& space = GlobalDataSpace();
+    space.InitReservedData();
+    space.SetUnique();
 
     int exit_status = 0;
     auto run = [&](const std::string& text) {
-        if (EquationBarEval(text) == 0) return true;
+        if (EquationBarEval(space, text) == 0) return true;
         std::fprintf(stderr, "%s\n", ErrorText().c_str());
         exit_status = 1;
         return keep_going;
@@ -109,7 +110,7 @@ int main(int argc, char** argv) {
     }
     if (exit_status && !keep_going) return exit_status;
     for (const std::string& name : prints) {
-        const CZrkData* r = GlobalDataSpace().FindData(name.c_str());
+        const CZrkData* r = space.FindData(name.c_str());
         if (r) PrintRecord(r);
     }
     std::fflush(stdout);

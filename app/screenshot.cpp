@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <cstdio>
 
+#include "core/data_space.h"
 #include "eval/qt/bar_equ.h"
 #include "shell/qt/about_wave.h"
 #include "shell/qt/main_frame.h"
@@ -19,7 +20,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     QApplication qt(argc, argv);
-    CZarnikApp app;
+    CZarnikApp app(GlobalDataSpace());
     CStartOptions start;
     start.show_about = false;
     start.preferences = "/dev/null";

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "core/data_cursor.h"
-#include "core/data_space.h"
 #include "core/host.h"
 #include "core/zrk_error.h"
 
@@ -147,12 +146,6 @@ void CZrkData::SetHeaderData(int t, res_t x, res_t y, res_t z, res_t tt, res_t u
                              void* d) {
     SetHeader(t, x, y, z, tt, u, v);
     data = d;
-}
-
-void CZrkData::SetHeaderNamed(int t, res_t x, res_t y, res_t z, res_t tt, res_t u, res_t v,
-                              void* d, const char* n) {
-    SetHeaderData(t, x, y, z, tt, u, v, d);
-    GlobalDataSpace().UniqueName(name, n);
 }
 
 void CZrkData::SetType(int t) {

@@ -48,9 +48,6 @@ public:
     void SetHeader(int type, res_t nx, res_t ny, res_t nz, res_t nt, res_t nu, res_t nv);
     void SetHeaderData(int type, res_t nx, res_t ny, res_t nz, res_t nt, res_t nu, res_t nv,
                        void* data);
-    // Also takes a unique name from the global data space.
-    void SetHeaderNamed(int type, res_t nx, res_t ny, res_t nz, res_t nt, res_t nu, res_t nv,
-                        void* data, const char* name);
     void SetType(int type);
     void CopyType(const CZrkData& other);
     void CopyHeaderFrom(const CZrkData& other);

@@ -5,13 +5,13 @@
 #include "core/report.h"
 #include "core/math_errors.h"
 
-int EquationBarEval(const std::string& text) {
+int EquationBarEval(CDataSpace& space, const std::string& text) {
     CHost& host = Host();
     host.Status("calculating...");
     CZrkData* result = nullptr;
     int status;
     {
-        CEvalLines ev;
+        CEvalLines ev(space);
         status = ev.Eval(&result, nullptr, text.c_str(), nullptr);
         if (status == 0 && result) result->changed = 1;
     }

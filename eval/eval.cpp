@@ -17,7 +17,7 @@ bool IsIndexListTag(uint64_t tag) { return tag > TAG_INDEXED && tag <= TAG_INDEX
 
 }  // namespace
 
-CEval::CEval(Entry entry) : entry_(entry) {}
+CEval::CEval(Entry entry, CDataSpace& space) : space_(space), entry_(entry) {}
 
 CEval::~CEval() = default;
 
@@ -38,14 +38,14 @@ int CEval::Eval(CZrkData** out, CEval* parent_eval, const char* text, const char
         locals = own_locals_.get();
     } else {
         ClearMathErrors();
-        locals = &GlobalDataSpace();
+        locals = &space_;
     }
 
     int status = qm_parse(*this);
     if (status == 2) status = SetError("parse()", "stack overflow");
 
-    GlobalDataSpace().DelLinks();
-    GlobalDataSpace().DelUntyped();
+    space_.DelLinks();
+    space_.DelUntyped();
 
     if (status == 0 && !stack.empty()) {
         CZrkData* record = PopData();

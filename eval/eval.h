@@ -7,11 +7,13 @@
 //   CEvalScript  a script file in declaration form: script (a, b) { ... }
 //   CEvalStmt    one statement
 //
-// An evaluator lives for one run, on the caller's stack. Every intermediate result lives on
-// its private list `temp` and dies with it; only what an assignment moves into a named record
-// survives. Failures leave their report in the four error strings (eval_error.h).
+// An evaluator lives for one run, on the caller's stack, and works on the data space it is
+// handed (the desktop's is GlobalDataSpace(), passed in by whoever owns it). Every
+// intermediate result lives on its private list `temp` and dies with it; only what an
+// assignment moves into a named record of that space survives. Failures leave their report
+// in the four error strings (eval_error.h).
 //
-//   CEvalLines ev;
+//   CEvalLines ev(space);
 //   CZrkData* result;
 //   if (ev.Eval(&result, nullptr, "b = a * 2 + 1", nullptr)) status = ErrorText();
 //
@@ -59,7 +61,8 @@ class CEval {
 public:
     enum Entry { ENTRY_EXPR, ENTRY_LINES, ENTRY_SCRIPT, ENTRY_STMT };
 
-    explicit CEval(Entry entry);
+    // `space` holds the named records of a top-level run; it must outlive the evaluator.
+    CEval(Entry entry, CDataSpace& space);
     virtual ~CEval();
     CEval(const CEval&) = delete;
     CEval& operator=(const CEval&) = delete;
@@ -162,6 +165,7 @@ public:
     CZrkData* value = nullptr;
 
 private:
+    CDataSpace& space_;
     Entry entry_;
     bool start_sent_ = false;
     bool lex_failed_ = false;
@@ -172,20 +176,20 @@ private:
 
 class CEvalExpr : public CEval {
 public:
-    CEvalExpr() : CEval(ENTRY_EXPR) {}
+    explicit CEvalExpr(CDataSpace& space) : CEval(ENTRY_EXPR, space) {}
 };
 
 class CEvalLines : public CEval {
 public:
-    CEvalLines() : CEval(ENTRY_LINES) {}
+    explicit CEvalLines(CDataSpace& space) : CEval(ENTRY_LINES, space) {}
 };
 
 class CEvalScript : public CEval {
 public:
-    CEvalScript() : CEval(ENTRY_SCRIPT) {}
+    explicit CEvalScript(CDataSpace& space) : CEval(ENTRY_SCRIPT, space) {}
 };
 
 class CEvalStmt : public CEval {
 public:
-    CEvalStmt() : CEval(ENTRY_STMT) {}
+    explicit CEvalStmt(CDataSpace& space) : CEval(ENTRY_STMT, space) {}
 };

@@ -52,7 +52,7 @@ int CEval::RunLines(CScriptEntry* entry) {
     if (skip) return 0;
     if (CheckScriptDepth()) return 1;
     CScriptDepth depth;
-    CEvalLines ev;
+    CEvalLines ev(space_);
     if (LoadScript(entry, &ev.script_text)) return 1;
     return ev.Eval(nullptr, nullptr, ev.script_text.c_str(), entry->name.c_str());
 }
@@ -65,7 +65,7 @@ int CEval::RunScript(CScriptEntry* entry, bool with_arguments) {
     CScriptDepth depth;
     // `name()` has no argument list of its own: an empty one lets the formals be counted
     if (!with_arguments && PushTag(TAG_MARK)) return 1;
-    CEvalScript ev;
+    CEvalScript ev(space_);
     if (LoadScript(entry, &ev.script_text)) return 1;
     const int status = ev.Eval(nullptr, this, ev.script_text.c_str(), entry->name.c_str());
     if (status == 0 && !with_arguments && Peek(0) == TAG_MARK) stack.pop_back();
@@ -152,14 +152,14 @@ std::string CEval::SliceText(int trim) {
 int CEval::RunSlice(Entry entry, const std::string& text, int* value) {
     CZrkData* out = nullptr;
     if (entry == ENTRY_EXPR) {
-        CEvalExpr ev;
+        CEvalExpr ev(space_);
         const int status = ev.Eval(&out, this, text.c_str(), file);
         int32_t v = 0;
         if (status == 0 && out && out->Bytes()) CDataCursor<int32_t>(out).GetI(v, 0);
         if (value) *value = v;
         return status;
     }
-    CEvalStmt ev;
+    CEvalStmt ev(space_);
     return ev.Eval(&out, this, text.c_str(), file);
 }
 

@@ -6,8 +6,8 @@
 // names, such as "pi", show as reserved rows that "free data" leaves alone.
 //
 //   CDesktop desk;
-//   for (const CDesktopRow& row : desk.Rows(GlobalDataSpace())) ...
-//   status->setText(desk.ByteLine(GlobalDataSpace()));
+//   for (const CDesktopRow& row : desk.Rows(space)) ...
+//   status->setText(desk.ByteLine(space));
 #pragma once
 
 #include <cstdio>

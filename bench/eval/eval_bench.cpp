@@ -25,7 +25,7 @@ void MakeArray() {
 
 double RunOnce(const char* text) {
     const auto t0 = std::chrono::steady_clock::now();
-    CEvalLines ev;
+    CEvalLines ev(GlobalDataSpace());
     if (ev.Eval(nullptr, nullptr, text, nullptr)) std::fprintf(stderr, "evaluation failed\n");
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
 }

@@ -18,9 +18,10 @@ namespace {
 void BM_StartToIdle(benchmark::State& state) {
     const std::string prefs = "/tmp/quelmor_bench_preferences.txt";
     std::vector<double> seconds;
+    CDataSpace& space = GlobalDataSpace();
     for (auto _ : state) {
         const auto begin = std::chrono::steady_clock::now();
-        CZarnikApp app;
+        CZarnikApp app(space);
         CStartOptions start;
         start.show_about = false;
         start.preferences = prefs;
@@ -32,7 +33,7 @@ void BM_StartToIdle(benchmark::State& state) {
         app.WriteOptions();  // the next run reads a full file
         app.Frame()->SetClosingForScript(true);
         app.Frame()->close();
-        while (GlobalDataSpace().Count() > 0) GlobalDataSpace().DelData(0);
+        while (space.Count() > 0) space.DelData(0);
     }
     std::nth_element(seconds.begin(), seconds.begin() + seconds.size() / 2, seconds.end());
     const double median = seconds[seconds.size() / 2];

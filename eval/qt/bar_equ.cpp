@@ -8,7 +8,8 @@
 #include "core/host.h"
 #include "eval/equation_bar.h"
 
-CBarEqu::CBarEqu(QWidget* parent) : QDockWidget("equation", parent), edit_(new QLineEdit) {
+CBarEqu::CBarEqu(CDataSpace& space, QWidget* parent)
+    : QDockWidget("equation", parent), space_(space), edit_(new QLineEdit) {
     setObjectName("equation_bar");
     setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetClosable);
     edit_->setObjectName("equation_edit");
@@ -36,6 +37,6 @@ void CBarEqu::OnEquEval() {
     // The status pane repaints before the evaluation blocks the loop.
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     // The text stays in the field when the evaluation fails, for correction.
-    if (EquationBarEval(text) == 0) edit_->clear();
+    if (EquationBarEval(space_, text) == 0) edit_->clear();
     emit evaluated();
 }

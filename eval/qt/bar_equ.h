@@ -1,18 +1,19 @@
 // CBarEqu: the equation bar, a docked bar with one edit field. Enter evaluates the text
-// through EquationBarEval: "calculating..." in the status while it runs; on failure the
-// report goes to the status and the text stays for correction; on success the line goes to
-// the history, the field is emptied and the status cleared. SetText puts a picked history
-// line back.
+// through EquationBarEval on the data space the bar is given: "calculating..." in the status
+// while it runs; on failure the report goes to the status and the text stays for correction;
+// on success the line goes to the history, the field is emptied and the status cleared.
+// SetText puts a picked history line back.
 #pragma once
 
 #include <QDockWidget>
 
+class CDataSpace;
 class QLineEdit;
 
 class CBarEqu : public QDockWidget {
     Q_OBJECT
   public:
-    explicit CBarEqu(QWidget* parent = nullptr);
+    explicit CBarEqu(CDataSpace& space, QWidget* parent = nullptr);
 
     void OnEquEval();
     void SetText(const QString& text);
@@ -23,5 +24,6 @@ class CBarEqu : public QDockWidget {
     void evaluated();
 
   private:
+    CDataSpace& space_;
     QLineEdit* edit_;
 };

@@ -11,10 +11,11 @@
 
 #include "core/host.h"
 #include "core/report.h"
-#include "shell/equation_form.h"
+#include "eval/equation_form.h"
 
-CFormEqu::CFormEqu(QWidget* parent)
+CFormEqu::CFormEqu(CDataSpace& space, QWidget* parent)
     : QWidget(parent),
+      space_(space),
       edit_(new QPlainTextEdit(this)),
       update_range_(new QCheckBox("update range", this)),
       this_name_(new QLineEdit(this)),
@@ -47,7 +48,7 @@ void CFormEqu::OnEval() {
     CEquationFormOptions options;
     options.update_range = update_range_->isChecked();
     options.this_name = this_name_->text().trimmed().toStdString();
-    const int status = FormEquEval(edit_->toPlainText().toStdString(), options);
+    const int status = FormEquEval(space_, edit_->toPlainText().toStdString(), options);
     report_->setText(status ? QString::fromStdString(ErrorText()) : QString());
     emit evaluated();
 }

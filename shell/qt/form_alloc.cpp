@@ -12,7 +12,8 @@
 #include "core/element_type.h"
 #include "core/host.h"
 
-CFormAlloc::CFormAlloc(QWidget* parent) : QDialog(parent), status_(new QLabel(this)) {
+CFormAlloc::CFormAlloc(CDataSpace& space, QWidget* parent)
+    : QDialog(parent), space_(space), status_(new QLabel(this)) {
     setObjectName("alloc_form");
     setWindowTitle("allocate data");
     auto* grid = new QGridLayout(this);
@@ -58,7 +59,7 @@ void CFormAlloc::OnAllocate() {
         row.nt = rows_[r].size[3]->value();
         row.type = rows_[r].type->currentData().toInt();
     }
-    const QString status = QString::fromStdString(alloc.Run(GlobalDataSpace()));
+    const QString status = QString::fromStdString(alloc.Run(space_));
     status_->setText(status);
     emit allocated(status);
 }

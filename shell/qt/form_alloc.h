@@ -1,11 +1,12 @@
 // CFormAlloc: five rows of name, x, y, z, t sizes and type; "allocate" runs them through
-// CAlloc on the global data space and shows the outcome in the form.
+// CAlloc on the data space the form is given and shows the outcome in the form.
 #pragma once
 
 #include <QDialog>
 
 #include "shell/alloc.h"
 
+class CDataSpace;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -14,7 +15,7 @@ class QSpinBox;
 class CFormAlloc : public QDialog {
     Q_OBJECT
   public:
-    explicit CFormAlloc(QWidget* parent = nullptr);
+    explicit CFormAlloc(CDataSpace& space, QWidget* parent = nullptr);
 
     // Reads the rows into the form's record and runs it.
     void OnAllocate();
@@ -23,6 +24,7 @@ class CFormAlloc : public QDialog {
     void allocated(const QString& status);
 
   private:
+    CDataSpace& space_;
     struct Row {
         QLineEdit* name;
         QSpinBox* size[4];

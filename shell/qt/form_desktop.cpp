@@ -16,8 +16,9 @@
 #include "shell/qt/form_rename.h"
 #include "shell/rename.h"
 
-CFormDesktop::CFormDesktop(CDesktop& desktop, CRename& rename, QWidget* parent)
+CFormDesktop::CFormDesktop(CDataSpace& space, CDesktop& desktop, CRename& rename, QWidget* parent)
     : QWidget(parent),
+      space_(space),
       desktop_(desktop),
       rename_(rename),
       list_(new QTreeWidget(this)),
@@ -47,14 +48,10 @@ CFormDesktop::CFormDesktop(CDesktop& desktop, CRename& rename, QWidget* parent)
     connect(paths_, &QComboBox::activated, this,
             [this](int index) { desktop_.desktop_selpath = index; });
 
-    CDataSpace& space = GlobalDataSpace();
-    connect(AddEntry("free data", "desktop_free_data"), &QAction::triggered, this, [this, &space] {
-        Run("CFormDesktop::OnFreeData", [&] { return FreeSelectedData(space); });
-    });
+    connect(AddEntry("free data", "desktop_free_data"), &QAction::triggered, this,
+            [this] { Run("CFormDesktop::OnFreeData", [&] { return FreeSelectedData(space_); }); });
     connect(AddEntry("free undo buffers", "desktop_free_undo"), &QAction::triggered, this,
-            [this, &space] {
-                Run("CFormDesktop::OnFreeUndo", [&] { return FreeUndoBuffers(space); });
-            });
+            [this] { Run("CFormDesktop::OnFreeUndo", [&] { return FreeUndoBuffers(space_); }); });
     connect(AddEntry("allocate data", "desktop_allocate"), &QAction::triggered, this,
             &CFormDesktop::OnAllocate);
     menu_->addSeparator();
@@ -63,17 +60,16 @@ CFormDesktop::CFormDesktop(CDesktop& desktop, CRename& rename, QWidget* parent)
     connect(AddEntry("list no detail", "desktop_no_detail"), &QAction::triggered, this,
             [this] { OnDetails(0); });
     menu_->addSeparator();
-    connect(AddEntry("declare pi", "desktop_declare_pi"), &QAction::triggered, this,
-            [this, &space] {
-                Run("CFormDesktop::OnDeclarePi",
-                    [&] { return DeclareConstant(space, "pi", 3.14159265358979323846); });
-            });
-    connect(AddEntry("declare e", "desktop_declare_e"), &QAction::triggered, this, [this, &space] {
-        Run("CFormDesktop::OnDeclareE",
-            [&] { return DeclareConstant(space, "e", 2.71828182845904523536); });
+    connect(AddEntry("declare pi", "desktop_declare_pi"), &QAction::triggered, this, [this] {
+        Run("CFormDesktop::OnDeclarePi",
+            [&] { return DeclareConstant(space_, "pi", 3.14159265358979323846); });
     });
-    connect(AddEntry("duplicate", "desktop_duplicate"), &QAction::triggered, this, [this, &space] {
-        Run("CFormDesktop::OnDuplicate", [&] { return DuplicateSelected(space); });
+    connect(AddEntry("declare e", "desktop_declare_e"), &QAction::triggered, this, [this] {
+        Run("CFormDesktop::OnDeclareE",
+            [&] { return DeclareConstant(space_, "e", 2.71828182845904523536); });
+    });
+    connect(AddEntry("duplicate", "desktop_duplicate"), &QAction::triggered, this, [this] {
+        Run("CFormDesktop::OnDuplicate", [&] { return DuplicateSelected(space_); });
     });
     connect(AddEntry("rename", "desktop_rename"), &QAction::triggered, this,
             &CFormDesktop::OnRename);
@@ -88,12 +84,11 @@ QAction* CFormDesktop::AddEntry(const char* text, const char* name) {
 
 void CFormDesktop::Refresh() {
     Host().Trace("CFormDesktop::Refresh");
-    const CDataSpace& space = GlobalDataSpace();
     refreshing_ = true;
     list_->clear();
     list_->setColumnCount(desktop_.desktop_details ? 4 : 1);
     list_->setHeaderHidden(!desktop_.desktop_details);
-    for (const CDesktopRow& row : desktop_.Rows(space)) {
+    for (const CDesktopRow& row : desktop_.Rows(space_)) {
         auto* item = new QTreeWidgetItem(
             list_, {QString::fromStdString(row.name), QString::fromStdString(row.size),
                     QString::fromStdString(row.type), QString::fromStdString(row.caption)});
@@ -102,7 +97,7 @@ void CFormDesktop::Refresh() {
         item->setSelected(row.record->select & kDesktopSelect);
     }
     for (int c = 0; c + 1 < list_->columnCount(); ++c) list_->resizeColumnToContents(c);
-    bytes_->setText(QString::fromStdString(desktop_.ByteLine(space)));
+    bytes_->setText(QString::fromStdString(desktop_.ByteLine(space_)));
     paths_->clear();
     for (int i = 0; i < desktop_.desktop_npath; ++i)
         paths_->addItem(QString::fromStdString(desktop_.desktop_path[i]));
@@ -113,15 +108,14 @@ void CFormDesktop::Refresh() {
 
 void CFormDesktop::OnSelectionChanged() {
     if (refreshing_) return;
-    CDataSpace& space = GlobalDataSpace();
-    space.ClearSel(kDesktopSelect);
+    space_.ClearSel(kDesktopSelect);
     for (QTreeWidgetItem* item : list_->selectedItems())
-        if (CZrkData* record = space.FindData(item->text(0).toStdString().c_str()))
+        if (CZrkData* record = space_.FindData(item->text(0).toStdString().c_str()))
             record->select |= kDesktopSelect;
 }
 
 void CFormDesktop::OnAllocate() {
-    CFormAlloc form(this);
+    CFormAlloc form(space_, this);
     connect(&form, &CFormAlloc::allocated, this, &CFormDesktop::commandDone);
     form.exec();
 }
@@ -129,7 +123,7 @@ void CFormDesktop::OnAllocate() {
 void CFormDesktop::OnRename() {
     const QList<QTreeWidgetItem*> picked = list_->selectedItems();
     if (!picked.isEmpty()) rename_.old_name = picked.front()->text(0).toStdString();
-    CFormRename form(rename_, this);
+    CFormRename form(space_, rename_, this);
     connect(&form, &CFormRename::renamed, this, &CFormDesktop::commandDone);
     form.exec();
 }

@@ -1,4 +1,4 @@
-// CFormDesktop: the data desktop. It lists the records of the global data space through
+// CFormDesktop: the data desktop. It lists the records of the data space it is given through
 // CDesktop, keeps the desktop selection bits of the records in step with the list, and
 // runs the context commands. After each command it emits commandDone with the status text,
 // and the frame refreshes everything.
@@ -9,6 +9,7 @@
 
 #include "core/report.h"
 
+class CDataSpace;
 class CDesktop;
 class CRename;
 class QComboBox;
@@ -19,7 +20,7 @@ class QTreeWidget;
 class CFormDesktop : public QWidget {
     Q_OBJECT
   public:
-    CFormDesktop(CDesktop& desktop, CRename& rename, QWidget* parent = nullptr);
+    CFormDesktop(CDataSpace& space, CDesktop& desktop, CRename& rename, QWidget* parent = nullptr);
 
     // Lists the records again and rewrites the byte line.
     void Refresh();
@@ -42,6 +43,7 @@ class CFormDesktop : public QWidget {
     void OnDetails(int details);
     QAction* AddEntry(const char* text, const char* name);
 
+    CDataSpace& space_;
     CDesktop& desktop_;
     CRename& rename_;
     QTreeWidget* list_;

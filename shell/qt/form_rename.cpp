@@ -10,8 +10,9 @@
 #include "core/host.h"
 #include "shell/rename.h"
 
-CFormRename::CFormRename(CRename& rename, QWidget* parent)
+CFormRename::CFormRename(CDataSpace& space, CRename& rename, QWidget* parent)
     : QDialog(parent),
+      space_(space),
       rename_(rename),
       old_name_(new QLineEdit(QString::fromStdString(rename.old_name), this)),
       new_name_(new QLineEdit(QString::fromStdString(rename.new_name), this)),
@@ -36,8 +37,8 @@ CFormRename::CFormRename(CRename& rename, QWidget* parent)
 
 void CFormRename::OnRename() {
     Host().Trace("CFormRename::OnRename");
-    const std::string status = rename_.Rename(GlobalDataSpace(), old_name_->text().toStdString(),
-                                              new_name_->text().toStdString());
+    const std::string status =
+        rename_.Rename(space_, old_name_->text().toStdString(), new_name_->text().toStdString());
     status_->setText(QString::fromStdString(status));
     // The next rename starts from the new name.
     if (status == "rename successful") old_name_->setText(new_name_->text());

@@ -1,9 +1,10 @@
-// CFormRename: old and new name; "rename" runs CRename on the global data space and shows
-// its answer in the form.
+// CFormRename: old and new name; "rename" runs CRename on the data space the form is given
+// and shows its answer in the form.
 #pragma once
 
 #include <QDialog>
 
+class CDataSpace;
 class CRename;
 class QLabel;
 class QLineEdit;
@@ -11,7 +12,7 @@ class QLineEdit;
 class CFormRename : public QDialog {
     Q_OBJECT
   public:
-    explicit CFormRename(CRename& rename, QWidget* parent = nullptr);
+    CFormRename(CDataSpace& space, CRename& rename, QWidget* parent = nullptr);
 
     void OnRename();
 
@@ -19,6 +20,7 @@ class CFormRename : public QDialog {
     void renamed(const QString& status);
 
   private:
+    CDataSpace& space_;
     CRename& rename_;
     QLineEdit* old_name_;
     QLineEdit* new_name_;

@@ -30,12 +30,13 @@ CRectOption FromRect(const QRect& r) { return {r.left(), r.top(), r.right(), r.b
 
 }  // namespace
 
-CMainFrame::CMainFrame(CShellModules& modules, QWidget* parent)
+CMainFrame::CMainFrame(CDataSpace& space, CShellModules& modules, QWidget* parent)
     : QMainWindow(parent),
+      space_(space),
       modules_(modules),
       mdi_(new QMdiArea(this)),
-      bar_(new CBarEqu(this)),
-      desktop_(new CFormDesktop(modules.desktop, modules.rename)),
+      bar_(new CBarEqu(space, this)),
+      desktop_(new CFormDesktop(space, modules.desktop, modules.rename)),
       history_(new CFormHistory(modules.history)),
       tools_(new QToolBar("tool bar", this)) {
     setObjectName("main_frame");
@@ -101,7 +102,7 @@ void CMainFrame::BuildMenus() {
 
     QMenu* data = menuBar()->addMenu("&data");
     QAction* allocate = action(data, "allocate", "action_allocate", [this] {
-        CFormAlloc form(this);
+        CFormAlloc form(space_, this);
         connect(&form, &CFormAlloc::allocated, this, [this](const QString& s) {
             SetStatus(0, s.toStdString());
             RefreshAll();
@@ -134,7 +135,7 @@ void CMainFrame::OnHelp(const std::string& page) {
 void CMainFrame::RefreshAll() {
     Host().Trace("CMainFrame::RefreshAll");
     desktop_->Refresh();
-    const uint64_t bytes = GlobalDataSpace().GetBytes();
+    const uint64_t bytes = space_.GetBytes();
     SetStatus(2, FormatLong(static_cast<int64_t>(bytes), "long_default") + " bytes");
 }
 

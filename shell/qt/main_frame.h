@@ -1,7 +1,8 @@
-// CMainFrame: the main window. A multiple-document area for the displays, the equation bar
-// on top, the data desktop and the history as docked panes, a tool bar and a status bar of
-// three panes. RefreshAll, run after every command, brings the desktop, its byte line and
-// the displays up to date.
+// CMainFrame: the main window over one data space. A multiple-document area for the
+// displays, the equation bar on top, the data desktop and the history as docked panes, a
+// tool bar and a status bar of three panes; the bar, the desktop and the forms are handed the
+// frame's data space. RefreshAll, run after every command, brings the desktop, its byte line
+// and the displays up to date.
 //
 // Closing asks "Exit Quelmor?" (unless a script closes the program); on yes the panes'
 // places go into the options and the exit callback writes the preferences.
@@ -14,6 +15,7 @@
 #include "shell/shell_modules.h"
 
 class CBarEqu;
+class CDataSpace;
 class CFormDesktop;
 class CFormHistory;
 class QDockWidget;
@@ -24,7 +26,7 @@ class QToolBar;
 class CMainFrame : public QMainWindow {
     Q_OBJECT
   public:
-    explicit CMainFrame(CShellModules& modules, QWidget* parent = nullptr);
+    CMainFrame(CDataSpace& space, CShellModules& modules, QWidget* parent = nullptr);
 
     void RefreshAll();
     // Puts the panes where the options say and shows or hides them.
@@ -55,6 +57,7 @@ class CMainFrame : public QMainWindow {
     void KeepPlaces();
     QDockWidget* Dock(const char* title, const char* name, QWidget* body, Qt::DockWidgetArea area);
 
+    CDataSpace& space_;
     CShellModules& modules_;
     QMdiArea* mdi_;
     CBarEqu* bar_;

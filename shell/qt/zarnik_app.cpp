@@ -11,7 +11,8 @@
 #include "shell/qt/main_frame.h"
 #include "shell/qt/qt_host.h"
 
-CZarnikApp::CZarnikApp() : paths_(CPaths::FromExecutable(ExecutablePath())) {
+CZarnikApp::CZarnikApp(CDataSpace& space)
+    : space_(space), paths_(CPaths::FromExecutable(ExecutablePath())) {
     paths_.UseConfigFolderIfReadOnly(std::getenv("HOME"));
     trace_.SetCrashFile(paths_.crash_workspace.c_str());
 }
@@ -23,17 +24,16 @@ CZarnikApp::~CZarnikApp() {
 
 bool CZarnikApp::InitInstance(const CStartOptions& start) {
     trace_.Set("CZarnikApp::InitInstance");
-    CDataSpace& space = GlobalDataSpace();
-    modules_.Register(table_, space);
+    modules_.Register(table_, space_);
     preferences_ = start.preferences.empty() ? paths_.preferences : start.preferences;
     ReadOptions();
 
-    frame_ = std::make_unique<CMainFrame>(modules_);
+    frame_ = std::make_unique<CMainFrame>(space_, modules_);
     frame_->SetOnExit([this] { WriteOptions(); });
     frame_->SetHelp(paths_.help, paths_.help_page);
 
-    space.InitReservedData();
-    space.SetUnique();
+    space_.InitReservedData();
+    space_.SetUnique();
     GlobalWindowSpace();
 
     host_ = std::make_unique<CQtHost>(trace_, frame_.get());

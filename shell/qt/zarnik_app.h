@@ -5,7 +5,7 @@
 // confirmed close the preferences are written in the same module order.
 //
 //   QApplication qt(argc, argv);
-//   CZarnikApp app;
+//   CZarnikApp app(GlobalDataSpace());
 //   if (!app.InitInstance()) return 1;
 //   return qt.exec();
 #pragma once
@@ -18,6 +18,7 @@
 #include "shell/shell_modules.h"
 #include "shell/trace.h"
 
+class CDataSpace;
 class CMainFrame;
 class CHost;
 class CQtHost;
@@ -30,7 +31,8 @@ struct CStartOptions {
 
 class CZarnikApp {
   public:
-    CZarnikApp();
+    // `space` is the data space the program shows and works on; it outlives the application.
+    explicit CZarnikApp(CDataSpace& space);
     ~CZarnikApp();
     CZarnikApp(const CZarnikApp&) = delete;
     CZarnikApp& operator=(const CZarnikApp&) = delete;
@@ -46,6 +48,7 @@ class CZarnikApp {
     const CPaths& Paths() const { return paths_; }
 
   private:
+    CDataSpace& space_;
     CTrace trace_;
     CPaths paths_;
     std::string preferences_;

@@ -27,7 +27,7 @@ class EvalTest : public ::testing::Test {
 
     // Runs `text` as lines; 0 or 1.
     int Run(const std::string& text) {
-        CEvalLines ev;
+        CEvalLines ev(GlobalDataSpace());
         return ev.Eval(nullptr, nullptr, text.c_str(), nullptr);
     }
     CZrkData* Find(const char* name) { return GlobalDataSpace().FindData(name); }

@@ -84,14 +84,33 @@ TEST_F(ScriptTest, ControlWordsAreNames) {
     EXPECT_EQ(err_msg, "syntax error");
 }
 
+TEST_F(ScriptTest, PrivateSpaceKeepsItsRunAndCleanUpToItself) {
+    CDataSpace& global = GlobalDataSpace();
+    CZrkData* a = global.NewData(TYPE_R4, 1, 1, 1, 1, 1, 1, "a");
+    static_cast<float*>(a->Data())[0] = 5;
+    global.NewData("alias")->link = a;
+    CDataSpace mine;
+    mine.SetUnique();
+    CEvalLines ev(mine);
+    // Both script forms, and a lines script run from inside one.
+    ASSERT_EQ(0, ev.Eval(nullptr, nullptr, "a = 1; b = 2; add2(a, b); lines.x;", nullptr))
+        << ErrorText();
+    EXPECT_EQ(Values(mine.FindData("b")), std::vector<double>{6});
+    EXPECT_EQ(Values(mine.FindData("c")), std::vector<double>{42});
+    EXPECT_EQ(global.Count(), 2);
+    EXPECT_EQ(Values(a), std::vector<double>{5});
+    // The end of the run drops links of its own space only.
+    EXPECT_EQ(global.FindData("alias"), a);
+}
+
 TEST_F(EvalTest, EquationBar) {
-    EXPECT_EQ(0, EquationBarEval("a = log(0)"));
+    EXPECT_EQ(0, EquationBarEval(GlobalDataSpace(), "a = log(0)"));
     EXPECT_EQ(host.history.back(), "a = log(0)\r\n");
     EXPECT_EQ(host.status.front(), "calculating...");
     EXPECT_EQ(host.status.back(), "");
     EXPECT_EQ(host.messages.size(), 1u);
     EXPECT_TRUE(Find("a")->changed);
-    EXPECT_EQ(1, EquationBarEval("b = a +"));
+    EXPECT_EQ(1, EquationBarEval(GlobalDataSpace(), "b = a +"));
     EXPECT_EQ(host.status.back(), "parse() returned 'syntax error'");
     EXPECT_EQ(host.history.size(), 1u);
 }

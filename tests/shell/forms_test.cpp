@@ -25,12 +25,11 @@ class FormsTest : public ::testing::Test {
   protected:
     void SetUp() override {
         TestApp();
+        space_.SetUnique();
         scope_ = std::make_unique<CScopedHost>(host_);
     }
-    void TearDown() override {
-        CDataSpace& space = GlobalDataSpace();
-        while (space.Count() > 0) space.DelData(0);
-    }
+    // The forms work on the space they are handed, never on the desktop's.
+    void TearDown() override { EXPECT_EQ(GlobalDataSpace().Count(), 0); }
     template <class T>
     static T* Find(QWidget* root, const QString& name) {
         T* child = root->findChild<T*>(name);
@@ -38,12 +37,13 @@ class FormsTest : public ::testing::Test {
         return child;
     }
 
+    CDataSpace space_;
     CHeadlessHost host_;
     std::unique_ptr<CScopedHost> scope_;
 };
 
 TEST_F(FormsTest, AllocateFormMakesTheRowsItIsGiven) {
-    CFormAlloc form;
+    CFormAlloc form(space_);
     QString status;
     QObject::connect(&form, &CFormAlloc::allocated, [&](const QString& s) { status = s; });
     Find<QLineEdit>(&form, "alloc_name0")->setText("mag");
@@ -56,21 +56,21 @@ TEST_F(FormsTest, AllocateFormMakesTheRowsItIsGiven) {
     QTest::mouseClick(Find<QPushButton>(&form, "alloc_run"), Qt::LeftButton);
     EXPECT_EQ(status, "allocate successful");
     EXPECT_EQ(Find<QLabel>(&form, "alloc_status")->text(), "allocate successful");
-    const CZrkData* mag = GlobalDataSpace().FindData("mag");
+    const CZrkData* mag = space_.FindData("mag");
     ASSERT_NE(mag, nullptr);
     EXPECT_EQ(mag->Type(), TYPE_N2);
     EXPECT_EQ(mag->nx * mag->ny * mag->nz * mag->nt, 16u * 8u * 4u);
-    const CZrkData* wave = GlobalDataSpace().FindData("wave");
+    const CZrkData* wave = space_.FindData("wave");
     ASSERT_NE(wave, nullptr);
     EXPECT_EQ(wave->Type(), TYPE_CR4);
-    EXPECT_EQ(GlobalDataSpace().Count(), 2);
+    EXPECT_EQ(space_.Count(), 2);
 }
 
 TEST_F(FormsTest, RenameFormReportsInItsOwnField) {
-    GlobalDataSpace().NewData(TYPE_R4, 2, 1, 1, 1, 1, 1, "old");
+    space_.NewData(TYPE_R4, 2, 1, 1, 1, 1, 1, "old");
     CRename rename;
     rename.old_name = "old";
-    CFormRename form(rename);
+    CFormRename form(space_, rename);
     EXPECT_EQ(Find<QLineEdit>(&form, "rename_old")->text(), "old");
     Find<QLineEdit>(&form, "rename_new")->setText("9lives");
     QTest::mouseClick(Find<QPushButton>(&form, "rename_run"), Qt::LeftButton);
@@ -78,27 +78,27 @@ TEST_F(FormsTest, RenameFormReportsInItsOwnField) {
     Find<QLineEdit>(&form, "rename_new")->setText("fresh");
     QTest::mouseClick(Find<QPushButton>(&form, "rename_run"), Qt::LeftButton);
     EXPECT_EQ(Find<QLabel>(&form, "rename_status")->text(), "rename successful");
-    EXPECT_NE(GlobalDataSpace().FindData("fresh"), nullptr);
-    EXPECT_EQ(GlobalDataSpace().FindData("old"), nullptr);
+    EXPECT_NE(space_.FindData("fresh"), nullptr);
+    EXPECT_EQ(space_.FindData("old"), nullptr);
 }
 
 TEST_F(FormsTest, EquationFormSeesThisAndShowsItsReport) {
-    CZrkData* a = GlobalDataSpace().NewData(TYPE_R4, 3, 1, 1, 1, 1, 1, "a");
+    CZrkData* a = space_.NewData(TYPE_R4, 3, 1, 1, 1, 1, 1, "a");
     float* v = static_cast<float*>(a->Data());
     v[0] = 1, v[1] = 2, v[2] = 3;
-    CFormEqu form;
+    CFormEqu form(space_);
     Find<QLineEdit>(&form, "form_equ_this")->setText("a");
     Find<QCheckBox>(&form, "form_equ_update_range")->setChecked(true);
     Find<QPlainTextEdit>(&form, "form_equ_edit")->setPlainText("d = this * 2");
     QTest::mouseClick(Find<QPushButton>(&form, "form_equ_eval"), Qt::LeftButton);
     EXPECT_EQ(Find<QLabel>(&form, "form_equ_report")->text(), "");
-    const CZrkData* d = GlobalDataSpace().FindData("d");
+    const CZrkData* d = space_.FindData("d");
     ASSERT_NE(d, nullptr);
     ASSERT_EQ(d->Count(), 3u);
     EXPECT_FLOAT_EQ(static_cast<const float*>(d->Data())[2], 6.0f);
     EXPECT_TRUE(d->update_range);
     // The alias lived for the one run only.
-    EXPECT_EQ(GlobalDataSpace().FindData("this"), nullptr);
+    EXPECT_EQ(space_.FindData("this"), nullptr);
     ASSERT_FALSE(host_.history.empty());
     EXPECT_EQ(host_.history.back(), "d = this * 2\r\n");
 

@@ -37,12 +37,12 @@ class MainFrameTest : public ::testing::Test {
     }
     void TearDown() override {
         std::remove(prefs_.c_str());
-        CDataSpace& space = GlobalDataSpace();
-        while (space.Count() > 0) space.DelData(0);
+        // The frame, its bar, desktop and forms work on the space they are handed.
+        EXPECT_EQ(GlobalDataSpace().Count(), 0);
     }
 
     std::unique_ptr<CZarnikApp> Start() {
-        auto app = std::make_unique<CZarnikApp>();
+        auto app = std::make_unique<CZarnikApp>(space_);
         CStartOptions start;
         start.show_about = false;
         start.preferences = prefs_;
@@ -73,6 +73,7 @@ class MainFrameTest : public ::testing::Test {
         QTest::keyClick(edit, Qt::Key_Return);
     }
 
+    CDataSpace space_;
     std::string prefs_;
 };
 
@@ -90,7 +91,7 @@ TEST_F(MainFrameTest, EquationBarEvaluatesIntoHistoryDesktopAndRecord) {
     auto* list = Find<QTreeWidget>(frame, "desktop_list");
     ASSERT_EQ(Rows(frame), QStringList{"a"});
     EXPECT_EQ(list->topLevelItem(0)->text(1), "3x1x1x1");
-    const CZrkData* a = GlobalDataSpace().FindData("a");
+    const CZrkData* a = space_.FindData("a");
     ASSERT_NE(a, nullptr);
     ASSERT_EQ(a->Count(), 3u);
     EXPECT_TRUE(a->changed);
@@ -140,7 +141,7 @@ TEST_F(MainFrameTest, DesktopContextEntriesChangeTheListAndTheStatus) {
 
     auto* list = Find<QTreeWidget>(frame, "desktop_list");
     list->topLevelItem(0)->setSelected(true);
-    EXPECT_TRUE(GlobalDataSpace().FindData("a")->select & kDesktopSelect);
+    EXPECT_TRUE(space_.FindData("a")->select & kDesktopSelect);
     Trigger(frame, "desktop_duplicate");
     EXPECT_EQ(Rows(frame), (QStringList{"a", "a.", "pi"}));
 
