@@ -11,7 +11,7 @@
 // handed (the desktop's is GlobalDataSpace(), passed in by whoever owns it). Every
 // intermediate result lives on its private list `temp` and dies with it; only what an
 // assignment moves into a named record of that space survives. Failures leave their report
-// in the four error strings (eval_error.h).
+// in the four error strings (core/report.h).
 //
 //   CEvalLines ev(space);
 //   CZrkData* result;
