@@ -17,7 +17,7 @@
 #include "core/block_io.h"
 #include "eval/equation_bar.h"
 #include "core/report.h"
-#include "eval/function_table.h"
+#include "ops/function_rows.h"
 
 namespace {
 
@@ -66,6 +66,7 @@ void PrintRecord(const CZrkData* r) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    InstallFunctions();
     std::vector<std::string> equations, prints;
     bool keep_going = false;
     for (int k = 1; k < argc; ++k) {

@@ -1,69 +1,27 @@
 #include "eval/function_table.h"
 
-#include <algorithm>
 #include <cstring>
+#include <deque>
 #include <map>
+#include <stdexcept>
 
 #include "core/host.h"
 #include "core/zrk_error.h"
 
 namespace {
 
-// The browser's order of the 251 rows: each general function followed by its variants.
-const std::vector<const char*> kLayout = {
-    "=", "-", "+", "*", "/", "*xy", "/xy", "iqdiv", "iqmul", "cast", "tile", "i", "q", "mag",
-    "mag2", "phase", "iq", "mp", "cexp", "conj", "malloc", "free", "finite", "fabs", "exp", "pow",
-    "log10", "log2", "log", "sqrt", "cos", "sin", "tan", "acos", "asin", "atan", "atan2", "cosh",
-    "sinh", "tanh", "j0", "j1", "y0", "y1", "bart", "black", "cat", "catx", "caty", "catz", "catt",
-    "catm", "catmx", "catmy", "catmz", "catmt", "catmd", "catmdx", "catmdy", "catmdz", "catmdt",
-    "cconv", "ccorr", "ccorr1d", "ccorr1dx", "ccorr1dy", "ccorr1dz", "ccorrt", "chop", "chopx",
-    "chopy", "chopz", "chopt", "clip", "cmedian", "conv", "corr", "corr1d", "corr1dx", "corr1dy",
-    "corr1dz", "corr1dt", "cross", "crossx", "crossy", "crossz", "crosst", "cssd", "cssdx",
-    "cssdy", "cssdz", "cssdt", "cut", "cutx", "cuty", "cutz", "cutt", "crop1d", "crop2d", "delta",
-    "deltax", "deltay", "deltaz", "deltat", "dot", "dotx", "doty", "dotz", "dott", "dilate",
-    "erode", "eflip", "esort", "eye", "fill", "fillx", "filly", "fillz", "fillt", "fillr", "fills",
-    "fill1d", "fill2d", "fillinf", "flip", "flipx", "flipy", "flipz", "flipt", "ft", "ftx", "fty",
-    "ftz", "ftt", "get_rgb", "hann", "hamm", "integrate", "integratex", "integratey", "integratez",
-    "integratet", "interp", "line", "linex", "liney", "linez", "linet", "mean", "max", "min",
-    "mip", "mipx", "mipy", "mipz", "mipt", "minv", "maxndx", "median", "minndx", "mrft", "mrftx",
-    "mrfty", "mrftz", "mrftt", "noise", "pad", "padx", "pady", "padz", "padt", "padsim", "padsimx",
-    "padsimy", "padsimz", "padsimt", "permute", "pnft", "pnftx", "pnfty", "pnftz", "pnftt",
-    "points2d", "printf", "proj", "projx", "projy", "projz", "projt", "ramp", "rampx", "rampy",
-    "rampz", "rampt", "rampu", "rampv", "rand", "reshape", "rotxy", "rotmxy", "gather", "scatter",
-    "set1droi", "set2droi", "shape", "shift", "shiftx", "shifty", "shiftz", "shiftt", "sort",
-    "select", "squeeze", "srand", "sd", "ssd", "ssdx", "ssdy", "ssdz", "ssdt", "step", "stepx",
-    "stepy", "stepz", "stept", "strip", "stripx", "stripy", "stripz", "stript", "stripr", "strips",
-    "strip1d", "strip2d", "stuff1d", "stuff1dx", "stuff1dy", "stuff1dz", "stuff1dt", "stuff1du",
-    "stuff1dv", "sumsqr", "sumsqrx", "sumsqry", "sumsqrz", "sumsqrt", "swapb", "thresh", "diag",
-    "trans", "wrap1d",
-};
-
+// Rows keep their addresses for the life of the program; the table is sorted by place, each
+// declared row followed by its variants.
 struct CRegistry {
-    std::vector<const CFuncRow*> rows;
+    std::deque<CFuncRow> rows;
+    std::map<std::string, const CFuncRow*> names;
+    std::map<std::pair<int, int>, const CFuncRow*> order;  // (place, variant) -> row
     std::vector<const CFuncRow*> table;
-    bool dirty = true;
 };
 
 CRegistry& Registry() {
     static CRegistry registry;
     return registry;
-}
-
-const CRegistry& Built() {
-    CRegistry& r = Registry();
-    if (r.dirty) {
-        std::map<std::string, size_t> place;
-        for (size_t k = 0; k < kLayout.size(); ++k) place.emplace(kLayout[k], k);
-        auto key = [&](const CFuncRow* row) {
-            const auto it = place.find(row->name);
-            return std::pair{it == place.end() ? kLayout.size() : it->second, std::string(row->name)};
-        };
-        r.table = r.rows;
-        std::stable_sort(r.table.begin(), r.table.end(),
-                         [&](const CFuncRow* a, const CFuncRow* b) { return key(a) < key(b); });
-        r.dirty = false;
-    }
-    return r;
 }
 
 const char* const kVariantsXyzt[] = {"general xyzt", "x direction", "y direction",
@@ -79,13 +37,33 @@ const char* const kVariantsDims[] = {"1d", "2d", "3d", "4d", nullptr};
 
 }  // namespace
 
-void CFunctionRows::Register(const CFuncRow* rows, size_t count) {
+void RegisterFunctions(const std::vector<CFuncDecl>& decls) {
     CRegistry& r = Registry();
-    for (size_t k = 0; k < count; ++k) r.rows.push_back(rows + k);
-    r.dirty = true;
+    auto add = [&r](const std::string& name, int place, int variant, const CFuncRow& row) {
+        if (name.size() >= sizeof row.name) throw std::logic_error("function name too long: " + name);
+        if (r.names.count(name)) throw std::logic_error("function declared twice: " + name);
+        if (r.order.count({place, variant}))
+            throw std::logic_error("browser place " + std::to_string(place) + " taken: " + name);
+        CFuncRow& stored = r.rows.emplace_back(row);
+        std::memcpy(stored.name, name.c_str(), name.size() + 1);
+        r.names.emplace(name, &stored);
+        r.order.emplace(std::pair{place, variant}, &stored);
+    };
+    for (const CFuncDecl& d : decls) {
+        add(d.name, d.place, 0, {{}, d.handler, d.min_args, d.max_args, d.family, d.help});
+        for (size_t k = 0; k < d.variants.size(); ++k) {
+            const CFuncVariant& v = d.variants[k];
+            if (!v.name && k >= 6) throw std::logic_error("variant without a name: " + std::string(d.name));
+            const std::string name = v.name ? v.name : std::string(d.name) + kDirLetters[k];
+            add(name, d.place, static_cast<int>(k) + 1,
+                {{}, v.handler, d.min_args - 1, d.max_args - 1, FAMILY_PLAIN, nullptr});
+        }
+    }
+    r.table.clear();
+    for (const auto& [key, row] : r.order) r.table.push_back(row);
 }
 
-const std::vector<const CFuncRow*>& FunctionTable() { return Built().table; }
+const std::vector<const CFuncRow*>& FunctionTable() { return Registry().table; }
 
 int FunctionCount() { return static_cast<int>(FunctionTable().size()); }
 
@@ -113,8 +91,6 @@ int FunctionIndex(const char* name) {
         if (std::strcmp(table[k]->name, name) == 0) return static_cast<int>(k);
     return -1;
 }
-
-const std::vector<const char*>& FunctionLayout() { return kLayout; }
 
 CFuncHelp ReadHelp(const char* const* help) {
     CFuncHelp out;

@@ -2,26 +2,17 @@
 // lexer finds names in it (longest prefix), CallFunction checks the argument count and
 // dispatches, and the function browser lists the rows that carry help.
 //
-// Adding functions. Rows live with their operators, in files of their own (ops/...). A file
-// declares its rows as a static array and registers them with one CFunctionRows object:
+// Adding functions. Rows live with their operators (ops/..._rows.cpp) as declarations: one
+// declaration is a row with its place in the browser's order, followed by the hidden variant
+// rows of a direction family (ops/op_rows.h writes them). Start-up registers all of them by
+// one call (InstallFunctions in ops/function_rows.h); the table sorts by place, each row
+// followed by its variants, and refuses a name or a place that is taken.
 //
 //   static const char* const kHelpFlip[] = {
 //       "flip data",                                              // title
 //       "\"xyzt\"", "direction of operation; choose multiple",   // argument pairs...
 //       "data", "input data array", nullptr,                     // ...ending with null
 //       "out = flip('x',data)", nullptr};                        // example lines, null
-//   static int EvalFlipX(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs);
-//   ...
-//   static const CFuncRow kRows[] = {
-//       {"flip", EvalFlip, 2, 2, FAMILY_XYZT, kHelpFlip},
-//       {"flipx", EvalFlipX, 1, 1, FAMILY_PLAIN, nullptr},      // variants share the help
-//       ...};
-//   static const CFunctionRows kRegister(kRows);
-//
-// The table orders rows by the fixed layout of the browser (FunctionLayout()), whatever the
-// order of registration; a name missing from the layout goes after the laid-out rows, in
-// name order. Registration happens during static initialisation, so a program must link the
-// object files that hold rows (object libraries do; a static archive needs them whole).
 //
 // A handler's shape: set err_func to the function's text with its direction ("cat('x')",
 // "log10()"), make the result on `temp`, call the operator, catch what it raises. RunHandler
@@ -62,17 +53,29 @@ struct CFuncRow {
     const char* const* help;
 };
 
-// Registers a static array of rows; rows must outlive the program (static storage).
-class CFunctionRows {
-public:
-    template <size_t N>
-    explicit CFunctionRows(const CFuncRow (&rows)[N]) {
-        Register(rows, N);
-    }
-
-private:
-    static void Register(const CFuncRow* rows, size_t count);
+// A variant row of a declaration: the name, or null for the declared name with the
+// direction letter of its position; it takes one argument fewer than the declared row.
+struct CFuncVariant {
+    const char* name;
+    FuncHandler handler;
 };
+
+// One declaration of the table.
+struct CFuncDecl {
+    const char* name;
+    FuncHandler handler;
+    int32_t min_args;
+    int32_t max_args;
+    int64_t family;
+    const char* const* help;
+    // The browser's order: rows sort by place.
+    int place;
+    std::vector<CFuncVariant> variants;
+};
+
+// Adds declarations to the table. Raises std::logic_error, naming it, for a name that is
+// taken, a place that is taken or a name that does not fit a row.
+void RegisterFunctions(const std::vector<CFuncDecl>& decls);
 
 // The rows in table order. Stable for the life of the program once registration is done.
 const std::vector<const CFuncRow*>& FunctionTable();
@@ -83,9 +86,6 @@ const CFuncRow* FunctionRow(int index);
 int FindFunction(const char* text, int* index);
 // The index of the row named exactly `name`, -1 when there is none.
 int FunctionIndex(const char* name);
-// Row names in the browser's order, the full layout of the table.
-const std::vector<const char*>& FunctionLayout();
-
 // A help record taken apart.
 struct CFuncHelp {
     const char* title = "";

@@ -3,6 +3,7 @@
 // corr1d("z",d0,d1)); median and sort take the direction string only. The u and v members
 // are reached through the general functions.
 #include "eval/function_table.h"
+#include "ops/function_rows.h"
 #include "ops/convolution.h"
 #include "ops/median.h"
 #include "ops/op_rows.h"
@@ -10,68 +11,7 @@
 
 namespace {
 
-struct OpCorr1d {
-    static constexpr const char* kGeneral = "corr1d()";
-    static constexpr const char* kNoDirection = "direction invalid";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Corr1d(t, d, a[0], a[1]);
-    }
-};
-struct OpCCorr1d {
-    static constexpr const char* kGeneral = "ccorr1d()";
-    static constexpr const char* kNoDirection = "direction invalid";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return CCorr1d(t, d, a[0], a[1]);
-    }
-};
-struct OpSsd {
-    static constexpr const char* kGeneral = "ssd()";
-    static constexpr const char* kNoDirection = "direction invalid";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Ssd(t, d, a[0], a[1]); }
-};
-struct OpCSsd {
-    static constexpr const char* kGeneral = "cssd()";
-    static constexpr const char* kNoDirection = "direction invalid";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return CSsd(t, d, a[0], a[1]); }
-};
-struct OpMedian {
-    static constexpr const char* kGeneral = "median()";
-    static constexpr const char* kNoDirection = "direction invalid";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Median(t, d, a[0]); }
-};
-struct OpSort {
-    static constexpr const char* kGeneral = "sort()";
-    static constexpr const char* kNoDirection = "direction invalid";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Sort(t, d, a[0]); }
-};
 
-int EvalConv(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Conv(t, a[0], a[1]); });
-}
-int EvalCorr(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Corr(t, a[0], a[1]); });
-}
-int EvalCConv(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return CConv(t, a[0], a[1]); });
-}
-int EvalCCorr(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return CCorr(t, a[0], a[1]); });
-}
-int EvalCMedian(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return CMedian(t, a[0], IntArg(a[1]), a[2]); });
-}
-int EvalDilate(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Dilate(t, a[0], a[1], FloatArg(a[2]) != 0); });
-}
-int EvalErode(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Erode(t, a[0], a[1], FloatArg(a[2]) != 0); });
-}
 
 // Help records: title, argument pairs, null, example lines, null.
 const char* const kHelpCConv[] = {"circular convolve of data sets",
@@ -211,37 +151,36 @@ const char* const kHelpSsd[] = {"sum of squares difference",
                                 "output along x is d0 - d1 + 1",
                                 nullptr};
 
-const CFuncRow kRows[] = {
-    {"cconv", EvalCConv, 2, 2, FAMILY_PLAIN, kHelpCConv},
-    {"ccorr", EvalCCorr, 2, 2, FAMILY_PLAIN, kHelpCCorr},
-    {"ccorr1d", Family<OpCCorr1d, 6>::General, 3, 3, FAMILY_XYZT, kHelpCCorr1d},
-    {"ccorr1dx", V<OpCCorr1d>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"ccorr1dy", V<OpCCorr1d>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"ccorr1dz", V<OpCCorr1d>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"ccorrt", V<OpCCorr1d>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"cmedian", EvalCMedian, 3, 3, FAMILY_PLAIN, kHelpCMedian},
-    {"conv", EvalConv, 2, 2, FAMILY_PLAIN, kHelpConv},
-    {"corr", EvalCorr, 2, 2, FAMILY_PLAIN, kHelpCorr},
-    {"corr1d", Family<OpCorr1d, 6>::General, 3, 3, FAMILY_XYZT, kHelpCorr1d},
-    {"corr1dx", V<OpCorr1d>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"corr1dy", V<OpCorr1d>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"corr1dz", V<OpCorr1d>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"corr1dt", V<OpCorr1d>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"cssd", Family<OpCSsd, 6>::General, 3, 3, FAMILY_XYZT, kHelpCSsd},
-    {"cssdx", V<OpCSsd>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"cssdy", V<OpCSsd>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"cssdz", V<OpCSsd>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"cssdt", V<OpCSsd>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"dilate", EvalDilate, 3, 3, FAMILY_PLAIN, kHelpDilate},
-    {"erode", EvalErode, 3, 3, FAMILY_PLAIN, kHelpErode},
-    {"median", Family<OpMedian, 6>::General, 2, 2, FAMILY_PLAIN, kHelpMedian},
-    {"sort", Family<OpSort, 6>::General, 2, 2, FAMILY_PLAIN, kHelpSort},
-    {"ssd", Family<OpSsd, 6>::General, 3, 3, FAMILY_XYZT, kHelpSsd},
-    {"ssdx", V<OpSsd>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"ssdy", V<OpSsd>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"ssdz", V<OpSsd>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"ssdt", V<OpSsd>(3), 2, 2, FAMILY_PLAIN, nullptr},
-};
-const CFunctionRows kRegister(kRows);
 
 }  // namespace
+
+std::vector<CFuncDecl> ConvolutionRows() {
+    return {
+        Plain<"cconv", [](CDataSpace& t, CZrkData** a, int) { return CConv(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpCConv, .place = 620}),
+        Plain<"ccorr", [](CDataSpace& t, CZrkData** a, int) { return CCorr(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpCCorr, .place = 630}),
+        Directions<"ccorr1d", DirRule{.reach = 6, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return CCorr1d(t, d, a[0], a[1]); }>(
+            {.args = 3, .help = kHelpCCorr1d, .place = 640, .family = FAMILY_XYZT, .rows = 4, .names = {nullptr, nullptr, nullptr, "ccorrt"}}),
+        Plain<"cmedian", [](CDataSpace& t, CZrkData** a, int) { return CMedian(t, a[0], IntArg(a[1]), a[2]); }>(
+            {.args = 3, .help = kHelpCMedian, .place = 750}),
+        Plain<"conv", [](CDataSpace& t, CZrkData** a, int) { return Conv(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpConv, .place = 760}),
+        Plain<"corr", [](CDataSpace& t, CZrkData** a, int) { return Corr(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpCorr, .place = 770}),
+        Directions<"corr1d", DirRule{.reach = 6, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Corr1d(t, d, a[0], a[1]); }>(
+            {.args = 3, .help = kHelpCorr1d, .place = 780, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"cssd", DirRule{.reach = 6, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return CSsd(t, d, a[0], a[1]); }>(
+            {.args = 3, .help = kHelpCSsd, .place = 880, .family = FAMILY_XYZT, .rows = 4}),
+        Plain<"dilate", [](CDataSpace& t, CZrkData** a, int) { return Dilate(t, a[0], a[1], FloatArg(a[2]) != 0); }>(
+            {.args = 3, .help = kHelpDilate, .place = 1100}),
+        Plain<"erode", [](CDataSpace& t, CZrkData** a, int) { return Erode(t, a[0], a[1], FloatArg(a[2]) != 0); }>(
+            {.args = 3, .help = kHelpErode, .place = 1110}),
+        Directions<"median", DirRule{.reach = 6, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Median(t, d, a[0]); }>(
+            {.args = 2, .help = kHelpMedian, .place = 1590}),
+        Directions<"sort", DirRule{.reach = 6, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Sort(t, d, a[0]); }>(
+            {.args = 2, .help = kHelpSort, .place = 2110}),
+        Directions<"ssd", DirRule{.reach = 6, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Ssd(t, d, a[0], a[1]); }>(
+            {.args = 3, .help = kHelpSsd, .place = 2160, .family = FAMILY_XYZT, .rows = 4}),
+    };
+}

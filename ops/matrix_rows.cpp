@@ -1,18 +1,10 @@
-// Function-table rows of the matrix family (minv, diag) and the installation of the matrix
-// operator behind `a *xy b` and `a /xy b`, both at start-up. trace has no row: it stays a
-// routine for code.
-#include "eval/matrix_hook.h"
+// Function-table rows of the matrix family (minv, diag). trace has no row: it stays a routine
+// for code.
+#include "ops/function_rows.h"
 #include "ops/matrix.h"
 #include "ops/op_rows.h"
 
 namespace {
-
-int EvalMinv(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return MatrixInverse(t, a[0], a[1], FloatArg(a[2])); });
-}
-int EvalDiag(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Diag(t, a[0], a[1]); });
-}
 
 // Help records: title, argument pairs, null, example lines, null.
 const char* const kHelpMinv[] = {"invert matrix",
@@ -38,12 +30,13 @@ const char* const kHelpDiag[] = {"matrix diag",
                                  nullptr};
 
 // The threshold is part of every call, so minv takes three arguments.
-const CFuncRow kRows[] = {
-    {"minv", EvalMinv, 3, 3, FAMILY_PAIRS, kHelpMinv},
-    {"diag", EvalDiag, 2, 2, FAMILY_PAIRS, kHelpDiag},
-};
-
-const CFunctionRows kRegister(kRows);
-const MatrixOperator kPrevious = SetMatrixOperator(MatrixOperate);
-
 }  // namespace
+
+std::vector<CFuncDecl> MatrixRows() {
+    return {
+        Plain<"minv", [](CDataSpace& t, CZrkData** a, int) { return MatrixInverse(t, a[0], a[1], FloatArg(a[2])); }>(
+            {.args = 3, .help = kHelpMinv, .place = 1570, .family = FAMILY_PAIRS}),
+        Plain<"diag", [](CDataSpace& t, CZrkData** a, int) { return Diag(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpDiag, .place = 2490, .family = FAMILY_PAIRS}),
+    };
+}

@@ -3,49 +3,16 @@
 // integrate, proj and sumsqr have both forms (mipz(d0) is mip("z",d0)). The general forms
 // reach every direction x ... v; the rows by name stop at t.
 #include "eval/function_table.h"
+#include "ops/function_rows.h"
 #include "ops/op_rows.h"
 #include "ops/reduce.h"
 
 namespace {
 
-template <CZrkData* (*F)(CDataSpace&, int, const CZrkData*), bool Multiple>
-struct OpReduce {
-    static constexpr bool kMultiple = Multiple;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return F(t, d, a[0]); }
-};
-
-// Reducing twice along different directions is still the reduction of the plane for these;
-// not so for sd, the indices and sumsqr, which take one direction.
-struct OpMean : OpReduce<Mean, true> {
-    static constexpr const char* kGeneral = "mean()";
-};
-struct OpSd : OpReduce<Sd, false> {
-    static constexpr const char* kGeneral = "sd()";
-};
-struct OpMax : OpReduce<Max, true> {
-    static constexpr const char* kGeneral = "max()";
-};
-struct OpMin : OpReduce<Min, true> {
-    static constexpr const char* kGeneral = "min()";
-};
-struct OpMaxNdx : OpReduce<MaxIndex, false> {
-    static constexpr const char* kGeneral = "maxndx()";
-};
-struct OpMinNdx : OpReduce<MinIndex, false> {
-    static constexpr const char* kGeneral = "minndx()";
-};
-struct OpMip : OpReduce<Mip, true> {
-    static constexpr const char* kGeneral = "mip()";
-};
-struct OpIntegrate : OpReduce<Integrate, true> {
-    static constexpr const char* kGeneral = "integrate()";
-};
-struct OpProj : OpReduce<Project, true> {
-    static constexpr const char* kGeneral = "proj()";
-};
-struct OpSumSqr : OpReduce<SumSqr, false> {
-    static constexpr const char* kGeneral = "sumsqr()";
-};
+template <CZrkData* (*F)(CDataSpace&, int, const CZrkData*)>
+CZrkData* Reduction(CDataSpace& t, int d, CZrkData** a) {
+    return F(t, d, a[0]);
+}
 
 const char* const kHelpIntegrate[] = {"integrate data",
                                       "\"xyztuv\"",
@@ -154,36 +121,27 @@ const char* const kHelpHistogram[] = {"histogram",
                                       "h0=histr(d0,64,0,2000)",
                                       nullptr};
 
-const CFuncRow kRows[] = {
-    {"integrate", Family<OpIntegrate, 6>::General, 2, 2, FAMILY_XYZT, kHelpIntegrate},
-    {"integratex", V<OpIntegrate>(0), 1, 1, FAMILY_PLAIN, nullptr},
-    {"integratey", V<OpIntegrate>(1), 1, 1, FAMILY_PLAIN, nullptr},
-    {"integratez", V<OpIntegrate>(2), 1, 1, FAMILY_PLAIN, nullptr},
-    {"integratet", V<OpIntegrate>(3), 1, 1, FAMILY_PLAIN, nullptr},
-    {"mean", Family<OpMean, 6>::General, 2, 2, FAMILY_PLAIN, kHelpMean},
-    {"max", Family<OpMax, 6>::General, 2, 2, FAMILY_PLAIN, kHelpMax},
-    {"min", Family<OpMin, 6>::General, 2, 2, FAMILY_PLAIN, kHelpMin},
-    {"mip", Family<OpMip, 6>::General, 2, 2, FAMILY_XYZT, kHelpMip},
-    {"mipx", V<OpMip>(0), 1, 1, FAMILY_PLAIN, nullptr},
-    {"mipy", V<OpMip>(1), 1, 1, FAMILY_PLAIN, nullptr},
-    {"mipz", V<OpMip>(2), 1, 1, FAMILY_PLAIN, nullptr},
-    {"mipt", V<OpMip>(3), 1, 1, FAMILY_PLAIN, nullptr},
-    {"maxndx", Family<OpMaxNdx, 6>::General, 2, 2, FAMILY_PLAIN, kHelpMaxNdx},
-    {"minndx", Family<OpMinNdx, 6>::General, 2, 2, FAMILY_PLAIN, kHelpMinNdx},
-    {"proj", Family<OpProj, 6>::General, 2, 2, FAMILY_XYZT, kHelpProj},
-    {"projx", V<OpProj>(0), 1, 1, FAMILY_PLAIN, nullptr},
-    {"projy", V<OpProj>(1), 1, 1, FAMILY_PLAIN, nullptr},
-    {"projz", V<OpProj>(2), 1, 1, FAMILY_PLAIN, nullptr},
-    {"projt", V<OpProj>(3), 1, 1, FAMILY_PLAIN, nullptr},
-    {"sd", Family<OpSd, 6>::General, 2, 2, FAMILY_PLAIN, kHelpSd},
-    {"sumsqr", Family<OpSumSqr, 6>::General, 2, 2, FAMILY_XYZT, kHelpSumSqr},
-    {"sumsqrx", V<OpSumSqr>(0), 1, 1, FAMILY_PLAIN, nullptr},
-    {"sumsqry", V<OpSumSqr>(1), 1, 1, FAMILY_PLAIN, nullptr},
-    {"sumsqrz", V<OpSumSqr>(2), 1, 1, FAMILY_PLAIN, nullptr},
-    {"sumsqrt", V<OpSumSqr>(3), 1, 1, FAMILY_PLAIN, nullptr},
-};
-const CFunctionRows kRegister(kRows);
 
 }  // namespace
 
 const char* const* HistogramHelp() { return kHelpHistogram; }
+
+// Reducing twice along different directions is still the reduction of the plane for mean,
+// max, min, mip, integrate and proj; not so for sd, the indices and sumsqr, which take one
+// direction. The general forms reach every direction x ... v.
+std::vector<CFuncDecl> ReduceRows() {
+    constexpr DirRule kAnyReach{.multiple = true, .reach = 6};
+    constexpr DirRule kOneReach{.reach = 6};
+    return {
+        Directions<"integrate", kAnyReach, Reduction<Integrate>>({.args = 2, .help = kHelpIntegrate, .place = 1380, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"mean", kAnyReach, Reduction<Mean>>({.args = 2, .help = kHelpMean, .place = 1490}),
+        Directions<"max", kAnyReach, Reduction<Max>>({.args = 2, .help = kHelpMax, .place = 1500}),
+        Directions<"min", kAnyReach, Reduction<Min>>({.args = 2, .help = kHelpMin, .place = 1510}),
+        Directions<"mip", kAnyReach, Reduction<Mip>>({.args = 2, .help = kHelpMip, .place = 1520, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"maxndx", kOneReach, Reduction<MaxIndex>>({.args = 2, .help = kHelpMaxNdx, .place = 1580}),
+        Directions<"minndx", kOneReach, Reduction<MinIndex>>({.args = 2, .help = kHelpMinNdx, .place = 1600}),
+        Directions<"proj", kAnyReach, Reduction<Project>>({.args = 2, .help = kHelpProj, .place = 1850, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"sd", kOneReach, Reduction<Sd>>({.args = 2, .help = kHelpSd, .place = 2150}),
+        Directions<"sumsqr", kOneReach, Reduction<SumSqr>>({.args = 2, .help = kHelpSumSqr, .place = 2420, .family = FAMILY_XYZT, .rows = 4}),
+    };
+}

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "eval/function_table.h"
+#include "ops/function_rows.h"
 #include "ops/generators.h"
 #include "ops/op_rows.h"
 #include "ops/permute.h"
@@ -17,242 +18,30 @@
 
 namespace {
 
-struct OpCat {
-    static constexpr const char* kGeneral = "cat()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Cat(t, d, a[0], a[1]); }
-};
-struct OpCatM {
-    static constexpr const char* kGeneral = "catm()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return CatM(t, d, a[0], a[1], GlobalDataSpace(), false);
-    }
-};
-struct OpCatMd {
-    static constexpr const char* kGeneral = "catmd()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return CatM(t, d, a[0], a[1], GlobalDataSpace(), true);
-    }
-};
-struct OpChop {
-    static constexpr const char* kGeneral = "chop()";
-    static constexpr bool kMultiple = true;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Chop(t, d, a[0]); }
-};
-struct OpCross {
-    static constexpr const char* kGeneral = "cross()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Cross(t, d, a[0], a[1]);
-    }
-};
-struct OpCut {
-    static constexpr const char* kGeneral = "cut()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Cut(t, d, a[0], IntArg(a[1]), IntArg(a[2]));
-    }
-};
-struct OpDelta {
-    static constexpr const char* kGeneral = "delta()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Delta(t, d, IntArg(a[0]), IntArg(a[1]));
-    }
-};
-struct OpDot {
-    static constexpr const char* kGeneral = "dot()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Dot(t, d, a[0], a[1]); }
-};
-struct OpFill {
-    static constexpr const char* kGeneral = "fill()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Fill(t, d, a[0], IntArg(a[1]), IntArg(a[2]), a[3]);
-    }
-};
-struct OpFlip {
-    static constexpr const char* kGeneral = "flip()";
-    static constexpr bool kMultiple = true;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) { return Flip(t, d, a[0]); }
-};
-struct OpLine {
-    static constexpr const char* kGeneral = "line()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Line(t, d, FloatArg(a[0]), FloatArg(a[1]), IntArg(a[2]));
-    }
-};
-struct OpPad {
-    static constexpr const char* kGeneral = "pad()";
-    static constexpr bool kMultiple = true;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Pad(t, d, a[0], IntArg(a[1]));
-    }
-};
-struct OpPadSim {
-    static constexpr const char* kGeneral = "padsim()";
-    static constexpr bool kMultiple = true;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return PadSim(t, d, a[0], IntArg(a[1]));
-    }
-};
-struct OpRamp {
-    static constexpr const char* kGeneral = "ramp()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Ramp(t, d, FloatArg(a[0]), FloatArg(a[1]), IntArg(a[2]));
-    }
-};
-struct OpShift {
-    static constexpr const char* kGeneral = "shift()";
-    static constexpr bool kMultiple = true;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Shift(t, d, a[0], a[1]);
-    }
-};
-struct OpStep {
-    static constexpr const char* kGeneral = "step()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Step(t, d, IntArg(a[0]), IntArg(a[1]));
-    }
-};
-struct OpStrip {
-    static constexpr const char* kGeneral = "strip()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Strip(t, d, a[0], IntArg(a[1]), IntArg(a[2]), a[3]);
-    }
-};
-struct OpStuff1d {
-    static constexpr const char* kGeneral = "stuff1d()";
-    static constexpr bool kMultiple = false;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Stuff1d(t, d, a[0], a[1], IntArg(a[2]));
-    }
-};
-
-// fill and strip also take "r" (radial, in the plane) and "s" (spherical, in the volume).
-template <class Op>
-int GeneralRadial(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs,
-                  FuncHandler radial, FuncHandler spherical) {
+// fill and strip also take "r" (radial, in the plane) and "s" (spherical, in the volume), as
+// two more variant rows that the general row reaches when its string names no direction.
+template <class General, FuncHandler Radial, FuncHandler Spherical>
+int GeneralRadial(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs) {
     if (DirectionOf(args[0]) < 0) {
         const std::string text = TextOf(args[0]);
-        if (text.find('r') != std::string::npos) return radial(result, temp, args + 1, nargs - 1);
+        if (text.find('r') != std::string::npos) return Radial(result, temp, args + 1, nargs - 1);
         if (text.find('s') != std::string::npos)
-            return spherical(result, temp, args + 1, nargs - 1);
+            return Spherical(result, temp, args + 1, nargs - 1);
     }
-    return Family<Op, 4>::General(result, temp, args, nargs);
+    return General::General(result, temp, args, nargs);
 }
 
-int EvalFillR(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return FillR(t, a[0], FloatArg(a[1]), FloatArg(a[2]), a[3]); });
-}
-int EvalFillS(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return FillS(t, a[0], FloatArg(a[1]), FloatArg(a[2]), a[3]); });
-}
-int EvalStripR(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return StripR(t, a[0], FloatArg(a[1]), FloatArg(a[2]), a[3]); });
-}
-int EvalStripS(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return StripS(t, a[0], FloatArg(a[1]), FloatArg(a[2]), a[3]); });
-}
-int EvalFill(CZrkData** r, CDataSpace& t, CZrkData** a, int n) {
-    return GeneralRadial<OpFill>(r, t, a, n, EvalFillR, EvalFillS);
-}
-int EvalStrip(CZrkData** r, CDataSpace& t, CZrkData** a, int n) {
-    return GeneralRadial<OpStrip>(r, t, a, n, EvalStripR, EvalStripS);
-}
-
-int EvalCrop1d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Crop1d(t, a[0]); });
-}
-int EvalCrop2d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Crop2d(t, a[0]); });
-}
-int EvalFill1d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Fill1d(t, a[0], a[1]); });
-}
-int EvalFill2d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Fill2d(t, a[0], a[1]); });
-}
-int EvalStrip1d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Strip1d(t, a[0], a[1]); });
-}
-int EvalStrip2d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Strip2d(t, a[0], a[1]); });
-}
-int EvalFillInf(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return FillInf(t, a[0], a[1]); });
-}
-int EvalEFlip(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return EFlip(t, a[0], IntArg(a[1])); });
-}
-int EvalESort(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return ESort(t, a[0], IntArg(a[1])); });
-}
-int EvalEye(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Eye(t, a[0], IntArg(a[1])); });
-}
-int EvalNoise(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Noise(t, a[0], FloatArg(a[1]), a[2]); });
-}
-int EvalRand(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Rand(t, a[0]); });
-}
-int EvalSRand(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return SRand(t, IntArg(a[0]), a[1]); });
-}
-int EvalPermute(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Permute(t, a[0], a[1]); });
-}
-int EvalTrans(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Trans(t, a[0], a[1]); });
-}
-int EvalRotXy(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return RotXy(t, a[0]); });
-}
-int EvalRotMXy(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return RotMXy(t, a[0]); });
-}
-int EvalPoints2d(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Points2d(t, a[0]); });
-}
-int EvalSet1dRoi(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Set1dRoi(t, a[0]); });
-}
-int EvalSet2dRoi(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Set2dRoi(t, a[0], a[1]); });
-}
-int EvalShape(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Shape(t, a[0], a[1]); });
-}
-int EvalSelect(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Select(t, a[0], a[1]); });
-}
-int EvalSqueeze(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Squeeze(t, a[0]); });
-}
-
-int EvalReshape(CZrkData** r, CDataSpace& t, CZrkData** a, int n) {
-    return Row(r, [&] {
-        int64_t res[6] = {1, 1, 1, 1, 1, 1};
-        for (int k = 1; k < n; ++k) res[k - 1] = IntArg(a[k]);
-        return Reshape(t, a[0], res);
-    });
+template <RowName Name, auto Body, auto RadialBody, auto SphericalBody>
+CFuncDecl RadialDirections(const CRowSpec& spec) {
+    CFuncDecl d = Directions<Name, kChooseOne, Body>(spec);
+    d.handler = GeneralRadial<CDirections<Name, kChooseOne, Body>, PlainRow<RadialBody>,
+                              PlainRow<SphericalBody>>;
+    d.variants.push_back({spec.names[4], PlainRow<RadialBody>});
+    d.variants.push_back({spec.names[5], PlainRow<SphericalBody>});
+    return d;
 }
 
 std::vector<const CZrkData*> Indices(CZrkData** a, int n) { return {a + 3, a + n}; }
-int EvalGather(CZrkData** r, CDataSpace& t, CZrkData** a, int n) {
-    return Row(r, [&] { return Gather(t, a[0], a[1], a[2], Indices(a, n)); });
-}
-int EvalScatter(CZrkData** r, CDataSpace& t, CZrkData** a, int n) {
-    return Row(r, [&] { return Scatter(t, a[0], a[1], a[2], Indices(a, n)); });
-}
 
 // Help records: title, argument pairs, null, example lines, null.
 const char* const kHelpCat[] = {"concatenate data",
@@ -646,133 +435,124 @@ const char* const kHelpTrans[] = {
     "transpose data",   "\"xy\"", "the two directions exchanged", "data",
     "input data array", nullptr,  "out = trans(\"yt\",data)",     nullptr};
 
-const CFuncRow kRows[] = {
-    {"cat", Family<OpCat, 4>::General, 3, 3, FAMILY_XYZT, kHelpCat},
-    {"catx", V<OpCat>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"caty", V<OpCat>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"catz", V<OpCat>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"catt", V<OpCat>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"catm", Family<OpCatM, 4>::General, 3, 3, FAMILY_XYZT, kHelpCatm},
-    {"catmx", V<OpCatM>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"catmy", V<OpCatM>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"catmz", V<OpCatM>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"catmt", V<OpCatM>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"catmd", Family<OpCatMd, 4>::General, 3, 3, FAMILY_XYZT, kHelpCatmd},
-    {"catmdx", V<OpCatMd>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"catmdy", V<OpCatMd>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"catmdz", V<OpCatMd>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"catmdt", V<OpCatMd>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"chop", Family<OpChop, 4>::General, 2, 2, FAMILY_XYZT, kHelpChop},
-    {"chopx", V<OpChop>(0), 1, 1, FAMILY_PLAIN, nullptr},
-    {"chopy", V<OpChop>(1), 1, 1, FAMILY_PLAIN, nullptr},
-    {"chopz", V<OpChop>(2), 1, 1, FAMILY_PLAIN, nullptr},
-    {"chopt", V<OpChop>(3), 1, 1, FAMILY_PLAIN, nullptr},
-    {"cross", Family<OpCross, 4>::General, 3, 3, FAMILY_XYZT, kHelpCross},
-    {"crossx", V<OpCross>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"crossy", V<OpCross>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"crossz", V<OpCross>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"crosst", V<OpCross>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"cut", Family<OpCut, 4>::General, 4, 4, FAMILY_XYZT, kHelpCut},
-    {"cutx", V<OpCut>(0), 3, 3, FAMILY_PLAIN, nullptr},
-    {"cuty", V<OpCut>(1), 3, 3, FAMILY_PLAIN, nullptr},
-    {"cutz", V<OpCut>(2), 3, 3, FAMILY_PLAIN, nullptr},
-    {"cutt", V<OpCut>(3), 3, 3, FAMILY_PLAIN, nullptr},
-    {"crop1d", EvalCrop1d, 1, 1, FAMILY_PLAIN, kHelpCrop1d},
-    {"crop2d", EvalCrop2d, 1, 1, FAMILY_PLAIN, kHelpCrop2d},
-    {"delta", Family<OpDelta, 4>::General, 3, 3, FAMILY_XYZT, kHelpDelta},
-    {"deltax", V<OpDelta>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"deltay", V<OpDelta>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"deltaz", V<OpDelta>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"deltat", V<OpDelta>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"dot", Family<OpDot, 4>::General, 3, 3, FAMILY_XYZT, kHelpDot},
-    {"dotx", V<OpDot>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"doty", V<OpDot>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"dotz", V<OpDot>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"dott", V<OpDot>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"eflip", EvalEFlip, 2, 2, FAMILY_PLAIN, kHelpEFlip},
-    {"esort", EvalESort, 2, 2, FAMILY_PLAIN, kHelpESort},
-    {"eye", EvalEye, 2, 2, FAMILY_PLAIN, kHelpEye},
-    {"fill", EvalFill, 5, 5, FAMILY_XYZTRS, kHelpFill},
-    {"fillx", V<OpFill>(0), 4, 4, FAMILY_PLAIN, nullptr},
-    {"filly", V<OpFill>(1), 4, 4, FAMILY_PLAIN, nullptr},
-    {"fillz", V<OpFill>(2), 4, 4, FAMILY_PLAIN, nullptr},
-    {"fillt", V<OpFill>(3), 4, 4, FAMILY_PLAIN, nullptr},
-    {"fillr", EvalFillR, 4, 4, FAMILY_PLAIN, nullptr},
-    {"fills", EvalFillS, 4, 4, FAMILY_PLAIN, nullptr},
-    {"fill1d", EvalFill1d, 2, 2, FAMILY_PLAIN, kHelpFill1d},
-    {"fill2d", EvalFill2d, 2, 2, FAMILY_PLAIN, kHelpFill2d},
-    {"fillinf", EvalFillInf, 2, 2, FAMILY_PLAIN, kHelpFillInf},
-    {"flip", Family<OpFlip, 4>::General, 2, 2, FAMILY_XYZT, kHelpFlip},
-    {"flipx", V<OpFlip>(0), 1, 1, FAMILY_PLAIN, nullptr},
-    {"flipy", V<OpFlip>(1), 1, 1, FAMILY_PLAIN, nullptr},
-    {"flipz", V<OpFlip>(2), 1, 1, FAMILY_PLAIN, nullptr},
-    {"flipt", V<OpFlip>(3), 1, 1, FAMILY_PLAIN, nullptr},
-    {"line", Family<OpLine, 4>::General, 4, 4, FAMILY_XYZT, kHelpLine},
-    {"linex", V<OpLine>(0), 3, 3, FAMILY_PLAIN, nullptr},
-    {"liney", V<OpLine>(1), 3, 3, FAMILY_PLAIN, nullptr},
-    {"linez", V<OpLine>(2), 3, 3, FAMILY_PLAIN, nullptr},
-    {"linet", V<OpLine>(3), 3, 3, FAMILY_PLAIN, nullptr},
-    {"noise", EvalNoise, 3, 3, FAMILY_PLAIN, kHelpNoise},
-    {"pad", Family<OpPad, 4>::General, 3, 3, FAMILY_XYZT, kHelpPad},
-    {"padx", V<OpPad>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"pady", V<OpPad>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"padz", V<OpPad>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"padt", V<OpPad>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"padsim", Family<OpPadSim, 4>::General, 3, 3, FAMILY_XYZT, kHelpPadSim},
-    {"padsimx", V<OpPadSim>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"padsimy", V<OpPadSim>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"padsimz", V<OpPadSim>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"padsimt", V<OpPadSim>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"permute", EvalPermute, 2, 2, FAMILY_PLAIN, kHelpPermute},
-    {"points2d", EvalPoints2d, 1, 1, FAMILY_PLAIN, kHelpPoints2d},
-    {"ramp", Family<OpRamp, 6>::General, 4, 4, FAMILY_XYZT, kHelpRamp},
-    {"rampx", V<OpRamp>(0), 3, 3, FAMILY_PLAIN, nullptr},
-    {"rampy", V<OpRamp>(1), 3, 3, FAMILY_PLAIN, nullptr},
-    {"rampz", V<OpRamp>(2), 3, 3, FAMILY_PLAIN, nullptr},
-    {"rampt", V<OpRamp>(3), 3, 3, FAMILY_PLAIN, nullptr},
-    {"rampu", V<OpRamp>(4), 3, 3, FAMILY_PLAIN, nullptr},
-    {"rampv", V<OpRamp>(5), 3, 3, FAMILY_PLAIN, nullptr},
-    {"rand", EvalRand, 1, 1, FAMILY_PLAIN, kHelpRand},
-    {"reshape", EvalReshape, 2, 7, FAMILY_DIMS, kHelpReshape},
-    {"rotxy", EvalRotXy, 1, 1, FAMILY_PLAIN, kHelpRotXy},
-    {"rotmxy", EvalRotMXy, 1, 1, FAMILY_PLAIN, kHelpRotMXy},
-    {"gather", EvalGather, 3, 9, FAMILY_PLAIN, kHelpGather},
-    {"scatter", EvalScatter, 3, 9, FAMILY_PLAIN, kHelpScatter},
-    {"set1droi", EvalSet1dRoi, 1, 1, FAMILY_PLAIN, kHelpSet1dRoi},
-    {"set2droi", EvalSet2dRoi, 2, 2, FAMILY_PLAIN, kHelpSet2dRoi},
-    {"shape", EvalShape, 2, 2, FAMILY_PLAIN, kHelpShape},
-    {"shift", Family<OpShift, 4>::General, 3, 3, FAMILY_XYZT, kHelpShift},
-    {"shiftx", V<OpShift>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"shifty", V<OpShift>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"shiftz", V<OpShift>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"shiftt", V<OpShift>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"select", EvalSelect, 2, 2, FAMILY_PLAIN, kHelpSelect},
-    {"squeeze", EvalSqueeze, 1, 1, FAMILY_PLAIN, kHelpSqueeze},
-    {"srand", EvalSRand, 2, 2, FAMILY_PLAIN, kHelpSRand},
-    {"step", Family<OpStep, 4>::General, 3, 3, FAMILY_XYZT, kHelpStep},
-    {"stepx", V<OpStep>(0), 2, 2, FAMILY_PLAIN, nullptr},
-    {"stepy", V<OpStep>(1), 2, 2, FAMILY_PLAIN, nullptr},
-    {"stepz", V<OpStep>(2), 2, 2, FAMILY_PLAIN, nullptr},
-    {"stept", V<OpStep>(3), 2, 2, FAMILY_PLAIN, nullptr},
-    {"strip", EvalStrip, 5, 5, FAMILY_XYZTRS, kHelpStrip},
-    {"stripx", V<OpStrip>(0), 4, 4, FAMILY_PLAIN, nullptr},
-    {"stripy", V<OpStrip>(1), 4, 4, FAMILY_PLAIN, nullptr},
-    {"stripz", V<OpStrip>(2), 4, 4, FAMILY_PLAIN, nullptr},
-    {"stript", V<OpStrip>(3), 4, 4, FAMILY_PLAIN, nullptr},
-    {"stripr", EvalStripR, 4, 4, FAMILY_PLAIN, nullptr},
-    {"strips", EvalStripS, 4, 4, FAMILY_PLAIN, nullptr},
-    {"strip1d", EvalStrip1d, 2, 2, FAMILY_PLAIN, kHelpStrip1d},
-    {"strip2d", EvalStrip2d, 2, 2, FAMILY_PLAIN, kHelpStrip2d},
-    {"stuff1d", Family<OpStuff1d, 6>::General, 4, 4, FAMILY_XYZT, kHelpStuff1d},
-    {"stuff1dx", V<OpStuff1d>(0), 3, 3, FAMILY_PLAIN, nullptr},
-    {"stuff1dy", V<OpStuff1d>(1), 3, 3, FAMILY_PLAIN, nullptr},
-    {"stuff1dz", V<OpStuff1d>(2), 3, 3, FAMILY_PLAIN, nullptr},
-    {"stuff1dt", V<OpStuff1d>(3), 3, 3, FAMILY_PLAIN, nullptr},
-    {"stuff1du", V<OpStuff1d>(4), 3, 3, FAMILY_PLAIN, nullptr},
-    {"stuff1dv", V<OpStuff1d>(5), 3, 3, FAMILY_PLAIN, nullptr},
-    {"trans", EvalTrans, 2, 2, FAMILY_PAIRS, kHelpTrans},
-};
-
-const CFunctionRows kRegister(kRows);
 
 }  // namespace
+
+std::vector<CFuncDecl> StructuralRows() {
+    return {
+        Directions<"cat", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Cat(t, d, a[0], a[1]); }>(
+            {.args = 3, .help = kHelpCat, .place = 470, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"catm", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return CatM(t, d, a[0], a[1], GlobalDataSpace(), false); }>(
+            {.args = 3, .help = kHelpCatm, .place = 520, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"catmd", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return CatM(t, d, a[0], a[1], GlobalDataSpace(), true); }>(
+            {.args = 3, .help = kHelpCatmd, .place = 570, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"chop", kChooseMultiple, [](CDataSpace& t, int d, CZrkData** a) { return Chop(t, d, a[0]); }>(
+            {.args = 2, .help = kHelpChop, .place = 690, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"cross", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Cross(t, d, a[0], a[1]); }>(
+            {.args = 3, .help = kHelpCross, .place = 830, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"cut", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Cut(t, d, a[0], IntArg(a[1]), IntArg(a[2])); }>(
+            {.args = 4, .help = kHelpCut, .place = 930, .family = FAMILY_XYZT, .rows = 4}),
+        Plain<"crop1d", [](CDataSpace& t, CZrkData** a, int) { return Crop1d(t, a[0]); }>(
+            {.args = 1, .help = kHelpCrop1d, .place = 980}),
+        Plain<"crop2d", [](CDataSpace& t, CZrkData** a, int) { return Crop2d(t, a[0]); }>(
+            {.args = 1, .help = kHelpCrop2d, .place = 990}),
+        Directions<"delta", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Delta(t, d, IntArg(a[0]), IntArg(a[1])); }>(
+            {.args = 3, .help = kHelpDelta, .place = 1000, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"dot", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Dot(t, d, a[0], a[1]); }>(
+            {.args = 3, .help = kHelpDot, .place = 1050, .family = FAMILY_XYZT, .rows = 4}),
+        Plain<"eflip", [](CDataSpace& t, CZrkData** a, int) { return EFlip(t, a[0], IntArg(a[1])); }>(
+            {.args = 2, .help = kHelpEFlip, .place = 1120}),
+        Plain<"esort", [](CDataSpace& t, CZrkData** a, int) { return ESort(t, a[0], IntArg(a[1])); }>(
+            {.args = 2, .help = kHelpESort, .place = 1130}),
+        Plain<"eye", [](CDataSpace& t, CZrkData** a, int) { return Eye(t, a[0], IntArg(a[1])); }>(
+            {.args = 2, .help = kHelpEye, .place = 1140}),
+        RadialDirections<"fill",
+                         [](CDataSpace& t, int d, CZrkData** a) {
+                             return Fill(t, d, a[0], IntArg(a[1]), IntArg(a[2]), a[3]);
+                         },
+                         [](CDataSpace& t, CZrkData** a, int) {
+                             return FillR(t, a[0], FloatArg(a[1]), FloatArg(a[2]), a[3]);
+                         },
+                         [](CDataSpace& t, CZrkData** a, int) {
+                             return FillS(t, a[0], FloatArg(a[1]), FloatArg(a[2]), a[3]);
+                         }>({.args = 5,
+                              .help = kHelpFill,
+                              .place = 1150,
+                              .family = FAMILY_XYZTRS,
+                              .rows = 4,
+                              .names = {nullptr, nullptr, nullptr, nullptr, "fillr", "fills"}}),
+        Plain<"fill1d", [](CDataSpace& t, CZrkData** a, int) { return Fill1d(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpFill1d, .place = 1220}),
+        Plain<"fill2d", [](CDataSpace& t, CZrkData** a, int) { return Fill2d(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpFill2d, .place = 1230}),
+        Plain<"fillinf", [](CDataSpace& t, CZrkData** a, int) { return FillInf(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpFillInf, .place = 1240}),
+        Directions<"flip", kChooseMultiple, [](CDataSpace& t, int d, CZrkData** a) { return Flip(t, d, a[0]); }>(
+            {.args = 2, .help = kHelpFlip, .place = 1250, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"line", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Line(t, d, FloatArg(a[0]), FloatArg(a[1]), IntArg(a[2])); }>(
+            {.args = 4, .help = kHelpLine, .place = 1440, .family = FAMILY_XYZT, .rows = 4}),
+        Plain<"noise", [](CDataSpace& t, CZrkData** a, int) { return Noise(t, a[0], FloatArg(a[1]), a[2]); }>(
+            {.args = 3, .help = kHelpNoise, .place = 1660}),
+        Directions<"pad", kChooseMultiple, [](CDataSpace& t, int d, CZrkData** a) { return Pad(t, d, a[0], IntArg(a[1])); }>(
+            {.args = 3, .help = kHelpPad, .place = 1670, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"padsim", kChooseMultiple, [](CDataSpace& t, int d, CZrkData** a) { return PadSim(t, d, a[0], IntArg(a[1])); }>(
+            {.args = 3, .help = kHelpPadSim, .place = 1720, .family = FAMILY_XYZT, .rows = 4}),
+        Plain<"permute", [](CDataSpace& t, CZrkData** a, int) { return Permute(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpPermute, .place = 1770}),
+        Plain<"points2d", [](CDataSpace& t, CZrkData** a, int) { return Points2d(t, a[0]); }>(
+            {.args = 1, .help = kHelpPoints2d, .place = 1830}),
+        Directions<"ramp", DirRule{.reach = 6}, [](CDataSpace& t, int d, CZrkData** a) { return Ramp(t, d, FloatArg(a[0]), FloatArg(a[1]), IntArg(a[2])); }>(
+            {.args = 4, .help = kHelpRamp, .place = 1900, .family = FAMILY_XYZT, .rows = 6}),
+        Plain<"rand", [](CDataSpace& t, CZrkData** a, int) { return Rand(t, a[0]); }>(
+            {.args = 1, .help = kHelpRand, .place = 1970}),
+        Plain<"reshape", [](CDataSpace& t, CZrkData** a, int n) { int64_t res[6] = {1, 1, 1, 1, 1, 1}; for (int k = 1; k < n; ++k) res[k - 1] = IntArg(a[k]); return Reshape(t, a[0], res); }>(
+            {.args = 2, .help = kHelpReshape, .place = 1980, .family = FAMILY_DIMS, .max_args = 7}),
+        Plain<"rotxy", [](CDataSpace& t, CZrkData** a, int) { return RotXy(t, a[0]); }>(
+            {.args = 1, .help = kHelpRotXy, .place = 1990}),
+        Plain<"rotmxy", [](CDataSpace& t, CZrkData** a, int) { return RotMXy(t, a[0]); }>(
+            {.args = 1, .help = kHelpRotMXy, .place = 2000}),
+        Plain<"gather", [](CDataSpace& t, CZrkData** a, int n) { return Gather(t, a[0], a[1], a[2], Indices(a, n)); }>(
+            {.args = 3, .help = kHelpGather, .place = 2010, .max_args = 9}),
+        Plain<"scatter", [](CDataSpace& t, CZrkData** a, int n) { return Scatter(t, a[0], a[1], a[2], Indices(a, n)); }>(
+            {.args = 3, .help = kHelpScatter, .place = 2020, .max_args = 9}),
+        Plain<"set1droi", [](CDataSpace& t, CZrkData** a, int) { return Set1dRoi(t, a[0]); }>(
+            {.args = 1, .help = kHelpSet1dRoi, .place = 2030}),
+        Plain<"set2droi", [](CDataSpace& t, CZrkData** a, int) { return Set2dRoi(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpSet2dRoi, .place = 2040}),
+        Plain<"shape", [](CDataSpace& t, CZrkData** a, int) { return Shape(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpShape, .place = 2050}),
+        Directions<"shift", kChooseMultiple, [](CDataSpace& t, int d, CZrkData** a) { return Shift(t, d, a[0], a[1]); }>(
+            {.args = 3, .help = kHelpShift, .place = 2060, .family = FAMILY_XYZT, .rows = 4}),
+        Plain<"select", [](CDataSpace& t, CZrkData** a, int) { return Select(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpSelect, .place = 2120}),
+        Plain<"squeeze", [](CDataSpace& t, CZrkData** a, int) { return Squeeze(t, a[0]); }>(
+            {.args = 1, .help = kHelpSqueeze, .place = 2130}),
+        Plain<"srand", [](CDataSpace& t, CZrkData** a, int) { return SRand(t, IntArg(a[0]), a[1]); }>(
+            {.args = 2, .help = kHelpSRand, .place = 2140}),
+        Directions<"step", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Step(t, d, IntArg(a[0]), IntArg(a[1])); }>(
+            {.args = 3, .help = kHelpStep, .place = 2210, .family = FAMILY_XYZT, .rows = 4}),
+        RadialDirections<"strip",
+                         [](CDataSpace& t, int d, CZrkData** a) {
+                             return Strip(t, d, a[0], IntArg(a[1]), IntArg(a[2]), a[3]);
+                         },
+                         [](CDataSpace& t, CZrkData** a, int) {
+                             return StripR(t, a[0], FloatArg(a[1]), FloatArg(a[2]), a[3]);
+                         },
+                         [](CDataSpace& t, CZrkData** a, int) {
+                             return StripS(t, a[0], FloatArg(a[1]), FloatArg(a[2]), a[3]);
+                         }>({.args = 5,
+                              .help = kHelpStrip,
+                              .place = 2260,
+                              .family = FAMILY_XYZTRS,
+                              .rows = 4,
+                              .names = {nullptr, nullptr, nullptr, nullptr, "stripr", "strips"}}),
+        Plain<"strip1d", [](CDataSpace& t, CZrkData** a, int) { return Strip1d(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpStrip1d, .place = 2330}),
+        Plain<"strip2d", [](CDataSpace& t, CZrkData** a, int) { return Strip2d(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpStrip2d, .place = 2340}),
+        Directions<"stuff1d", DirRule{.reach = 6}, [](CDataSpace& t, int d, CZrkData** a) { return Stuff1d(t, d, a[0], a[1], IntArg(a[2])); }>(
+            {.args = 4, .help = kHelpStuff1d, .place = 2350, .family = FAMILY_XYZT, .rows = 6}),
+        Plain<"trans", [](CDataSpace& t, CZrkData** a, int) { return Trans(t, a[0], a[1]); }>(
+            {.args = 2, .help = kHelpTrans, .place = 2500, .family = FAMILY_PAIRS}),
+    };
+}

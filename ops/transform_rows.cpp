@@ -2,6 +2,7 @@
 // records. ft, mrft and pnft are direction families (ftz(d0,...) is ft("z",d0,...)) that
 // choose multiple: each direction's result feeds the next.
 #include "eval/function_table.h"
+#include "ops/function_rows.h"
 #include "ops/interp.h"
 #include "ops/op_rows.h"
 #include "ops/structural_base.h"
@@ -10,40 +11,9 @@
 
 namespace {
 
-struct OpFt {
-    static constexpr const char* kGeneral = "ft()";
-    static constexpr const char* kNoDirection = "direction invalid";
-    static constexpr bool kMultiple = true;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Ft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3]));
-    }
-};
-struct OpMrft {
-    static constexpr const char* kGeneral = "mrft()";
-    static constexpr const char* kNoDirection = "direction invalid";
-    static constexpr bool kMultiple = true;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Mrft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3]));
-    }
-};
-struct OpPnft {
-    static constexpr const char* kGeneral = "pnft()";
-    static constexpr const char* kNoDirection = "direction invalid";
-    static constexpr bool kMultiple = true;
-    static CZrkData* Run(CDataSpace& t, int d, CZrkData** a, int) {
-        return Pnft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3]));
-    }
-};
-
 template <int Window>
-int EvalKernel(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] {
-        return Kernel(t, Window, a[0], FloatArg(a[1]), IntArg(a[2]), IntArg(a[3]) != 0);
-    });
-}
-
-int EvalInterp(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
-    return Row(r, [&] { return Interp(t, a[0], a[1], IntArg(a[2])); });
+CZrkData* WindowKernel(CDataSpace& t, CZrkData** a, int) {
+    return Kernel(t, Window, a[0], FloatArg(a[1]), IntArg(a[2]), IntArg(a[3]) != 0);
 }
 
 // Help records: title, argument pairs, null, example lines, null.
@@ -132,29 +102,22 @@ const char* const kHelpInterp[] = {"interpolate data",
                                    "linear; y first, then t",
                                    nullptr};
 
-const CFuncRow kRows[] = {
-    {"bart", EvalKernel<FT_WINDOW_BARTLETT>, 4, 4, FAMILY_PLAIN, kHelpBart},
-    {"black", EvalKernel<FT_WINDOW_BLACKMAN>, 4, 4, FAMILY_PLAIN, kHelpBlack},
-    {"ft", Family<OpFt, 4>::General, 5, 5, FAMILY_XYZT, kHelpFt},
-    {"ftx", V<OpFt>(0), 4, 4, FAMILY_PLAIN, nullptr},
-    {"fty", V<OpFt>(1), 4, 4, FAMILY_PLAIN, nullptr},
-    {"ftz", V<OpFt>(2), 4, 4, FAMILY_PLAIN, nullptr},
-    {"ftt", V<OpFt>(3), 4, 4, FAMILY_PLAIN, nullptr},
-    {"hann", EvalKernel<FT_WINDOW_HANNING>, 4, 4, FAMILY_PLAIN, kHelpHann},
-    {"hamm", EvalKernel<FT_WINDOW_HAMMING>, 4, 4, FAMILY_PLAIN, kHelpHamm},
-    {"interp", EvalInterp, 3, 3, FAMILY_PLAIN, kHelpInterp},
-    {"mrft", Family<OpMrft, 4>::General, 5, 5, FAMILY_XYZT, kHelpMrft},
-    {"mrftx", V<OpMrft>(0), 4, 4, FAMILY_PLAIN, nullptr},
-    {"mrfty", V<OpMrft>(1), 4, 4, FAMILY_PLAIN, nullptr},
-    {"mrftz", V<OpMrft>(2), 4, 4, FAMILY_PLAIN, nullptr},
-    {"mrftt", V<OpMrft>(3), 4, 4, FAMILY_PLAIN, nullptr},
-    {"pnft", Family<OpPnft, 4>::General, 5, 5, FAMILY_XYZT, kHelpPnft},
-    {"pnftx", V<OpPnft>(0), 4, 4, FAMILY_PLAIN, nullptr},
-    {"pnfty", V<OpPnft>(1), 4, 4, FAMILY_PLAIN, nullptr},
-    {"pnftz", V<OpPnft>(2), 4, 4, FAMILY_PLAIN, nullptr},
-    {"pnftt", V<OpPnft>(3), 4, 4, FAMILY_PLAIN, nullptr},
-};
-
-const CFunctionRows kRegister(kRows);
 
 }  // namespace
+
+std::vector<CFuncDecl> TransformRows() {
+    return {
+        Plain<"bart", WindowKernel<FT_WINDOW_BARTLETT>>({.args = 4, .help = kHelpBart, .place = 450}),
+        Plain<"black", WindowKernel<FT_WINDOW_BLACKMAN>>({.args = 4, .help = kHelpBlack, .place = 460}),
+        Directions<"ft", DirRule{.multiple = true, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Ft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3])); }>(
+            {.args = 5, .help = kHelpFt, .place = 1300, .family = FAMILY_XYZT, .rows = 4}),
+        Plain<"hann", WindowKernel<FT_WINDOW_HANNING>>({.args = 4, .help = kHelpHann, .place = 1360}),
+        Plain<"hamm", WindowKernel<FT_WINDOW_HAMMING>>({.args = 4, .help = kHelpHamm, .place = 1370}),
+        Plain<"interp", [](CDataSpace& t, CZrkData** a, int) { return Interp(t, a[0], a[1], IntArg(a[2])); }>(
+            {.args = 3, .help = kHelpInterp, .place = 1430}),
+        Directions<"mrft", DirRule{.multiple = true, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Mrft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3])); }>(
+            {.args = 5, .help = kHelpMrft, .place = 1610, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"pnft", DirRule{.multiple = true, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Pnft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3])); }>(
+            {.args = 5, .help = kHelpPnft, .place = 1780, .family = FAMILY_XYZT, .rows = 4}),
+    };
+}

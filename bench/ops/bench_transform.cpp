@@ -13,7 +13,7 @@
 #include "bench/bench_report.h"
 #include "bench/ops/plain_copy.h"
 #include "core/elementwise.h"
-#include "eval/function_table.h"
+#include "ops/function_rows.h"
 
 namespace {
 
@@ -52,6 +52,7 @@ Arrays& Data() {
 
 // Runs a general function's row and drops its result, as an evaluation's temporary list does.
 void RunRow(benchmark::State& state, const char* name, CZrkData* const (&args)[5]) {
+    InstallFunctions();
     const CFuncRow* row = FunctionRow(FunctionIndex(name));
     const int nargs = args[4] ? 5 : 4;
     for (auto _ : state) {

@@ -5,6 +5,7 @@
 #include "core/data_space.h"
 #include "core/host.h"
 #include "core/window_space.h"
+#include "ops/function_rows.h"
 #include "shell/crash_hooks.h"
 #include "shell/qt/about_wave.h"
 #include "shell/qt/form_history.h"
@@ -24,6 +25,7 @@ CZarnikApp::~CZarnikApp() {
 
 bool CZarnikApp::InitInstance(const CStartOptions& start) {
     trace_.Set("CZarnikApp::InitInstance");
+    InstallFunctions();
     modules_.Register(table_, space_);
     preferences_ = start.preferences.empty() ? paths_.preferences : start.preferences;
     ReadOptions();

@@ -8,11 +8,8 @@
 
 namespace {
 
-TEST(FunctionTable, LayoutAndRows) {
-    EXPECT_EQ(FunctionLayout().size(), 251u);
-    const std::set<std::string> layout(FunctionLayout().begin(), FunctionLayout().end());
-    EXPECT_EQ(layout.size(), 251u);
-    // rows follow the layout: the operators first, in their order
+TEST(FunctionTable, OrderAndRows) {
+    // the operators first, in their order
     const char* first[] = {"=", "-", "+", "*", "/", "*xy", "/xy", "iqdiv", "iqmul", "cast"};
     for (int k = 0; k < 10; ++k) EXPECT_STREQ(FunctionRow(k)->name, first[k]);
     std::set<std::string> names;

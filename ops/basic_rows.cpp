@@ -10,7 +10,8 @@
 #include "core/host.h"
 #include "core/zrk_error.h"
 #include "core/elementwise.h"
-#include "eval/function_table.h"
+#include "ops/function_rows.h"
+#include "ops/op_rows.h"
 #include "eval/matrix_hook.h"
 
 namespace {
@@ -75,8 +76,7 @@ int EvalCast(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {
 }
 
 // tilex ... tilev: data tiled to a new resolution along one direction.
-template <int Dir>
-int EvalTileDir(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {
+CZrkData* TileAlong(CDataSpace& temp, int dir, CZrkData** args) {
     static const char* const kText[] = {"tile('x')", "tile('y')", "tile('z')",
                                         "tile('t')", "tile('u')", "tile('v')"};
     static const char* const kCaught[] = {"eval_tilex", "eval_tiley", "eval_tilez",
@@ -85,24 +85,17 @@ int EvalTileDir(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {
     static const char* const kFailed[] = {"tile('x') failed\r\n", "tile('y') failed\r\n",
                                           "tile('z') failed\r\n", "stuff1d('v') failed\r\n",
                                           "tile('u') failed\r\n", "tile('v') failed\r\n"};
-    const int status = RunHandler(kText[Dir], kCaught[Dir], [&] {
+    return Reported({.func = kText[dir],
+                     .lines = {CaughtLine(kCaught[dir]), kFailed[dir]},
+                     .to = REPORT_RETHROW},
+                    static_cast<CZrkData*>(nullptr), [&] {
         const uint64_t n = ScalarU64(args[1]);
         if (n < 1 || n > (uint64_t{1} << 40)) Raise("resolution must be positive");
         res_t res[6];
         args[0]->GetRes(res);
-        res[Dir] = n;
-        return Deliver(result, TileTo(temp, args[0], res));
+        res[dir] = n;
+        return TileTo(temp, args[0], res);
     });
-    if (status) Host().History(kFailed[Dir]);
-    return status;
-}
-
-const FuncHandler kTileVariants[6] = {EvalTileDir<0>, EvalTileDir<1>, EvalTileDir<2>,
-                                      EvalTileDir<3>, EvalTileDir<4>, EvalTileDir<5>};
-
-int EvalTile(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs) {
-    err_func = "tile()";
-    return DirectionCall(kTileVariants, true, "invalid direction", result, temp, args, nargs);
 }
 
 int EvalMalloc(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {
@@ -263,30 +256,27 @@ const char* const kHelpPrintf[] = {"printout data", "\"format\"", "one number fo
                                    "printf(\"%8.3f\",d0)", "one history line per element",
                                    nullptr};
 
-const CFuncRow kRows[] = {
-    {"=", EvalEqual, 2, 2, FAMILY_PLAIN, kHelpEqual},
-    {"-", EvalMinus, 2, 2, FAMILY_PLAIN, kHelpMinus},
-    {"+", EvalPlus, 2, 2, FAMILY_PLAIN, kHelpPlus},
-    {"*", EvalStar, 2, 2, FAMILY_PLAIN, kHelpStar},
-    {"/", EvalDivide, 2, 2, FAMILY_PLAIN, kHelpDivide},
-    {"*xy", EvalMatrixMul, 2, 2, FAMILY_PLAIN, kHelpMatMul},
-    {"/xy", EvalMatrixDiv, 2, 2, FAMILY_PLAIN, kHelpMatDiv},
-    {"iqdiv", EvalIqdiv, 2, 2, FAMILY_PLAIN, kHelpIqdiv},
-    {"iqmul", EvalIqmul, 2, 2, FAMILY_PLAIN, kHelpIqmul},
-    {"cast", EvalCast, 2, 2, FAMILY_PLAIN, kHelpCast},
-    {"tile", EvalTile, 3, 3, FAMILY_PLAIN, kHelpTile},
-    {"tilex", EvalTileDir<0>, 2, 2, FAMILY_PLAIN, nullptr},
-    {"tiley", EvalTileDir<1>, 2, 2, FAMILY_PLAIN, nullptr},
-    {"tilez", EvalTileDir<2>, 2, 2, FAMILY_PLAIN, nullptr},
-    {"tilet", EvalTileDir<3>, 2, 2, FAMILY_PLAIN, nullptr},
-    {"tileu", EvalTileDir<4>, 2, 2, FAMILY_PLAIN, nullptr},
-    {"tilev", EvalTileDir<5>, 2, 2, FAMILY_PLAIN, nullptr},
-    {"malloc", EvalMalloc, 5, 5, FAMILY_PLAIN, kHelpMalloc},
-    {"free", EvalFree, 1, 1, FAMILY_PLAIN, kHelpFree},
-    {"finite", EvalFinite, 1, 1, FAMILY_PLAIN, kHelpFinite},
-    {"swapb", EvalSwapb, 1, 1, FAMILY_PLAIN, kHelpSwapb},
-    {"printf", EvalPrintf, 2, 2, FAMILY_PLAIN, kHelpPrintf},
-};
-const CFunctionRows kRegister(kRows);
 
 }  // namespace
+
+std::vector<CFuncDecl> BasicRows() {
+    return {
+        Handler("=", EvalEqual, {.args = 2, .help = kHelpEqual, .place = 10}),
+        Handler("-", EvalMinus, {.args = 2, .help = kHelpMinus, .place = 20}),
+        Handler("+", EvalPlus, {.args = 2, .help = kHelpPlus, .place = 30}),
+        Handler("*", EvalStar, {.args = 2, .help = kHelpStar, .place = 40}),
+        Handler("/", EvalDivide, {.args = 2, .help = kHelpDivide, .place = 50}),
+        Handler("*xy", EvalMatrixMul, {.args = 2, .help = kHelpMatMul, .place = 60}),
+        Handler("/xy", EvalMatrixDiv, {.args = 2, .help = kHelpMatDiv, .place = 70}),
+        Handler("iqdiv", EvalIqdiv, {.args = 2, .help = kHelpIqdiv, .place = 80}),
+        Handler("iqmul", EvalIqmul, {.args = 2, .help = kHelpIqmul, .place = 90}),
+        Handler("cast", EvalCast, {.args = 2, .help = kHelpCast, .place = 100}),
+        Directions<"tile", DirRule{.multiple = true, .reach = 6}, TileAlong>(
+            {.args = 3, .help = kHelpTile, .place = 110, .rows = 6}),
+        Handler("malloc", EvalMalloc, {.args = 5, .help = kHelpMalloc, .place = 210}),
+        Handler("free", EvalFree, {.args = 1, .help = kHelpFree, .place = 220}),
+        Handler("finite", EvalFinite, {.args = 1, .help = kHelpFinite, .place = 230}),
+        Handler("swapb", EvalSwapb, {.args = 1, .help = kHelpSwapb, .place = 2470}),
+        Handler("printf", EvalPrintf, {.args = 2, .help = kHelpPrintf, .place = 1840}),
+    };
+}

@@ -3,7 +3,8 @@
 #include <cmath>
 
 #include "core/elementwise.h"
-#include "eval/function_table.h"
+#include "ops/function_rows.h"
+#include "ops/op_rows.h"
 
 namespace {
 
@@ -109,17 +110,19 @@ const char* const kHelpCexp[] = {"convert phase to unitary complex", "phase", "p
 const char* const kHelpConj[] = {"return conjugate of complex data", "data", "input data array",
                                  nullptr, "out = conj(data)", nullptr};
 
-const CFuncRow kRows[] = {
-    {"i", EvalI, 1, 1, FAMILY_PLAIN, kHelpI},
-    {"q", EvalQ, 1, 1, FAMILY_PLAIN, kHelpQ},
-    {"mag", EvalMag, 1, 1, FAMILY_PLAIN, kHelpMag},
-    {"mag2", EvalMag2, 1, 1, FAMILY_PLAIN, kHelpMag2},
-    {"phase", EvalPhase, 1, 1, FAMILY_PLAIN, kHelpPhase},
-    {"iq", EvalIq, 2, 2, FAMILY_PLAIN, kHelpIq},
-    {"mp", EvalMp, 2, 2, FAMILY_PLAIN, kHelpMp},
-    {"cexp", EvalCexp, 1, 1, FAMILY_PLAIN, kHelpCexp},
-    {"conj", EvalConj, 1, 1, FAMILY_PLAIN, kHelpConj},
-};
-const CFunctionRows kRegister(kRows);
 
 }  // namespace
+
+std::vector<CFuncDecl> ComplexRows() {
+    return {
+        Handler("i", EvalI, {.args = 1, .help = kHelpI, .place = 120}),
+        Handler("q", EvalQ, {.args = 1, .help = kHelpQ, .place = 130}),
+        Handler("mag", EvalMag, {.args = 1, .help = kHelpMag, .place = 140}),
+        Handler("mag2", EvalMag2, {.args = 1, .help = kHelpMag2, .place = 150}),
+        Handler("phase", EvalPhase, {.args = 1, .help = kHelpPhase, .place = 160}),
+        Handler("iq", EvalIq, {.args = 2, .help = kHelpIq, .place = 170}),
+        Handler("mp", EvalMp, {.args = 2, .help = kHelpMp, .place = 180}),
+        Handler("cexp", EvalCexp, {.args = 1, .help = kHelpCexp, .place = 190}),
+        Handler("conj", EvalConj, {.args = 1, .help = kHelpConj, .place = 200}),
+    };
+}

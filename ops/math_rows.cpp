@@ -4,7 +4,8 @@
 #include <cmath>
 
 #include "core/elementwise.h"
-#include "eval/function_table.h"
+#include "ops/function_rows.h"
+#include "ops/op_rows.h"
 #include "core/math_errors.h"
 
 namespace {
@@ -109,29 +110,31 @@ const char* const kHelpY0[] = {"bessel function of the second kind order 0", "da
 const char* const kHelpY1[] = {"bessel function of the second kind order 1", "data",
                                "input data array", nullptr, "out = y1(data)", nullptr};
 
-const CFuncRow kRows[] = {
-    {"fabs", EvalFabs, 1, 1, FAMILY_PLAIN, kHelpFabs},
-    {"exp", EvalExp, 1, 1, FAMILY_PLAIN, kHelpExp},
-    {"pow", EvalPow, 2, 2, FAMILY_PLAIN, kHelpPow},
-    {"log10", EvalLog10, 1, 1, FAMILY_PLAIN, kHelpLog10},
-    {"log2", EvalLog2, 1, 1, FAMILY_PLAIN, kHelpLog2},
-    {"log", EvalLog, 1, 1, FAMILY_PLAIN, kHelpLog},
-    {"sqrt", EvalSqrt, 1, 1, FAMILY_PLAIN, kHelpSqrt},
-    {"cos", EvalCos, 1, 1, FAMILY_PLAIN, kHelpCos},
-    {"sin", EvalSin, 1, 1, FAMILY_PLAIN, kHelpSin},
-    {"tan", EvalTan, 1, 1, FAMILY_PLAIN, kHelpTan},
-    {"acos", EvalAcos, 1, 1, FAMILY_PLAIN, kHelpAcos},
-    {"asin", EvalAsin, 1, 1, FAMILY_PLAIN, kHelpAsin},
-    {"atan", EvalAtan, 1, 1, FAMILY_PLAIN, kHelpAtan},
-    {"atan2", EvalAtan2, 2, 2, FAMILY_PLAIN, kHelpAtan2},
-    {"cosh", EvalCosh, 1, 1, FAMILY_PLAIN, kHelpCosh},
-    {"sinh", EvalSinh, 1, 1, FAMILY_PLAIN, kHelpSinh},
-    {"tanh", EvalTanh, 1, 1, FAMILY_PLAIN, kHelpTanh},
-    {"j0", EvalJ0, 1, 1, FAMILY_PLAIN, kHelpJ0},
-    {"j1", EvalJ1, 1, 1, FAMILY_PLAIN, kHelpJ1},
-    {"y0", EvalY0, 1, 1, FAMILY_PLAIN, kHelpY0},
-    {"y1", EvalY1, 1, 1, FAMILY_PLAIN, kHelpY1},
-};
-const CFunctionRows kRegister(kRows);
 
 }  // namespace
+
+std::vector<CFuncDecl> MathRows() {
+    return {
+        Handler("fabs", EvalFabs, {.args = 1, .help = kHelpFabs, .place = 240}),
+        Handler("exp", EvalExp, {.args = 1, .help = kHelpExp, .place = 250}),
+        Handler("pow", EvalPow, {.args = 2, .help = kHelpPow, .place = 260}),
+        Handler("log10", EvalLog10, {.args = 1, .help = kHelpLog10, .place = 270}),
+        Handler("log2", EvalLog2, {.args = 1, .help = kHelpLog2, .place = 280}),
+        Handler("log", EvalLog, {.args = 1, .help = kHelpLog, .place = 290}),
+        Handler("sqrt", EvalSqrt, {.args = 1, .help = kHelpSqrt, .place = 300}),
+        Handler("cos", EvalCos, {.args = 1, .help = kHelpCos, .place = 310}),
+        Handler("sin", EvalSin, {.args = 1, .help = kHelpSin, .place = 320}),
+        Handler("tan", EvalTan, {.args = 1, .help = kHelpTan, .place = 330}),
+        Handler("acos", EvalAcos, {.args = 1, .help = kHelpAcos, .place = 340}),
+        Handler("asin", EvalAsin, {.args = 1, .help = kHelpAsin, .place = 350}),
+        Handler("atan", EvalAtan, {.args = 1, .help = kHelpAtan, .place = 360}),
+        Handler("atan2", EvalAtan2, {.args = 2, .help = kHelpAtan2, .place = 370}),
+        Handler("cosh", EvalCosh, {.args = 1, .help = kHelpCosh, .place = 380}),
+        Handler("sinh", EvalSinh, {.args = 1, .help = kHelpSinh, .place = 390}),
+        Handler("tanh", EvalTanh, {.args = 1, .help = kHelpTanh, .place = 400}),
+        Handler("j0", EvalJ0, {.args = 1, .help = kHelpJ0, .place = 410}),
+        Handler("j1", EvalJ1, {.args = 1, .help = kHelpJ1, .place = 420}),
+        Handler("y0", EvalY0, {.args = 1, .help = kHelpY0, .place = 430}),
+        Handler("y1", EvalY1, {.args = 1, .help = kHelpY1, .place = 440}),
+    };
+}
