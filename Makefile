@@ -3,7 +3,7 @@ JOBS   ?= $(shell nproc)
 BUILD  ?= build
 ASAN   ?= build-asan
 
-.PHONY: deps configure build test test-asan bench run screenshot clean
+.PHONY: deps configure build test test-asan bench run screenshot clean format format-check
 
 deps:
 	@sh scripts/deps.sh
@@ -16,8 +16,16 @@ configure: deps $(BUILD)/CMakeCache.txt
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
-test: build
+test: format-check build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+
+# Style is the tool's: make format rewrites the files, the check (part of make test) fails
+# on any file that differs.
+format: deps
+	@sh scripts/format.sh
+
+format-check: deps
+	@sh scripts/format.sh check
 
 test-asan: deps
 	cmake -S . -B $(ASAN) -DCMAKE_BUILD_TYPE=Debug -DQUELMOR_SANITIZE=ON \
