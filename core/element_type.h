@@ -2,7 +2,9 @@
 // as table indices, so the order never changes. Complex type = real type + 10.
 #pragma once
 
+#include <complex>
 #include <cstdint>
+#include <type_traits>
 
 #include "core/zrk_error.h"
 
@@ -75,4 +77,18 @@ void WithComponent(int type, F&& body) {
         default:
             return body(double{});
     }
+}
+
+// Runs body(V{}) with V the value type of a float type: float, double or their complex, as
+// the library kernels take them. Raises "invalid data type" for any other type.
+template <class F>
+void WithFloatValue(int type, F&& body) {
+    if (!IsFloatType(type)) Raise("invalid data type");
+    WithComponent(type, [&](auto c) {
+        using C = decltype(c);
+        if constexpr (std::is_floating_point_v<C>) {
+            if (IsComplexType(type)) return body(std::complex<C>{});
+            return body(C{});
+        }
+    });
 }

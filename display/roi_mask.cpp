@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "core/data_cursor.h"
+#include "core/block_io.h"
 #include "core/data_space.h"
 #include "core/zrk_error.h"
 
@@ -17,13 +17,10 @@ std::vector<double> Numbers(const char* name) {
     const CZrkData* r = GlobalDataSpace().FindData(name);
     std::vector<double> out;
     if (!r || !r->data || r->type < 0) return out;
-    CDataCursor<float> c(r);
-    const uint64_t n = r->Count();
-    for (uint64_t k = 0; k < n; ++k) {
-        float v = 0;
-        c.GetI(v, k);
-        out.push_back(v);
-    }
+    // The numbers pass through float, whatever the record stores.
+    std::vector<float> buf(r->Count());
+    const float* v = CBlockReader<float>(r, 1).Read(0, buf.size(), buf.data());
+    out.assign(v, v + buf.size());
     return out;
 }
 
@@ -40,11 +37,14 @@ struct Plane {
 void Binary(Plane m) {
     const CZrkData* b = GlobalDataSpace().FindData("roi_binary");
     if (!b || !b->data || b->nx != m.nx || b->ny != m.ny) return;
-    CDataCursor<float> c(b);
-    for (res_t k = 0; k < m.nx * m.ny; ++k) {
-        float v = 0;
-        c.GetI(v, k);
-        if (v != 0) m.p[k] = 1;
+    const CBlockReader<float> reader(b, 1);
+    float buf[kBlockElements];
+    const res_t n = m.nx * m.ny;
+    for (res_t k = 0; k < n; k += kBlockElements) {
+        const size_t len = static_cast<size_t>(std::min<res_t>(kBlockElements, n - k));
+        const float* v = reader.Read(k, len, buf);
+        for (size_t j = 0; j < len; ++j)
+            if (v[j] != 0) m.p[k + j] = 1;
     }
 }
 

@@ -349,39 +349,6 @@ void MulTyped(const CZrkData* a, const CZrkData* b, CZrkData* r, int p, int q) {
     }
 }
 
-// The typed routine of a working type, picked once per operation.
-template <template <class> class Fn, class... Args>
-void Dispatch(int type, Args&&... args) {
-    switch (type) {
-        case TYPE_R4:
-            Fn<float>::Run(args...);
-            break;
-        case TYPE_R8:
-            Fn<double>::Run(args...);
-            break;
-        case TYPE_CR4:
-            Fn<cfloat>::Run(args...);
-            break;
-        case TYPE_CR8:
-            Fn<cdouble>::Run(args...);
-            break;
-        default:
-            Raise("invalid data type");
-    }
-}
-template <class T>
-struct MulFn {
-    static void Run(const CZrkData* a, const CZrkData* b, CZrkData* r, int p, int q) {
-        MulTyped<T>(a, b, r, p, q);
-    }
-};
-template <class T>
-struct InverseFn {
-    static void Run(const CZrkData* a, CZrkData* r, int p, int q, double thresh) {
-        InverseTyped<T>(a, r, p, q, thresh);
-    }
-};
-
 // The result header of a product: the pair from the outer sizes, the rest the larger.
 void ProductRes(const CZrkData* a, const CZrkData* b, int p, int q, res_t res[6]) {
     res_t ra[6], rb[6];
@@ -398,7 +365,7 @@ CZrkData* Product(CDataSpace& temp, Scratch& scratch, const CZrkData* a, const C
     res_t res[6];
     ProductRes(a, b, p, q, res);
     CZrkData* r = scratch.Keep(NewResult(temp, work, res, a));
-    Dispatch<MulFn>(work, a, b, r, p, q);
+    WithFloatValue(work, [&](auto v) { MulTyped<decltype(v)>(a, b, r, p, q); });
     if (type == work) return scratch.Release(r);
     CZrkData* out = ConvertRecord(temp, r, type);
     out->CopyMm(*a);
@@ -410,7 +377,7 @@ CZrkData* Inverse(CDataSpace& temp, const CZrkData* a, int p, int q, double thre
     res_t res[6];
     a->GetRes(res);
     CZrkData* r = NewResult(temp, a->type, res, a);
-    Dispatch<InverseFn>(a->type, a, r, p, q, thresh);
+    WithFloatValue(a->type, [&](auto v) { InverseTyped<decltype(v)>(a, r, p, q, thresh); });
     return r;
 }
 
@@ -488,22 +455,7 @@ SvdWork::SvdWork(int type_, int64_t rows_, int64_t cols_, bool vectors) {
     type = type_;
     if (!vectors) jobu = jobvt = 'N';
     try {
-        switch (type) {
-            case TYPE_R4:
-                SetUpSvd<float>(*this);
-                break;
-            case TYPE_R8:
-                SetUpSvd<double>(*this);
-                break;
-            case TYPE_CR4:
-                SetUpSvd<cfloat>(*this);
-                break;
-            case TYPE_CR8:
-                SetUpSvd<cdouble>(*this);
-                break;
-            default:
-                Raise("invalid data type");
-        }
+        WithFloatValue(type, [&](auto v) { SetUpSvd<decltype(v)>(*this); });
     } catch (...) {
         Release();
         throw;
@@ -602,25 +554,24 @@ CZrkData* Diag(CDataSpace& temp, const CZrkData* pair, const CZrkData* a) {
 
 namespace {
 
+// The sum of each plane's diagonal, accumulated in double precision.
 template <class T>
-struct TraceFn {
-    static void Run(const CZrkData* a, CZrkData* r, int p, int q) {
-        const Stack sa(a, p, q), sr(r, p, q);
-        const res_t n = std::min(sa.res[p], sa.res[q]);
-        const T* src = static_cast<const T*>(a->data);
-        T* dst = static_cast<T*>(r->data);
-        const uint64_t count = sr.Count();
-        res_t c[4];
-        using Acc = std::conditional_t<kComplex<T>, cdouble, double>;
-        for (uint64_t s = 0; s < count; ++s) {
-            sr.Coords(s, c);
-            const T* plane = src + sa.Offset(c);
-            Acc sum = 0;
-            for (res_t i = 0; i < n; ++i) sum += Acc(plane[i * (sa.stride[p] + sa.stride[q])]);
-            dst[sr.Offset(c)] = T(sum);
-        }
+void TraceTyped(const CZrkData* a, CZrkData* r, int p, int q) {
+    const Stack sa(a, p, q), sr(r, p, q);
+    const res_t n = std::min(sa.res[p], sa.res[q]);
+    const T* src = static_cast<const T*>(a->data);
+    T* dst = static_cast<T*>(r->data);
+    const uint64_t count = sr.Count();
+    res_t c[4];
+    using Acc = std::conditional_t<kComplex<T>, cdouble, double>;
+    for (uint64_t s = 0; s < count; ++s) {
+        sr.Coords(s, c);
+        const T* plane = src + sa.Offset(c);
+        Acc sum = 0;
+        for (res_t i = 0; i < n; ++i) sum += Acc(plane[i * (sa.stride[p] + sa.stride[q])]);
+        dst[sr.Offset(c)] = T(sum);
     }
-};
+}
 
 }  // namespace
 
@@ -639,7 +590,7 @@ CZrkData* Trace(CDataSpace& temp, const CZrkData* pair, const CZrkData* a) {
         Scratch scratch(temp);
         const CZrkData* in = scratch.As(a, work);
         CZrkData* r = NewResult(temp, work, res, a);
-        Dispatch<TraceFn>(work, in, r, p, q);
+        WithFloatValue(work, [&](auto v) { TraceTyped<decltype(v)>(in, r, p, q); });
         return r;
     });
 }

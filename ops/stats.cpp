@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "core/block_io.h"
 #include "core/data_cursor.h"
 #include "core/data_space.h"
 #include "core/host.h"
@@ -84,11 +85,23 @@ void CheckBlock(const CZrkData* a, uint64_t index, uint64_t per) {
     if (per == 0 || index >= a->Count() / per) Raise("index > resolution");
 }
 
-// Visits elements [first, first + n) in storage order.
+// Visits elements [first, first + n) in storage order, read through the channel a block at
+// a time; `keep(k)` (k counted from first) picks which ones count.
+template <class Scan, class Keep>
+void ScanBlocks(const CZrkData* a, int iqmp, uint64_t first, uint64_t n, Scan& scan, Keep keep) {
+    const CDataCursor<float> c(a, iqmp);
+    float buf[kBlockElements];
+    for (uint64_t k = 0; k < n; k += kBlockElements) {
+        const size_t len = static_cast<size_t>(std::min<uint64_t>(kBlockElements, n - k));
+        c.GetBlock(buf, first + k, len);
+        for (size_t j = 0; j < len; ++j)
+            if (keep(k + j)) scan.Add(buf[j]);
+    }
+}
+
 template <class Scan>
 void ScanRun(const CZrkData* a, int iqmp, uint64_t first, uint64_t n, Scan& scan) {
-    CDataCursor<float> c(a, iqmp);
-    for (uint64_t k = 0; k < n; ++k) scan.Add(c.Get(first + k));
+    ScanBlocks(a, iqmp, first, n, scan, [](uint64_t) { return true; });
 }
 
 template <class Scan>
@@ -133,10 +146,7 @@ bool ScanPlane(const CZrkData* a, uint64_t plane, int kind, int iqmp, Scan& scan
     CheckBlock(a, plane, area);
     const unsigned char* mask = RegionMask(kind, a->nx, a->ny);
     if (!mask) return false;
-    CDataCursor<float> c(a, iqmp);
-    const uint64_t first = plane * area;
-    for (uint64_t k = 0; k < area; ++k)
-        if (mask[k]) scan.Add(c.Get(first + k));
+    ScanBlocks(a, iqmp, plane * area, area, scan, [mask](uint64_t k) { return mask[k] != 0; });
     return true;
 }
 

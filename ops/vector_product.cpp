@@ -1,7 +1,6 @@
 #include "ops/vector_product.h"
 
-#include <complex>
-
+#include "core/element_type.h"
 #include "core/zrk_error.h"
 #include "ops/structural_base.h"
 #include "ops/structural_join.h"
@@ -14,27 +13,6 @@ const char* const kNotThree[6] = {"x dimension must be 3", "y dimension must be 
 const char* const kNoMatch[6] = {"x resolution must match", "y resolution must match",
                                  "z resolution must match", "t resolution must match",
                                  "u resolution must match", "v resolution must match"};
-
-// Runs body(V{}) with V the value type of a result type: float, double or their complex.
-template <class F>
-void WithValue(int type, F&& body) {
-    switch (type) {
-        case TYPE_R4:
-            body(float{});
-            break;
-        case TYPE_R8:
-            body(double{});
-            break;
-        case TYPE_CR4:
-            body(std::complex<float>{});
-            break;
-        case TYPE_CR8:
-            body(std::complex<double>{});
-            break;
-        default:
-            Raise("invalid data type");
-    }
-}
 
 int ProductType(const CZrkData* a, const CZrkData* b) {
     RequireData(a);
@@ -58,7 +36,7 @@ CZrkData* Cross(CDataSpace& temp, int dir, const CZrkData* a, const CZrkData* b)
         const CZrkData* x = AsType(temp, a, type);
         const CZrkData* y = AsType(temp, b, type);
         const CWalk w(res, dir);
-        WithValue(type, [&](auto v) {
+        WithFloatValue(type, [&](auto v) {
             using V = decltype(v);
             const V* p = static_cast<const V*>(x->data);
             const V* q = static_cast<const V*>(y->data);
@@ -90,7 +68,7 @@ CZrkData* Dot(CDataSpace& temp, int dir, const CZrkData* a, const CZrkData* b) {
         CZrkData* r = NewResult(temp, type, res, a);
         const CZrkData* x = AsType(temp, a, type);
         const CZrkData* y = AsType(temp, b, type);
-        WithValue(type, [&](auto v) {
+        WithFloatValue(type, [&](auto v) {
             using V = decltype(v);
             const V* p = static_cast<const V*>(x->data);
             const V* q = static_cast<const V*>(y->data);

@@ -17,7 +17,8 @@ int SGcoeff3d(const int* deriv3, int order, const int* nl3, const int* nr3, floa
 int Farid_coeff(int order, int half, float* coef);
 int Romano_coeff(int order, int half, float* coef);
 
-// Element (n - 1) / 2 of the sorted order; reorders buf.
+// Element (n - 1) / 2 of the sorted order, NaN sorted last (the lower middle of an even
+// count); reorders buf.
 float median_select(float* buf, int n);
 // Window median with the window cut at the edges but taken over the full window size: the
 // missing slots count as zeros. medwin and dims are (y, x).

@@ -1,36 +1,15 @@
 #include <algorithm>
-#include <utility>
+#include <cmath>
 #include <vector>
 
 #include "wave/kernels.h"
 
 float median_select(float* buf, int n) {
-    int k = (n - 1) / 2;
-    int lo = 0, hi = n - 1;
-    while (hi > lo) {
-        // Median of three as pivot, placed at lo.
-        int mid = lo + (hi - lo) / 2;
-        if (buf[mid] < buf[lo]) std::swap(buf[mid], buf[lo]);
-        if (buf[hi] < buf[lo]) std::swap(buf[hi], buf[lo]);
-        if (buf[hi] < buf[mid]) std::swap(buf[hi], buf[mid]);
-        std::swap(buf[mid], buf[lo]);
-        float pivot = buf[lo];
-        int i = lo, j = hi + 1;
-        for (;;) {
-            do ++i;
-            while (i <= hi && buf[i] < pivot);
-            do --j;
-            while (buf[j] > pivot);
-            if (i >= j) break;
-            std::swap(buf[i], buf[j]);
-        }
-        std::swap(buf[lo], buf[j]);
-        if (j == k) break;
-        if (j < k)
-            lo = j + 1;
-        else
-            hi = j - 1;
-    }
+    const int k = (n - 1) / 2;
+    // NaN goes last, as NumPy sorts it: left to the comparison, the pick would depend on
+    // where a NaN happened to sit.
+    float* const end = std::partition(buf, buf + n, [](float v) { return !std::isnan(v); });
+    if (buf + k < end) std::nth_element(buf, buf + k, end);
     return buf[k];
 }
 

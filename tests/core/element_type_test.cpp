@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <type_traits>
 
 TEST(ElementType, NamesAndSizes) {
     EXPECT_STREQ(TypeName(TYPE_I1), "i1");
@@ -68,4 +69,22 @@ TEST(ElementType, TypeFromTextBySubstring) {
     };
     for (const Case& c : cases) EXPECT_EQ(TypeFromText(c.text), c.want) << c.text;
     EXPECT_EQ(TypeFromText(nullptr), TYPE_NULL);
+}
+
+TEST(ElementType, FloatValueIsTheStoredElementOfTheFourFloatTypesOnly) {
+    for (int t = -1; t <= TYPE_COUNT + 8; ++t) {
+        int bytes = 0;
+        bool complex = false;
+        try {
+            WithFloatValue(t, [&](auto v) {
+                bytes = sizeof v;
+                complex = !std::is_floating_point_v<decltype(v)>;
+            });
+        } catch (const ZrkError& e) {
+            EXPECT_STREQ(e.what(), "invalid data type") << t;
+        }
+        const bool stored = t == TYPE_R4 || t == TYPE_R8 || t == TYPE_CR4 || t == TYPE_CR8;
+        EXPECT_EQ(bytes, stored ? TypeInfo(t)->elem_bytes : 0) << t;
+        EXPECT_EQ(complex, stored && IsComplexType(t)) << t;
+    }
 }
