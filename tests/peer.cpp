@@ -118,8 +118,8 @@ std::vector<std::complex<double>> Array::Complex() const {
 
 const char* DType(int type) {
     static const char* const kNames[TYPE_COUNT] = {
-        "int8",   "int16",   "int32",   "int64",   "uint8",   "uint16",   "uint32",
-        "uint64", "float32", "float64", "cint8",   "cint16",  "cint32",   "cint64",
+        "int8",   "int16",   "int32",   "int64",   "uint8",     "uint16",    "uint32",
+        "uint64", "float32", "float64", "cint8",   "cint16",    "cint32",    "cint64",
         "cuint8", "cuint16", "cuint32", "cuint64", "complex64", "complex128"};
     return IsValidType(type) ? kNames[type] : "null";
 }
@@ -213,11 +213,10 @@ std::string Peer::Case(const std::string& line) {
     if (dir_.empty()) return ::testing::AssertionFailure() << "no folder for the peer";
     std::ofstream(dir_ / "cases.txt") << cases_;
     // -B: peer.py is imported from the source tree, which gets no __pycache__.
-    const std::string command = "PYTHONPATH=" + Quote(QUELMOR_TESTS_DIR) + " " +
-                                QUELMOR_PYTHON + " -B " + Quote(script) + " " +
-                                Quote(dir_.string()) + (args.empty() ? "" : " " + args) + " >" +
-                                Quote((dir_ / "stdout.txt").string()) + " 2>" +
-                                Quote((dir_ / "stderr.txt").string());
+    const std::string command =
+        "PYTHONPATH=" + Quote(QUELMOR_TESTS_DIR) + " " + QUELMOR_PYTHON + " -B " + Quote(script) +
+        " " + Quote(dir_.string()) + (args.empty() ? "" : " " + args) + " >" +
+        Quote((dir_ / "stdout.txt").string()) + " 2>" + Quote((dir_ / "stderr.txt").string());
     const int status = std::system(command.c_str());
     output_ = Slurp(dir_ / "stdout.txt");
     if (status == 0) return ::testing::AssertionSuccess();
