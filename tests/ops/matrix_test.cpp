@@ -390,10 +390,7 @@ TEST_F(MatrixTest, NonFiniteValuesNeverCrash) {
     }
 }
 
-TEST(MatrixRows, MinvAndDiagAreRowsAndTraceIsNot) {
-    ExpectRows(
-        {{"minv", 3, FAMILY_PAIRS, "invert matrix"}, {"diag", 2, FAMILY_PAIRS, "matrix diag"}});
-    EXPECT_EQ(FunctionIndex("trace"), -1);
-}
+// Trace is an operator for code only.
+TEST(MatrixRows, TraceIsNoFunctionOfTheLanguage) { EXPECT_EQ(FunctionIndex("trace"), -1); }
 
 }  // namespace

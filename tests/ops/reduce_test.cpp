@@ -99,13 +99,12 @@ TEST_P(ReduceNumpy, EveryOperatorAndDirectionMatchesNumpy) {
     EXPECT_EQ(Bytes(a), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(Types, ReduceNumpy,
-                         ::testing::Values(TypeCase{TYPE_R4, -100, 100},
-                                           TypeCase{TYPE_CR4, -100, 100},
-                                           TypeCase{TYPE_R8, -1e3, 1e3},
-                                           TypeCase{TYPE_I2, -32768, 32768},
-                                           TypeCase{TYPE_N1, 0, 256}),
-                         [](const auto& info) { return std::string(peer::DType(info.param.type)); });
+INSTANTIATE_TEST_SUITE_P(
+    Types, ReduceNumpy,
+    ::testing::Values(TypeCase{TYPE_R4, -100, 100}, TypeCase{TYPE_CR4, -100, 100},
+                      TypeCase{TYPE_R8, -1e3, 1e3}, TypeCase{TYPE_I2, -32768, 32768},
+                      TypeCase{TYPE_N1, 0, 256}),
+    [](const auto& info) { return std::string(peer::DType(info.param.type)); });
 
 TEST(Reduce, ResultTypesAndShapes) {
     CDataSpace s;
@@ -422,51 +421,25 @@ TEST_F(ReduceRows, Reports) {
     EXPECT_NE(Report("a = hist(d0, 64);"), "");
 }
 
-TEST(ReduceTable, RowsAndHelp) {
-    const struct {
-        const char* name;
-        const char* title;
-        bool variants;
-    } rows[] = {
-        {"mean", "mean", false},
-        {"sd", "standard deviation", false},
-        {"max", "max (maximum projection)", false},
-        {"min", "min (minimum projection)", false},
-        {"maxndx", "index of maximum value", false},
-        {"minndx", "index of minimum value", false},
-        {"mip", "mip (maximum intensity projection)", true},
-        {"integrate", "integrate data", true},
-        {"proj", "project (collapse) data", true},
-        {"sumsqr", "sum of squares", true},
-    };
-    for (const auto& row : rows) {
-        const CFuncRow* r = FunctionRow(FunctionIndex(row.name));
-        ASSERT_NE(r, nullptr) << row.name;
-        EXPECT_EQ(r->min_args, 2);
-        EXPECT_EQ(r->max_args, 2);
-        EXPECT_STREQ(ReadHelp(r->help).title, row.title);
-        EXPECT_EQ(r->family, row.variants ? FAMILY_XYZT : FAMILY_PLAIN) << row.name;
-        for (const char* d : {"x", "y", "z", "t"}) {
-            const CFuncRow* v = FunctionRow(FunctionIndex((std::string(row.name) + d).c_str()));
-            if (!row.variants) {
-                EXPECT_EQ(v, nullptr) << row.name << d;
-                continue;
-            }
-            ASSERT_NE(v, nullptr) << row.name << d;
-            EXPECT_EQ(v->help, nullptr);
-            EXPECT_EQ(v->max_args, 1);
-        }
-        EXPECT_EQ(FunctionIndex((std::string(row.name) + "u").c_str()), -1);
+// Only mip, integrate, proj and sumsqr have named directions, and none has a u member.
+TEST(ReduceTable, NamedDirections) {
+    for (const Named& op : kOps) {
+        const std::string name = op.name;
+        const bool variants =
+            name == "mip" || name == "integrate" || name == "proj" || name == "sumsqr";
+        for (const char* d : {"x", "y", "z", "t"})
+            EXPECT_EQ(FunctionIndex((name + d).c_str()) != -1, variants) << name << d;
+        EXPECT_EQ(FunctionIndex((name + "u").c_str()), -1) << name;
     }
-    const CFuncHelp mean = ReadHelp(FunctionRow(FunctionIndex("mean"))->help);
-    EXPECT_EQ(std::vector<std::string>(mean.lines.begin() + 1, mean.lines.end()),
-              (std::vector<std::string>{"this calculates the mean along a line",
-                                        "operation is performed separately on i,q pairs"}));
-    // The histogram help exists, but no function takes its name.
+}
+
+// The histogram help is for the browser alone: complete, but no row carries it and no
+// function takes its name.
+TEST(ReduceTable, HistogramHelpBelongsToNoFunction) {
     const CFuncHelp hist = ReadHelp(HistogramHelp());
-    EXPECT_STREQ(hist.title, "histogram");
-    EXPECT_EQ(std::vector<std::string>(hist.lines.begin(), hist.lines.end()),
-              (std::vector<std::string>{"h0=hist(d0,64)", "h0=histr(d0,64,0,2000)"}));
+    EXPECT_GT(std::strlen(hist.title), 0u);
+    ASSERT_FALSE(hist.lines.empty());
+    EXPECT_NE(std::string(hist.lines[0]).find("hist("), std::string::npos);
     EXPECT_EQ(FunctionIndex("hist"), -1);
     EXPECT_EQ(FunctionIndex("histr"), -1);
     for (const CFuncRow* r : FunctionTable()) EXPECT_NE(r->help, HistogramHelp());

@@ -383,6 +383,7 @@ TEST_F(Transform, VariantsAreTheGeneralCall) {
     }
     // interp: one resolution for every direction named.
     EXPECT_EQ(Shape(Find("b")), (std::vector<res_t>{5, 5, 2, 2, 1, 1}));
+    EXPECT_EQ(FunctionIndex("ftu"), -1);
 }
 
 TEST_F(Transform, Reports) {
@@ -420,24 +421,6 @@ TEST_F(Transform, Reports) {
             EXPECT_TRUE(Logged(r.caught)) << r.line;
         }
     }
-}
-
-TEST(Rows, CountsFamiliesAndTitles) {
-    ExpectRows({
-        {"ft", 5, FAMILY_XYZT, "fourier transform data"},
-        {"ftx", 4, FAMILY_PLAIN, nullptr},
-        {"ftt", 4, FAMILY_PLAIN, nullptr},
-        {"mrft", 5, FAMILY_XYZT, "mixed radix transform"},
-        {"mrfty", 4, FAMILY_PLAIN, nullptr},
-        {"pnft", 5, FAMILY_XYZT, "partial nex transform along x"},
-        {"pnftz", 4, FAMILY_PLAIN, nullptr},
-        {"bart", 4, FAMILY_PLAIN, "bartlett window"},
-        {"black", 4, FAMILY_PLAIN, "balckman window"},
-        {"hann", 4, FAMILY_PLAIN, "hanning window"},
-        {"hamm", 4, FAMILY_PLAIN, "low pass hamming window"},
-        {"interp", 3, FAMILY_PLAIN, "interpolate data"},
-    });
-    EXPECT_EQ(FunctionIndex("ftu"), -1);
 }
 
 }  // namespace
