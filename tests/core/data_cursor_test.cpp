@@ -8,16 +8,9 @@
 #include <random>
 #include <vector>
 
-namespace {
+#include "tests/core/owned_record.h"
 
-struct Owned : CZrkData {
-    Owned(int t, res_t x, res_t y = 1, res_t z = 1) {
-        SetHeader(t, x, y, z, 1, 1, 1);
-        AllocateOrThrow();
-        std::memset(data, 0, Bytes());
-    }
-    ~Owned() { FreeData(); }
-};
+namespace {
 
 template <class S>
 S Stored(const CZrkData& d, size_t k) {

@@ -8,17 +8,9 @@
 
 #include "core/host.h"
 #include "core/zrk_error.h"
+#include "tests/core/owned_record.h"
 
 namespace {
-
-// A record with its own samples, released at the end of the test.
-struct Owned : CZrkData {
-    Owned(int t, res_t x, res_t y = 1, res_t z = 1, res_t tt = 1, res_t u = 1, res_t v = 1) {
-        SetHeader(t, x, y, z, tt, u, v);
-        AllocateOrThrow();
-    }
-    ~Owned() { FreeData(); }
-};
 
 std::string ErrorOf(void (*f)(CZrkData&), CZrkData& d) {
     try {

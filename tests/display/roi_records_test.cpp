@@ -13,7 +13,7 @@
 #include "core/data_cursor.h"
 #include "core/data_space.h"
 #include "display/roi_mask.h"
-#include "tests/wave/python_ref.h"
+#include "tests/peer.h"
 
 namespace {
 
@@ -59,7 +59,7 @@ TEST_F(RoiRecords, BinaryImageMarksWhereItsIIsNonZeroAsAFloat) {
         const double* p = CBlockReader<double>(b, 2).Read(0, b->Count(), stored.data());
         stored.assign(p, p + stored.size());
         const std::vector<double> ref =
-            python_values("nan = np.nan\nv = np.array(" + DoubleList(stored) +
+            peer::Values("nan = np.nan\nv = np.array(" + DoubleList(stored) +
                           ")\nfor x in (v[0::2].astype(np.float32) != 0): print(int(x))\n");
         ASSERT_EQ(ref.size(), nx * ny);
         const CZrkData* m = GetRoiMask(ROI_BINARY, nx, ny);

@@ -1,21 +1,14 @@
 """Reference results of the convolution and median operators from NumPy and SciPy.
 
-Usage: convolution_check.py DIR. DIR holds the inputs NAME.bin (complex128, Fortran order)
-with NAME.shape (six sizes) and NAME.cplx (1 when the array is complex), and cases.txt with
-one case a line: "id op args...". For each case this writes DIR/id.bin (complex128, Fortran
-order), DIR/id.shape and DIR/id.cplx.
+Usage: convolution_check.py DIR, with the inputs and the case lines "id op args..." in DIR
+(see peer.py). Inputs are taken as float64, or complex128 when complex; each result is
+complex128 when complex, else float64.
 """
-import sys
-
 import numpy as np
 import scipy.ndimage as ndi
 import scipy.signal as sig
 
-
-def load(folder, name):
-    shape = tuple(int(v) for v in open(f"{folder}/{name}.shape").read().split())
-    a = np.fromfile(f"{folder}/{name}.bin", dtype=np.complex128).reshape(shape, order="F")
-    return a if open(f"{folder}/{name}.cplx").read().strip() == "1" else a.real.copy()
+import peer
 
 
 def circular(a, k):
@@ -77,7 +70,10 @@ def window_pick(a, key, size):
 
 
 def compute(arrays, op, args):
-    get = lambda name: arrays[name]
+    def get(name):
+        a = arrays[name]
+        return a.astype(np.complex128 if np.iscomplexobj(a) else np.float64)
+
     if op in ("conv", "corr"):
         a, k = get(args[0]), get(args[1])
         if op == "conv":
@@ -111,19 +107,10 @@ def compute(arrays, op, args):
     raise ValueError(op)
 
 
-def main(folder):
-    cases = [line.split() for line in open(f"{folder}/cases.txt") if line.strip()]
-    names = {name for c in cases for name in c[2:] if name.startswith("A")}
-    arrays = {name: load(folder, name) for name in names}
-    for fields in cases:
-        out = np.asarray(compute(arrays, fields[1], fields[2:]))
-        np.asarray(out, dtype=np.complex128).reshape(-1, order="F").tofile(
-            f"{folder}/{fields[0]}.bin")
-        with open(f"{folder}/{fields[0]}.shape", "w") as f:
-            f.write(" ".join(str(v) for v in out.shape))
-        with open(f"{folder}/{fields[0]}.cplx", "w") as f:
-            f.write("1" if np.iscomplexobj(out) else "0")
+def reference(arrays, op, args):
+    out = np.asarray(compute(arrays, op, args))
+    return out.astype(np.complex128 if np.iscomplexobj(out) else np.float64)
 
 
 if __name__ == "__main__":
-    main(sys.argv[1])
+    peer.run(reference)

@@ -1,20 +1,13 @@
 """Reference results of the matrix operators with NumPy.
 
-Usage: matrix_check.py DIR. DIR/cases.txt holds one case a line:
-    "id op p q thresh dtype_a [dtype_b]"
-with op one of mul, div, minv, diag, trace and p, q the directions of the matrix plane (0 ... 5;
-rows along p, columns along q). The operands are DIR/id_a.bin and DIR/id_b.bin (Fortran order)
-with six resolutions in DIR/id_a.shape and DIR/id_b.shape. For each case this writes the result
-as complex128 in DIR/id.bin (Fortran order) and its six resolutions in DIR/id.shape.
+Usage: matrix_check.py DIR, with the operands and the case lines in DIR (see peer.py):
+    "id op p q thresh a [b]"
+with op one of mul, div, minv, diag, trace, p and q the directions of the matrix plane (0 ... 5;
+rows along p, columns along q) and a, b the names of the operands. Each result is complex128.
 """
-import sys
-
 import numpy as np
 
-
-def load(folder, name, dtype):
-    shape = tuple(int(v) for v in open(f"{folder}/{name}.shape").read().split())
-    return np.fromfile(f"{folder}/{name}.bin", dtype=dtype).reshape(shape, order="F")
+import peer
 
 
 def to_plane(a, p, q):
@@ -49,19 +42,11 @@ def compute(op, p, q, thresh, a, b):
     raise ValueError(op)
 
 
-def main(folder):
-    for line in open(f"{folder}/cases.txt"):
-        fields = line.split()
-        if not fields:
-            continue
-        case, op, p, q, thresh = fields[0], fields[1], int(fields[2]), int(fields[3]), float(fields[4])
-        a = load(folder, f"{case}_a", np.dtype(fields[5]))
-        b = load(folder, f"{case}_b", np.dtype(fields[6])) if len(fields) > 6 else None
-        out = np.asarray(compute(op, p, q, thresh, a, b), dtype=np.complex128)
-        out.reshape(-1, order="F").tofile(f"{folder}/{case}.bin")
-        with open(f"{folder}/{case}.shape", "w") as f:
-            f.write(" ".join(str(v) for v in out.shape))
+def reference(arrays, op, args):
+    p, q, thresh = int(args[0]), int(args[1]), float(args[2])
+    b = arrays[args[4]] if len(args) > 4 else None
+    return np.asarray(compute(op, p, q, thresh, arrays[args[3]], b), dtype=np.complex128)
 
 
 if __name__ == "__main__":
-    main(sys.argv[1])
+    peer.run(reference)

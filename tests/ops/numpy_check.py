@@ -1,19 +1,13 @@
 """Computes the reference results of the structural operators with NumPy.
 
-Usage: numpy_check.py DIR DTYPE. DIR holds a.bin and b.bin (DTYPE, Fortran order), their shapes
-in a.shape and b.shape, and cases.txt with one case a line: "id op args...". For each case this
-writes DIR/id.bin (DTYPE, Fortran order) and DIR/id.shape.
+Usage: numpy_check.py DIR, with the arrays a and b and the case lines "id op args..." in DIR
+(see peer.py). Each result keeps the element type of a.
 """
-import sys
-
 import numpy as np
 
+import peer
+
 AXES = "xyzt"
-
-
-def load(folder, name, dtype):
-    shape = tuple(int(v) for v in open(f"{folder}/{name}.shape").read().split())
-    return np.fromfile(f"{folder}/{name}.bin", dtype=dtype).reshape(shape, order="F")
 
 
 def pad(a, axis, n, symmetric):
@@ -66,17 +60,6 @@ def compute(a, b, op, args):
     raise ValueError(op)
 
 
-def main(folder, dtype):
-    a, b = load(folder, "a", dtype), load(folder, "b", dtype)
-    for line in open(f"{folder}/cases.txt"):
-        fields = line.split()
-        if not fields:
-            continue
-        out = np.asarray(compute(a, b, fields[1], fields[2:]), dtype=dtype)
-        out.reshape(-1, order="F").tofile(f"{folder}/{fields[0]}.bin")
-        with open(f"{folder}/{fields[0]}.shape", "w") as f:
-            f.write(" ".join(str(v) for v in out.shape))
-
-
 if __name__ == "__main__":
-    main(sys.argv[1], np.dtype(sys.argv[2]))
+    peer.run(lambda arrays, op, args: np.asarray(
+        compute(arrays["a"], arrays["b"], op, args), dtype=arrays["a"].dtype))

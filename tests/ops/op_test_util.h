@@ -2,8 +2,6 @@
 // plain reading of a record's numbers.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <initializer_list>
 #include <string>
@@ -12,7 +10,6 @@
 #include "core/data_cursor.h"
 #include "core/data_space.h"
 #include "core/zrk_data.h"
-#include "eval/function_table.h"
 
 // A string argument as the language passes it: an n1 array of the characters.
 inline CZrkData* Text(CDataSpace& s, const char* text) {
@@ -48,32 +45,4 @@ inline std::vector<float> Values(const CZrkData* a) {
 
 inline std::vector<res_t> Shape(const CZrkData* a) {
     return {a->nx, a->ny, a->nz, a->nt, a->nu, a->nv};
-}
-
-// One row of the function table as the browser and CallFunction see it.
-struct CRowCase {
-    const char* name;
-    int args;  // the fixed count
-    int64_t family;
-    const char* title;  // null for a variant, hidden in the browser
-};
-
-inline void ExpectRows(std::initializer_list<CRowCase> rows) {
-    for (const CRowCase& r : rows) {
-        SCOPED_TRACE(r.name);
-        const CFuncRow* row = FunctionRow(FunctionIndex(r.name));
-        ASSERT_NE(row, nullptr);
-        EXPECT_EQ(row->min_args, r.args);
-        EXPECT_EQ(row->max_args, r.args);
-        EXPECT_EQ(row->family, r.family);
-        if (!r.title) {
-            EXPECT_EQ(row->help, nullptr);
-            continue;
-        }
-        ASSERT_NE(row->help, nullptr);
-        const CFuncHelp help = ReadHelp(row->help);
-        EXPECT_STREQ(help.title, r.title);
-        EXPECT_FALSE(help.arguments.empty());
-        EXPECT_FALSE(help.lines.empty());
-    }
 }

@@ -1,20 +1,14 @@
 """Computes the reference results of the reductions with NumPy.
 
-Usage: reduce_numpy.py DIR DTYPE. DIR holds a.bin (DTYPE, Fortran order), its shape in a.shape,
-and cases.txt with one case a line: "id op axis". For each case this writes DIR/id.bin
-(complex128 when DTYPE is complex, else float64; Fortran order) and DIR/id.shape, with the
-reduced axis kept as 1.
+Usage: reduce_numpy.py DIR, with the array a and the case lines "id op axis" in DIR (see
+peer.py). Each result is complex128 when a is complex, else float64, with the reduced axis
+kept as 1.
 """
-import sys
-
 import numpy as np
 
+import peer
+
 AXES = "xyzt"
-
-
-def load(folder, dtype):
-    shape = tuple(int(v) for v in open(f"{folder}/a.shape").read().split())
-    return np.fromfile(f"{folder}/a.bin", dtype=dtype).reshape(shape, order="F")
 
 
 def per_part(a, f):
@@ -51,20 +45,12 @@ def compute(a, op, axis):
     raise ValueError(op)
 
 
-def main(folder, dtype):
-    a = load(folder, dtype)
-    out_type = np.complex128 if np.iscomplexobj(a) else np.float64
-    for line in open(f"{folder}/cases.txt"):
-        fields = line.split()
-        if not fields:
-            continue
-        with np.errstate(over="ignore"):
-            out = np.asarray(compute(a, fields[1], AXES.index(fields[2])))
-        out = out.astype(out_type)
-        out.reshape(-1, order="F").tofile(f"{folder}/{fields[0]}.bin")
-        with open(f"{folder}/{fields[0]}.shape", "w") as f:
-            f.write(" ".join(str(v) for v in out.shape))
+def reference(arrays, op, args):
+    a = arrays["a"]
+    with np.errstate(over="ignore"):
+        out = np.asarray(compute(a, op, AXES.index(args[0])))
+    return out.astype(np.complex128 if np.iscomplexobj(a) else np.float64)
 
 
 if __name__ == "__main__":
-    main(sys.argv[1], np.dtype(sys.argv[2]))
+    peer.run(reference)

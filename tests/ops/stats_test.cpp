@@ -16,7 +16,7 @@
 #include "core/data_space.h"
 #include "core/host.h"
 #include "display/roi_mask.h"
-#include "tests/wave/python_ref.h"
+#include "tests/peer.h"
 
 namespace {
 
@@ -72,10 +72,10 @@ TEST_P(StatsNumpy, EveryFormMatchesNumpyThroughTheChannel) {
                                 static_cast<const float*>(a->data) + 2 * a->Count());
     std::string script = "import warnings\nwarnings.simplefilter('ignore')\nnan = np.nan\n"
                          "inf = np.inf\nv = np.array(" +
-                         py_list(iq.data(), iq.size()) +
+                         peer::Literal(iq.data(), iq.size()) +
                          ", dtype=np.float32).astype(np.float64)\ni, q = v[0::2], v[1::2]\n"
                          "mask = np.array(" +
-                         py_list(mask_values.data(), mask_values.size()) + ") != 0\n";
+                         peer::Literal(mask_values.data(), mask_values.size()) + ") != 0\n";
     script += "c = [i, q, np.sqrt((i * i + q * q).astype(np.float32)),"
               " np.arctan2(q, i).astype(np.float32)][" +
               std::to_string(iqmp) + "].astype(np.float64)\n";
@@ -91,7 +91,7 @@ TEST_P(StatsNumpy, EveryFormMatchesNumpyThroughTheChannel) {
               "for x in (line, plane):\n"
               "    f = finite(x)\n"
               "    print(len(x), f.min(), f.max(), f.mean(), f.std())\n";
-    const std::vector<double> ref = python_values(script);
+    const std::vector<double> ref = peer::Values(script);
     ASSERT_EQ(ref.size(), 20u);
 
     auto near = [](float got, double want) {

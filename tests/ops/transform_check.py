@@ -1,24 +1,18 @@
 """Reference results of the transforms, data windows, filter kernels and interp, from NumPy
 and SciPy.
 
-Usage: transform_check.py DIR. DIR holds NAME.bin (complex64, x fastest) and NAME.shape for
-each input array, and cases.txt with one case a line: "id op args...". For each case this
-writes DIR/id.bin (complex64, x fastest) and DIR/id.shape.
+Usage: transform_check.py DIR, with the inputs and the case lines "id op args..." in DIR (see
+peer.py). Inputs are taken as complex64; each result is complex64.
 """
-import sys
-
 import numpy as np
 from scipy.signal import windows
+
+import peer
 
 AXES = "xyztuv"
 WINDOWS = {"bart": windows.bartlett, "black": windows.blackman, "hann": windows.hann,
            "hamm": windows.hamming}
 F32 = np.float32
-
-
-def load(folder, name):
-    shape = tuple(int(v) for v in open(f"{folder}/{name}.shape").read().split())
-    return np.fromfile(f"{folder}/{name}.bin", dtype=np.complex64).reshape(shape, order="F")
 
 
 def along(v, axis, ndim):
@@ -138,10 +132,10 @@ def interp(a, dirs, m):
     return a
 
 
-def compute(folder, op, args):
+def compute(arrays, op, args):
     if op == "kernel":
         return kernel(args[0], args[1], float(args[2]), int(args[3]), int(args[4]))
-    a = load(folder, args[0])
+    a = arrays[args[0]].astype(np.complex64)
     if op in ("ft", "mrft"):
         return ft(a, args[1], *(int(v) for v in args[2:5]), op == "ft")
     if op == "pnft":
@@ -153,16 +147,5 @@ def compute(folder, op, args):
     raise ValueError(op)
 
 
-def main():
-    folder = sys.argv[1]
-    for line in open(f"{folder}/cases.txt"):
-        words = line.split()
-        out = compute(folder, words[1], words[2:])
-        shape = list(out.shape) + [1] * (6 - out.ndim)
-        out.astype(np.complex64).reshape(-1, order="F").tofile(f"{folder}/{words[0]}.bin")
-        with open(f"{folder}/{words[0]}.shape", "w") as f:
-            f.write(" ".join(str(v) for v in shape))
-
-
 if __name__ == "__main__":
-    main()
+    peer.run(lambda arrays, op, args: compute(arrays, op, args).astype(np.complex64))

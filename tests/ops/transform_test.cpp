@@ -1,14 +1,10 @@
 // Transforms, windows, kernels and interp: against NumPy and SciPy run for real, through the
 // equation language, and their sizes, texts and edge cases.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <cmath>
 #include <complex>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <limits>
 #include <random>
@@ -26,10 +22,10 @@
 #include "ops/window.h"
 #include "tests/eval/eval_fixture.h"
 #include "tests/ops/op_test_util.h"
+#include "tests/peer.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using cfloat = std::complex<float>;
 
 // The elements of a record as complex numbers (q = 0 for a real one).
@@ -55,15 +51,6 @@ CZrkData* Random(CDataSpace& s, const char* name, int type, std::vector<res_t> s
         c.SetIQ(pair, k);
     }
     return a;
-}
-
-void Write(const fs::path& dir, const CZrkData* a) {
-    const std::vector<cfloat> v = Complex(a);
-    std::ofstream(dir / (std::string(a->name) + ".bin"), std::ios::binary)
-        .write(reinterpret_cast<const char*>(v.data()),
-               static_cast<std::streamsize>(v.size() * sizeof(cfloat)));
-    std::ofstream(dir / (std::string(a->name) + ".shape"))
-        << a->nx << ' ' << a->ny << ' ' << a->nz << ' ' << a->nt;
 }
 
 class Transform : public EvalTest {
@@ -174,30 +161,21 @@ TEST_F(Transform, MatchesNumpyAndScipy) {
         k.values = Complex(out);
     }
 
-    char pattern[] = "/tmp/quelmor_transform_XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    const fs::path dir = pattern;
-    for (const CZrkData* in : {a, b, c, p, r}) Write(dir, in);
-    {
-        std::ofstream list(dir / "cases.txt");
-        for (size_t k = 0; k < cases.size(); ++k) list << k << ' ' << cases[k].line << '\n';
-    }
-    const std::string command = std::string(QUELMOR_PYTHON) + " " + QUELMOR_TEST_DIR +
-                                "/transform_check.py " + dir.string();
-    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    peer::Peer py;
+    for (const CZrkData* in : {a, b, c, p, r}) py.Put(in->name, in);
+    std::vector<std::string> ids;
+    for (const Case& k : cases) ids.push_back(py.Case(k.line));
+    ASSERT_TRUE(py.Run("ops/transform_check.py"));
 
     for (size_t k = 0; k < cases.size(); ++k) {
         const Case& cs = cases[k];
         SCOPED_TRACE(cs.line);
-        const std::string id = std::to_string(k);
-        std::vector<res_t> want(6);
-        std::ifstream shape(dir / (id + ".shape"));
-        for (res_t& v : want) shape >> v;
-        ASSERT_EQ(cs.shape, want);
-        std::vector<cfloat> ref(cs.values.size());
-        std::ifstream(dir / (id + ".bin"), std::ios::binary)
-            .read(reinterpret_cast<char*>(ref.data()),
-                  static_cast<std::streamsize>(ref.size() * sizeof(cfloat)));
+        const peer::Array want = py.Get(ids[k]);
+        ASSERT_EQ(cs.shape, want.Shape6());
+        std::vector<cfloat> ref;
+        for (const std::complex<double> v : want.Complex())
+            ref.emplace_back(static_cast<float>(v.real()), static_cast<float>(v.imag()));
+        ASSERT_EQ(ref.size(), cs.values.size());
         // Single precision, relative to the largest magnitude of the result.
         float scale = 0;
         for (cfloat v : ref) scale = std::max(scale, std::abs(v));
@@ -208,7 +186,6 @@ TEST_F(Transform, MatchesNumpyAndScipy) {
                 ADD_FAILURE() << "element " << i << ": " << cs.values[i] << " want " << ref[i];
         EXPECT_EQ(bad, 0u);
     }
-    fs::remove_all(dir);
 }
 
 // Sizes and sides of padded lines: power of two, an odd excess to the high side, and the
@@ -406,6 +383,7 @@ TEST_F(Transform, VariantsAreTheGeneralCall) {
     }
     // interp: one resolution for every direction named.
     EXPECT_EQ(Shape(Find("b")), (std::vector<res_t>{5, 5, 2, 2, 1, 1}));
+    EXPECT_EQ(FunctionIndex("ftu"), -1);
 }
 
 TEST_F(Transform, Reports) {
@@ -443,24 +421,6 @@ TEST_F(Transform, Reports) {
             EXPECT_TRUE(Logged(r.caught)) << r.line;
         }
     }
-}
-
-TEST(Rows, CountsFamiliesAndTitles) {
-    ExpectRows({
-        {"ft", 5, FAMILY_XYZT, "fourier transform data"},
-        {"ftx", 4, FAMILY_PLAIN, nullptr},
-        {"ftt", 4, FAMILY_PLAIN, nullptr},
-        {"mrft", 5, FAMILY_XYZT, "mixed radix transform"},
-        {"mrfty", 4, FAMILY_PLAIN, nullptr},
-        {"pnft", 5, FAMILY_XYZT, "partial nex transform along x"},
-        {"pnftz", 4, FAMILY_PLAIN, nullptr},
-        {"bart", 4, FAMILY_PLAIN, "bartlett window"},
-        {"black", 4, FAMILY_PLAIN, "balckman window"},
-        {"hann", 4, FAMILY_PLAIN, "hanning window"},
-        {"hamm", 4, FAMILY_PLAIN, "low pass hamming window"},
-        {"interp", 3, FAMILY_PLAIN, "interpolate data"},
-    });
-    EXPECT_EQ(FunctionIndex("ftu"), -1);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@
 #include "core/data_space.h"
 #include "core/element_type.h"
 #include "ops/vector_product.h"
-#include "tests/wave/python_ref.h"
+#include "tests/peer.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ CZrkData* Random(CDataSpace& s, int type, const res_t res[4], std::mt19937& g) {
 // The array as NumPy complex values, shaped with x last.
 std::string AsNumpy(const char* name, const CZrkData* a) {
     const std::vector<float> v = Pairs(a);
-    return "v = np.array(" + py_list(v.data(), v.size()) + ")\n" + name +
+    return "v = np.array(" + peer::Literal(v.data(), v.size()) + ")\n" + name +
            " = (v[0::2] + 1j * v[1::2]).reshape(" + std::to_string(a->nt) + ", " +
            std::to_string(a->nz) + ", " + std::to_string(a->ny) + ", " + std::to_string(a->nx) +
            ")\n";
@@ -73,7 +73,7 @@ TEST_P(VectorProducts, CrossAndDotMatchNumpyInEveryDirection) {
             got.insert(got.end(), v.begin(), v.end());
         }
     }
-    const std::vector<double> ref = python_values(script);
+    const std::vector<double> ref = peer::Values(script);
     ASSERT_EQ(got.size(), ref.size());
     for (size_t k = 0; k < got.size(); ++k)
         ASSERT_NEAR(got[k], ref[k], 1e-5 * (1 + std::abs(ref[k]))) << "number " << k;

@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "tests/wave/python_ref.h"
+#include "tests/peer.h"
 #include "wave/fft.h"
 #include "wave/messages.h"
 
@@ -152,11 +152,11 @@ TEST(Fourier, General3dMatchesNumpyFftn) {
     const int nx = 6, ny = 5, nz = 7;
     size_t n = size_t(nx) * ny * nz;
     auto v = noise(2 * n, 11);
-    std::string script = "v = np.array(" + py_list(v.data(), v.size()) +
+    std::string script = "v = np.array(" + peer::Literal(v.data(), v.size()) +
                          ")\nc = (v[0::2] + 1j * v[1::2]).reshape(" + std::to_string(nz) + "," +
                          std::to_string(ny) + "," + std::to_string(nx) +
                          ")\nf = np.fft.fftn(c).ravel()\nfor x in f: print(x.real, x.imag)\n";
-    auto ref = python_values(script);
+    auto ref = peer::Values(script);
     ASSERT_EQ(ref.size(), 2 * n);
     GENERAL_cvfft_3d(v.data(), nx, ny, nz, 1);
     for (size_t i = 0; i < 2 * n; ++i) EXPECT_NEAR(v[i], ref[i], 2e-5 * 20) << i;
@@ -166,7 +166,7 @@ TEST(Fourier, RealTransformMatchesNumpyRfftAndRoundTrips) {
     const int n = 12;
     auto v = noise(n, 5);
     auto orig = v;
-    auto ref = python_values("f = np.fft.rfft(np.array(" + py_list(v.data(), n) +
+    auto ref = peer::Values("f = np.fft.rfft(np.array(" + peer::Literal(v.data(), n) +
                              "))\nfor x in f: print(x.real, x.imag)\n");
     ASSERT_EQ(ref.size(), size_t(n + 2));
     rvfft(v.data(), n, 1);
@@ -211,7 +211,7 @@ TEST(Fourier, ShiftMatchesNumpyFftshiftAndOddSizesReturnANewBlock) {
         size_t n = size_t(c.nx) * c.ny * c.nz;
         auto* buf = static_cast<float*>(std::malloc(sizeof(float) * 2 * n));
         for (size_t i = 0; i < n; ++i) buf[2 * i] = float(i), buf[2 * i + 1] = -float(i);
-        auto ref = python_values("a = np.arange(" + std::to_string(n) + ").reshape(" +
+        auto ref = peer::Values("a = np.arange(" + std::to_string(n) + ").reshape(" +
                                  std::to_string(c.nz) + "," + std::to_string(c.ny) + "," +
                                  std::to_string(c.nx) +
                                  ")\nfor x in np.fft.fftshift(a).ravel(): print(x)\n");

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tests/wave/buffer_driver.h"
-#include "tests/wave/python_ref.h"
+#include "tests/peer.h"
 #include "wave/filter3d.h"
 #include "wave/kernels.h"
 #include "wave/messages.h"
@@ -20,7 +20,7 @@ TEST(SavitzkyGolay, MatchesScipySavgolCoeffs) {
         script += "for x in scipy.signal.savgol_coeffs(" + std::to_string(2 * c.half + 1) + "," +
                   std::to_string(c.order) + ",deriv=" + std::to_string(c.deriv) +
                   ",use='dot'): print(x)\n";
-    auto ref = python_values(script);
+    auto ref = peer::Values(script);
     size_t at = 0;
     for (auto c : cases) {
         int m = 2 * c.half + 1;
@@ -39,7 +39,7 @@ TEST(SavitzkyGolay, PseudoInverseMatchesNumpyPinv) {
     for (int i = 0; i < m * n; ++i) a[i] = std::sin(1.3 * i) + (i % 4);
     std::string lit = "[";
     for (double v : a) lit += std::to_string(v) + ",";
-    auto ref = python_values("a = np.array(" + lit + "]).reshape(5,3)\nfor x in np.linalg.pinv(a).ravel(): print(x)\n");
+    auto ref = peer::Values("a = np.array(" + lit + "]).reshape(5,3)\nfor x in np.linalg.pinv(a).ravel(): print(x)\n");
     // Same digits in as numpy saw.
     for (double& v : a) v = std::stod(std::to_string(v));
     ASSERT_EQ(pinv_svd(a.data(), p.data(), m, n, 1e-10), 0);

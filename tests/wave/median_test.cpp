@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/wave/python_ref.h"
+#include "tests/peer.h"
 #include "wave/kernels.h"
 
 namespace {
@@ -38,9 +38,9 @@ TEST(WaveMedian, PickIsTheLowerMiddleOfNumpysSortWithNanLast) {
     const auto samples = Samples();
     std::string script = "nan = np.nan\n";
     for (const auto& v : samples)
-        script += "a = np.sort(np.array(" + py_list(v.data(), v.size()) +
+        script += "a = np.sort(np.array(" + peer::Literal(v.data(), v.size()) +
                   ", dtype=np.float32))\nprint(float(a[(len(a) - 1) // 2]))\n";
-    const std::vector<double> ref = python_values(script);
+    const std::vector<double> ref = peer::Values(script);
     ASSERT_EQ(ref.size(), samples.size());
     for (size_t c = 0; c < samples.size(); ++c) {
         std::vector<float> buf = samples[c];
@@ -60,14 +60,14 @@ TEST(WaveMedian, WindowMedianIsScipysWithZerosBeyondTheEdge) {
     for (float& v : img) v = (g() % 5 == 0) ? float(int(u(g))) : u(g);
     // Even sizes grow to the next odd one; 1 leaves that direction alone.
     const int wins[][2] = {{3, 3}, {5, 3}, {1, 5}, {4, 4}, {7, 9}, {1, 1}};
-    std::string script = "import scipy.ndimage\nimg = np.array(" + py_list(img.data(), img.size()) +
+    std::string script = "import scipy.ndimage\nimg = np.array(" + peer::Literal(img.data(), img.size()) +
                          ", dtype=np.float32).reshape(" + std::to_string(ny) + ", " +
                          std::to_string(nx) + ")\n";
     for (const auto& w : wins)
         script += "for x in scipy.ndimage.median_filter(img, size=(" +
                   std::to_string(w[0] / 2 * 2 + 1) + ", " + std::to_string(w[1] / 2 * 2 + 1) +
                   "), mode='constant', cval=0.0).ravel(): print(float(x))\n";
-    const std::vector<double> ref = python_values(script);
+    const std::vector<double> ref = peer::Values(script);
     ASSERT_EQ(ref.size(), std::size(wins) * img.size());
     const int dims[2] = {ny, nx};
     for (size_t k = 0; k < std::size(wins); ++k) {
