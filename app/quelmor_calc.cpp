@@ -11,21 +11,22 @@
 #include <string>
 #include <vector>
 
+#include "core/block_io.h"
 #include "core/data_space.h"
 #include "core/host.h"
-#include "core/script_space.h"
-#include "core/block_io.h"
-#include "eval/equation_bar.h"
 #include "core/report.h"
+#include "core/script_space.h"
+#include "eval/equation_bar.h"
 #include "ops/function_rows.h"
 
 namespace {
 
 class CConsoleHost : public CHost {
-public:
+  public:
     void History(const std::string& line) override {
         std::string text = line;
-        if (text.size() >= 2 && text.compare(text.size() - 2, 2, "\r\n") == 0) text.resize(text.size() - 2);
+        if (text.size() >= 2 && text.compare(text.size() - 2, 2, "\r\n") == 0)
+            text.resize(text.size() - 2);
         std::printf("%s\n", text.c_str());
     }
     void Message(const std::string& text) override { std::fprintf(stderr, "%s", text.c_str()); }

@@ -1,7 +1,7 @@
 // Block access to a record's samples as numbers of a working type W (float, double,
-// int64_t or uint64_t), in `comps` components per element: 1 reads i only, 2 reads i and q (q = 0 for a
-// real record). The routines are picked once, at construction; when the record already
-// stores W in the wanted layout, blocks are handed out in place and nothing is copied.
+// int64_t or uint64_t), in `comps` components per element: 1 reads i only, 2 reads i and q (q = 0
+// for a real record). The routines are picked once, at construction; when the record already stores
+// W in the wanted layout, blocks are handed out in place and nothing is copied.
 //
 //   CBlockReader<float> in(a, 1);
 //   CBlockWriter<float> out(b, 1);
@@ -37,7 +37,7 @@ constexpr bool StoresWorking(int type, int comps) {
 
 template <class W>
 class CBlockReader {
-public:
+  public:
     CBlockReader(const CZrkData* record, int comps)
         : comps_(comps),
           base_(static_cast<const char*>(record->Data())),
@@ -55,7 +55,7 @@ public:
         return buf;
     }
 
-private:
+  private:
     int comps_;
     const char* base_;
     bool direct_;
@@ -64,7 +64,7 @@ private:
 
 template <class W>
 class CBlockWriter {
-public:
+  public:
     CBlockWriter(CZrkData* record, int comps)
         : comps_(comps),
           base_(static_cast<char*>(record->Data())),
@@ -86,7 +86,7 @@ public:
         }
     }
 
-private:
+  private:
     int comps_;
     char* base_;
     bool direct_;

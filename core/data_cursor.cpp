@@ -60,17 +60,48 @@ inline void ConvertBlock(const From* in, size_t n, size_t in_stride, To* out, si
     for (size_t j = 0; j < n; ++j) out[j * out_stride] = Convert<To>(in[j * in_stride]);
 }
 
-template <int Base> struct StorageOf;
-template <> struct StorageOf<TYPE_I1> { using type = int8_t; };
-template <> struct StorageOf<TYPE_I2> { using type = int16_t; };
-template <> struct StorageOf<TYPE_I4> { using type = int32_t; };
-template <> struct StorageOf<TYPE_I8> { using type = int64_t; };
-template <> struct StorageOf<TYPE_N1> { using type = uint8_t; };
-template <> struct StorageOf<TYPE_N2> { using type = uint16_t; };
-template <> struct StorageOf<TYPE_N4> { using type = uint32_t; };
-template <> struct StorageOf<TYPE_N8> { using type = uint64_t; };
-template <> struct StorageOf<TYPE_R4> { using type = float; };
-template <> struct StorageOf<TYPE_R8> { using type = double; };
+template <int Base>
+struct StorageOf;
+template <>
+struct StorageOf<TYPE_I1> {
+    using type = int8_t;
+};
+template <>
+struct StorageOf<TYPE_I2> {
+    using type = int16_t;
+};
+template <>
+struct StorageOf<TYPE_I4> {
+    using type = int32_t;
+};
+template <>
+struct StorageOf<TYPE_I8> {
+    using type = int64_t;
+};
+template <>
+struct StorageOf<TYPE_N1> {
+    using type = uint8_t;
+};
+template <>
+struct StorageOf<TYPE_N2> {
+    using type = uint16_t;
+};
+template <>
+struct StorageOf<TYPE_N4> {
+    using type = uint32_t;
+};
+template <>
+struct StorageOf<TYPE_N8> {
+    using type = uint64_t;
+};
+template <>
+struct StorageOf<TYPE_R4> {
+    using type = float;
+};
+template <>
+struct StorageOf<TYPE_R8> {
+    using type = double;
+};
 
 // The routines of one element type (T) for one working type (W).
 template <class W, int T>
@@ -82,9 +113,7 @@ struct Routines {
     static const S* At(const char* base, uint64_t index) {
         return reinterpret_cast<const S*>(base) + index * kComps;
     }
-    static S* At(char* base, uint64_t index) {
-        return reinterpret_cast<S*>(base) + index * kComps;
-    }
+    static S* At(char* base, uint64_t index) { return reinterpret_cast<S*>(base) + index * kComps; }
 
     static W GetI(const char* base, uint64_t index) { return Convert<W>(*At(base, index)); }
     static W GetQ(const char* base, uint64_t index) {
@@ -201,9 +230,7 @@ struct Nothing {
     static void GetIQ(const char*, uint64_t, W* pair) { pair[0] = pair[1] = W(0); }
     static void SetIQ(char*, uint64_t, const W*) {}
     static void SetI(char*, uint64_t, W) {}
-    static void GetBlock(const char*, uint64_t, size_t n, W* out) {
-        std::fill(out, out + n, W(0));
-    }
+    static void GetBlock(const char*, uint64_t, size_t n, W* out) { std::fill(out, out + n, W(0)); }
     static void GetIQBlock(const char*, uint64_t, size_t n, W* out) {
         std::fill(out, out + 2 * n, W(0));
     }

@@ -23,7 +23,7 @@
 
 template <class W>
 class CDataCursor {
-public:
+  public:
     explicit CDataCursor(const CZrkData* record, int iqmp = 0);
 
     void SetIqmp(int iqmp);
@@ -38,11 +38,27 @@ public:
     void SetI(W value, uint64_t index) { set_i_(base_, index, value); }
 
     // Sequential forms: at the current position, then one element on.
-    void GetIQ(W pair[2]) { get_iq_(pos_, 0, pair); pos_ += step_; }
-    void GetI(W& value) { value = get_i_(pos_, 0); pos_ += step_; }
-    void SetIQ(const W pair[2]) { set_iq_(pos_, 0, pair); pos_ += step_; }
-    void SetI(W value) { set_i_(pos_, 0, value); pos_ += step_; }
-    W Get() { W v = get_(pos_, 0); pos_ += step_; return v; }
+    void GetIQ(W pair[2]) {
+        get_iq_(pos_, 0, pair);
+        pos_ += step_;
+    }
+    void GetI(W& value) {
+        value = get_i_(pos_, 0);
+        pos_ += step_;
+    }
+    void SetIQ(const W pair[2]) {
+        set_iq_(pos_, 0, pair);
+        pos_ += step_;
+    }
+    void SetI(W value) {
+        set_i_(pos_, 0, value);
+        pos_ += step_;
+    }
+    W Get() {
+        W v = get_(pos_, 0);
+        pos_ += step_;
+        return v;
+    }
 
     void Seek(uint64_t index);
     void Seek(res_t x, res_t y);
@@ -69,7 +85,7 @@ public:
     using GetBlockFn = void (*)(const char*, uint64_t, size_t, W*);
     using SetBlockFn = void (*)(char*, uint64_t, size_t, const W*);
 
-private:
+  private:
     const CZrkData* record_;
     int iqmp_;
     int type_;

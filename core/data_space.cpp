@@ -4,20 +4,45 @@
 #include <new>
 
 #include "core/host.h"
-#include "core/report.h"
 #include "core/key_reader.h"
 #include "core/name_list.h"
+#include "core/report.h"
 #include "core/window_space.h"
 #include "core/zrk_error.h"
 
 namespace {
 
 const char* const kReserved[] = {
-    "binary_copy", "filt_coef", "zrk_angle", "zrk_line", "zrk_profile", "recycle_bin",
-    "roi_mask", "roi_draw", "roi_ellip", "roi_fill", "roi_rect", "roi_binary", "roi_x",
-    "roi_y", "hist_nbins", "hist_range", "pi", "e", "this", "quelmor.wave_dir",
-    "quelmor.filter", "quelmor.mask", "quelmor.pre", "quelmor.unwrap", "quelmor.yunwrap",
-    "quelmor.zunwrap", "quelmor.r1i1", "quelmor.curlx", "quelmor.curly", "quelmor.curlz",
+    "binary_copy",
+    "filt_coef",
+    "zrk_angle",
+    "zrk_line",
+    "zrk_profile",
+    "recycle_bin",
+    "roi_mask",
+    "roi_draw",
+    "roi_ellip",
+    "roi_fill",
+    "roi_rect",
+    "roi_binary",
+    "roi_x",
+    "roi_y",
+    "hist_nbins",
+    "hist_range",
+    "pi",
+    "e",
+    "this",
+    "quelmor.wave_dir",
+    "quelmor.filter",
+    "quelmor.mask",
+    "quelmor.pre",
+    "quelmor.unwrap",
+    "quelmor.yunwrap",
+    "quelmor.zunwrap",
+    "quelmor.r1i1",
+    "quelmor.curlx",
+    "quelmor.curly",
+    "quelmor.curlz",
 };
 
 // Releases the samples and the record.
@@ -61,8 +86,8 @@ CZrkData* CDataSpace::NewRecord(const char* name) {
     }
 }
 
-CZrkData* CDataSpace::NewData(int type, res_t nx, res_t ny, res_t nz, res_t nt, res_t nu,
-                              res_t nv, const char* name) {
+CZrkData* CDataSpace::NewData(int type, res_t nx, res_t ny, res_t nz, res_t nt, res_t nu, res_t nv,
+                              const char* name) {
     return Guarded("CDataSpace::NewData", static_cast<CZrkData*>(nullptr), [&]() -> CZrkData* {
         list.reserve(list.size() + 1);
         auto* record = new CZrkData;
@@ -92,8 +117,8 @@ CZrkData* CDataSpace::NewData(const CZrkData* templ, const char* name) {
     if (!templ || templ->nx == 0 || templ->ny == 0 || templ->nz == 0 || templ->nt == 0 ||
         templ->nu == 0 || templ->nv == 0)
         return nullptr;
-    return NewData(templ->type, templ->nx, templ->ny, templ->nz, templ->nt, templ->nu,
-                   templ->nv, name);
+    return NewData(templ->type, templ->nx, templ->ny, templ->nz, templ->nt, templ->nu, templ->nv,
+                   name);
 }
 
 CZrkData* CDataSpace::AddToList(CZrkData* record, const char* name) {

@@ -22,7 +22,7 @@ class CKeyReader;
 class CWindowEntry;
 
 class CDataSpace {
-public:
+  public:
     CDataSpace() = default;
     ~CDataSpace();
     CDataSpace(const CDataSpace&) = delete;
@@ -82,7 +82,7 @@ public:
     bool sorted = false;
     bool unique = false;
 
-private:
+  private:
     CZrkData* UpdateList(CZrkData* record);
     CZrkData* NewRecord(const char* name);
     static CZrkData* FollowLink(CZrkData* record);

@@ -58,8 +58,8 @@ int PromoteInteger(int a, int b) {
 
 int TypeFromText(const char* text) {
     if (!text) return TYPE_NULL;
-    const bool complex = Has(text, "complex") || Has(text, "c") || Has(text, "iq") ||
-                         Has(text, "quad");
+    const bool complex =
+        Has(text, "complex") || Has(text, "c") || Has(text, "iq") || Has(text, "quad");
     int base = TYPE_NULL;
     if (Has(text, "n1") || Has(text, "u1"))
         base = TYPE_N1;

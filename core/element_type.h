@@ -10,12 +10,26 @@
 
 enum : int {
     TYPE_NULL = -1,
-    TYPE_I1 = 0, TYPE_I2, TYPE_I4, TYPE_I8,
-    TYPE_N1, TYPE_N2, TYPE_N4, TYPE_N8,
-    TYPE_R4, TYPE_R8,
-    TYPE_CI1, TYPE_CI2, TYPE_CI4, TYPE_CI8,
-    TYPE_CN1, TYPE_CN2, TYPE_CN4, TYPE_CN8,
-    TYPE_CR4, TYPE_CR8,
+    TYPE_I1 = 0,
+    TYPE_I2,
+    TYPE_I4,
+    TYPE_I8,
+    TYPE_N1,
+    TYPE_N2,
+    TYPE_N4,
+    TYPE_N8,
+    TYPE_R4,
+    TYPE_R8,
+    TYPE_CI1,
+    TYPE_CI2,
+    TYPE_CI4,
+    TYPE_CI8,
+    TYPE_CN1,
+    TYPE_CN2,
+    TYPE_CN4,
+    TYPE_CN8,
+    TYPE_CR4,
+    TYPE_CR8,
     TYPE_COUNT
 };
 
@@ -35,7 +49,9 @@ const ElementTypeInfo* TypeInfo(int type);
 
 inline bool IsValidType(int type) { return type >= 0 && type < TYPE_COUNT; }
 inline bool IsComplexType(int type) { return type >= TYPE_CI1 && type < TYPE_COUNT; }
-inline bool IsFloatType(int type) { return type >= 0 && (type % 10 == TYPE_R4 || type % 10 == TYPE_R8); }
+inline bool IsFloatType(int type) {
+    return type >= 0 && (type % 10 == TYPE_R4 || type % 10 == TYPE_R8);
+}
 
 // The name text of a type, "null" for anything outside the table.
 const char* TypeName(int type);

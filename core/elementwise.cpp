@@ -5,14 +5,14 @@
 
 #include <sys/mman.h>
 
-#include "core/zrk_error.h"
 #include "core/math_errors.h"
+#include "core/zrk_error.h"
 
 namespace {
 
 const char* const kOpText[OP_BINARY_COUNT] = {
-    "+", "-", "*", "/", "%", "<<", ">>", "&", "|", "^", "==", "!=", "<", ">", "<=", ">=",
-    "&&", "||", "iqmul()", "iqdiv()", "pow()", "atan2()"};
+    "+",  "-", "*", "/",  "%",  "<<", ">>", "&",       "|",       "^",     "==",
+    "!=", "<", ">", "<=", ">=", "&&", "||", "iqmul()", "iqdiv()", "pow()", "atan2()"};
 
 bool IsComparison(int op) { return op >= OP_EQ && op <= OP_LOR; }
 bool IsIntegerOp(int op) { return op >= OP_SHL && op <= OP_BITXOR; }
@@ -25,15 +25,32 @@ void RunComparison(int op, const CZrkData* a, const CZrkData* b, CZrkData* out, 
         });
     };
     switch (op) {
-        case OP_EQ: zip([](W x, W y) { return x == y; }); break;
-        case OP_NE: zip([](W x, W y) { return x != y; }); break;
-        case OP_LT: zip([](W x, W y) { return x < y; }); break;
-        case OP_GT: zip([](W x, W y) { return x > y; }); break;
-        case OP_LE: zip([](W x, W y) { return x <= y; }); break;
-        case OP_GE: zip([](W x, W y) { return x >= y; }); break;
-        case OP_LAND: zip([](W x, W y) { return x != 0 && y != 0; }); break;
-        case OP_LOR: zip([](W x, W y) { return x != 0 || y != 0; }); break;
-        default: Raise("internal error, no operator");
+        case OP_EQ:
+            zip([](W x, W y) { return x == y; });
+            break;
+        case OP_NE:
+            zip([](W x, W y) { return x != y; });
+            break;
+        case OP_LT:
+            zip([](W x, W y) { return x < y; });
+            break;
+        case OP_GT:
+            zip([](W x, W y) { return x > y; });
+            break;
+        case OP_LE:
+            zip([](W x, W y) { return x <= y; });
+            break;
+        case OP_GE:
+            zip([](W x, W y) { return x >= y; });
+            break;
+        case OP_LAND:
+            zip([](W x, W y) { return x != 0 && y != 0; });
+            break;
+        case OP_LOR:
+            zip([](W x, W y) { return x != 0 || y != 0; });
+            break;
+        default:
+            Raise("internal error, no operator");
     }
 }
 
@@ -108,7 +125,8 @@ void RunArithmetic(int op, const CZrkData* a, const CZrkData* b, CZrkData* out, 
                 CheckedMap2(MATH_PLAIN, x, y, z, m, [](W p, W q) { return std::atan2(p, q); });
             });
             break;
-        default: Raise("internal error, no operator");
+        default:
+            Raise("internal error, no operator");
     }
 }
 
@@ -144,7 +162,8 @@ void RunInteger(int op, const CZrkData* a, const CZrkData* b, CZrkData* out) {
                 for (size_t j = 0; j < m; ++j) z[j] = x[j] ^ y[j];
             });
             break;
-        default: Raise("internal error, no operator");
+        default:
+            Raise("internal error, no operator");
     }
 }
 
@@ -158,8 +177,8 @@ void TileBytes(const CZrkData* a, CZrkData* out) {
             for (res_t t = 0; t < out->nt; ++t)
                 for (res_t z = 0; z < out->nz; ++z)
                     for (res_t y = 0; y < out->ny; ++y) {
-                        const char* row = a->Address(0, y % a->ny, z % a->nz, t % a->nt,
-                                                     u % a->nu, v % a->nv);
+                        const char* row =
+                            a->Address(0, y % a->ny, z % a->nz, t % a->nt, u % a->nu, v % a->nv);
                         char* line = out->Address(0, y, z, t, u, v);
                         for (res_t x = 0; x < onx; x += ax) {
                             const res_t len = std::min<res_t>(ax, onx - x);
@@ -228,8 +247,7 @@ CZrkData* BinaryOperation(CDataSpace& temp, int op, CZrkData* a, const CZrkData*
     CheckOperand(b);
     const int type = BinaryResultType(op, a->Type(), b->Type());
     if (!IsValidType(type)) Raise("invalid data type");
-    if (IsIntegerOp(op) && (a->IsComplex() || b->IsComplex()))
-        Raise("internal error, no operator");
+    if (IsIntegerOp(op) && (a->IsComplex() || b->IsComplex())) Raise("internal error, no operator");
     CZrkData header;
     header.PromoteFrom(*a, *b);
     res_t res[6];
@@ -275,7 +293,8 @@ CZrkData* UnaryOperation(CDataSpace& temp, int op, const CZrkData* a) {
         if (integer) {
             MapBlocks<int64_t>(a, out, comps, [](int64_t* y, const int64_t* x, size_t m) {
                 // wraps like the machine's negation, also for the most negative value
-                for (size_t j = 0; j < m; ++j) y[j] = static_cast<int64_t>(0 - static_cast<uint64_t>(x[j]));
+                for (size_t j = 0; j < m; ++j)
+                    y[j] = static_cast<int64_t>(0 - static_cast<uint64_t>(x[j]));
             });
         } else {
             WithFloatWorking(a->Type(), [&](auto w) {
@@ -354,7 +373,8 @@ CZrkData* TernaryOperation(CDataSpace& temp, const CZrkData* c, const CZrkData* 
             W* z = writer.Target(k, n, buf.get());
             for (size_t j = 0; j < n; ++j) {
                 const bool pick = pc[2 * j] != 0 || pc[2 * j + 1] != 0;
-                for (int q = 0; q < comps; ++q) z[j * comps + q] = pick ? pa[j * comps + q] : pb[j * comps + q];
+                for (int q = 0; q < comps; ++q)
+                    z[j * comps + q] = pick ? pa[j * comps + q] : pb[j * comps + q];
             }
             writer.Commit(k, n, z);
         }

@@ -18,9 +18,9 @@
 #include <memory>
 #include <type_traits>
 
+#include "core/block_io.h"
 #include "core/data_space.h"
 #include "core/zrk_data.h"
-#include "core/block_io.h"
 
 enum EvalOp {
     OP_ADD,
@@ -90,7 +90,7 @@ decltype(auto) WithFloatWorking(int type, F&& body) {
 // One operand of an elementwise pass: read in place, converted, or a spread scalar.
 template <class W>
 class COperand {
-public:
+  public:
     COperand(const CZrkData* record, uint64_t count, int comps)
         : reader_(record, comps), buf_(new W[kBlockElements * comps]) {
         scalar_ = record->Count() == 1 && count != 1;
@@ -105,7 +105,7 @@ public:
         return scalar_ ? buf_.get() : reader_.Read(index, n, buf_.get());
     }
 
-private:
+  private:
     CBlockReader<W> reader_;
     std::unique_ptr<W[]> buf_;
     bool scalar_;
@@ -131,8 +131,8 @@ void MapElements(const CZrkData* a, CZrkData* out, int in_comps, int out_comps, 
 
 // out = kernel(a, b), the same with two operands read in `in_comps` components.
 template <class W, class K>
-void ZipElements(const CZrkData* a, const CZrkData* b, CZrkData* out, int in_comps,
-                 int out_comps, K kernel) {
+void ZipElements(const CZrkData* a, const CZrkData* b, CZrkData* out, int in_comps, int out_comps,
+                 K kernel) {
     const uint64_t count = out->Count();
     COperand<W> left(a, count, in_comps), right(b, count, in_comps);
     CBlockWriter<W> writer(out, out_comps);
@@ -163,14 +163,14 @@ void ZipBlocks(const CZrkData* a, const CZrkData* b, CZrkData* out, int comps, K
 // Operands brought to the result's shape: the record itself when it already has it or is a
 // scalar, else a tiled temporary that dies with this object.
 class CTiled {
-public:
+  public:
     CTiled(CDataSpace& temp, const CZrkData* a, const res_t res[6]);
     ~CTiled();
     CTiled(const CTiled&) = delete;
     CTiled& operator=(const CTiled&) = delete;
     const CZrkData* get() const { return use_; }
 
-private:
+  private:
     CDataSpace& temp_;
     CZrkData* tile_ = nullptr;
     const CZrkData* use_;
@@ -196,8 +196,8 @@ CZrkData* MapFloat(CDataSpace& temp, const CZrkData* a, int type, int in_comps, 
 // An elementwise function of two records by the rule of binary operations: result of `type`,
 // larger resolutions, tiled operands. kernel(W* out, const W* a, const W* b, size_t n).
 template <class K>
-CZrkData* ZipFloat(CDataSpace& temp, const CZrkData* a, const CZrkData* b, int type,
-                   int in_comps, int out_comps, K&& kernel) {
+CZrkData* ZipFloat(CDataSpace& temp, const CZrkData* a, const CZrkData* b, int type, int in_comps,
+                   int out_comps, K&& kernel) {
     CheckOperand(a);
     CheckOperand(b);
     CZrkData header;

@@ -8,14 +8,17 @@
 #include <vector>
 
 class CHost {
-public:
+  public:
     virtual ~CHost() = default;
     // One line for the history pane; lines keep their "\r\n".
     virtual void History(const std::string& line) { (void)line; }
     virtual void Status(const std::string& text) { (void)text; }
     virtual void UndoTip(const std::string& text) { (void)text; }
     // Yes (true) or no.
-    virtual bool AskYesNo(const std::string& question) { (void)question; return false; }
+    virtual bool AskYesNo(const std::string& question) {
+        (void)question;
+        return false;
+    }
     virtual void Message(const std::string& text) { (void)text; }
     // Polled between planes and rows by long operations.
     virtual bool Interrupted() { return false; }
@@ -33,7 +36,7 @@ CHost& Host();
 CHost* SetHost(CHost* host);
 
 class CHeadlessHost : public CHost {
-public:
+  public:
     void History(const std::string& line) override { history.push_back(line); }
     void Status(const std::string& text) override { status.push_back(text); }
     void UndoTip(const std::string& text) override { undo_tips.push_back(text); }
@@ -56,12 +59,12 @@ public:
 
 // Installs a host for the life of a scope and restores the previous one.
 class CScopedHost {
-public:
+  public:
     explicit CScopedHost(CHost& host) : previous_(SetHost(&host)) {}
     ~CScopedHost() { SetHost(previous_); }
     CScopedHost(const CScopedHost&) = delete;
     CScopedHost& operator=(const CScopedHost&) = delete;
 
-private:
+  private:
     CHost* previous_;
 };

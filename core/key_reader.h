@@ -12,7 +12,7 @@
 #include <string>
 
 class CKeyReader {
-public:
+  public:
     struct EndOfFile {};
 
     explicit CKeyReader(FILE* file) : file_(file) {}
@@ -34,7 +34,7 @@ public:
     // A fixed character field: the rest of the line, cut to size - 1 characters.
     int Chars(const char* key, char* out, int size);
 
-private:
+  private:
     // One word as a value; throws EndOfFile at the end.
     std::string Word();
     long long Integer();

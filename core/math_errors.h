@@ -55,8 +55,9 @@ template <class W, class F>
 void CheckedMap(unsigned rules, const W* in, W* out, size_t n, F f) {
     for (size_t j = 0; j < n; ++j) out[j] = f(in[j]);
     for (size_t j = 0; j < n; ++j) {
-        const bool suspect = !(std::isfinite(out[j]) && out[j] != 0) ||
-                             ((rules & MATH_TLOSS_HUGE) && std::fabs(in[j]) >= W(9.2233720368547758e18));
+        const bool suspect =
+            !(std::isfinite(out[j]) && out[j] != 0) ||
+            ((rules & MATH_TLOSS_HUGE) && std::fabs(in[j]) >= W(9.2233720368547758e18));
         if (suspect) out[j] = static_cast<W>(ClassifyMath(in[j], out[j], rules));
     }
 }

@@ -5,8 +5,8 @@
 #include <fstream>
 
 #include "core/host.h"
-#include "core/report.h"
 #include "core/name_list.h"
+#include "core/report.h"
 
 CScriptSpace& GlobalScriptSpace() {
     static CScriptSpace space;

@@ -15,7 +15,7 @@ struct CScriptEntry {
 };
 
 class CScriptSpace {
-public:
+  public:
     // Lists an entry under a unique name ("name", "name.new", ...); null when short.
     CScriptEntry* NewData(const char* name);
     void DelData(int position);
@@ -41,7 +41,7 @@ public:
     bool sorted = true;
     bool unique = true;
 
-private:
+  private:
     CScriptEntry* UpdateList(CScriptEntry entry);
 
     std::string directory;

@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "core/host.h"
-#include "core/report.h"
 #include "core/name_list.h"
+#include "core/report.h"
 
 CWindowSpace& GlobalWindowSpace() {
     static CWindowSpace space;
@@ -130,8 +130,12 @@ uint32_t CWindowSpace::DisplayMask(const CZrkData* record) const {
         for (const auto& e : list) {
             const CZrkData* const* d = e->data;
             switch (e->kind) {
-                case KIND_1D: mask |= d[0] == record ? 2 : 0; break;
-                case KIND_2D: mask |= d[0] == record ? 4 : 0; break;
+                case KIND_1D:
+                    mask |= d[0] == record ? 2 : 0;
+                    break;
+                case KIND_2D:
+                    mask |= d[0] == record ? 4 : 0;
+                    break;
                 case KIND_XY:
                     mask |= (d[0] == record ? 8 : 0) | (d[1] == record ? 16 : 0);
                     break;
@@ -139,8 +143,11 @@ uint32_t CWindowSpace::DisplayMask(const CZrkData* record) const {
                     mask |= (d[0] == record ? 32 : 0) | (d[1] == record ? 64 : 0) |
                             (d[2] == record ? 128 : 0);
                     break;
-                case KIND_SCATTER: mask |= d[0] == record ? 0x100 : 0; break;
-                default: break;
+                case KIND_SCATTER:
+                    mask |= d[0] == record ? 0x100 : 0;
+                    break;
+                default:
+                    break;
             }
         }
         return mask ? mask : 1;

@@ -19,7 +19,7 @@ enum : uint32_t {
 };
 
 class CWindowEntry {
-public:
+  public:
     virtual ~CWindowEntry() = default;
     // Closes the window; the list forgets the entry right after.
     virtual void Close() {}
@@ -31,7 +31,7 @@ public:
 };
 
 class CWindowSpace {
-public:
+  public:
     CWindowSpace() = default;
     CWindowSpace(const CWindowSpace&) = delete;
     CWindowSpace& operator=(const CWindowSpace&) = delete;
@@ -62,7 +62,7 @@ public:
     bool sorted = true;
     bool unique = true;
 
-private:
+  private:
     CWindowEntry* UpdateList(std::unique_ptr<CWindowEntry> entry);
 
     std::vector<std::unique_ptr<CWindowEntry>> list;

@@ -97,11 +97,34 @@ void AlignedFree(void* p) {
 }
 
 CZrkData::CZrkData()
-    : nx(0), ny(0), nz(0), nt(0), nu(1), nv(1), mm{1, 1, 1, 1, 1, 1}, flag(1), select(0),
-      changed(0), shape_changed(0), update_range(0), name{}, data(nullptr), link(nullptr),
-      caption("default"), type(TYPE_NULL), comp_bytes(0), elem_bytes(0), undo_type(TYPE_NULL),
-      undo_nx(0), undo_ny(0), undo_nz(0), undo_nt(0), undo_nu(0), undo_nv(0),
-      undo_data(nullptr), undo_text("no undo to do") {}
+    : nx(0),
+      ny(0),
+      nz(0),
+      nt(0),
+      nu(1),
+      nv(1),
+      mm{1, 1, 1, 1, 1, 1},
+      flag(1),
+      select(0),
+      changed(0),
+      shape_changed(0),
+      update_range(0),
+      name{},
+      data(nullptr),
+      link(nullptr),
+      caption("default"),
+      type(TYPE_NULL),
+      comp_bytes(0),
+      elem_bytes(0),
+      undo_type(TYPE_NULL),
+      undo_nx(0),
+      undo_ny(0),
+      undo_nz(0),
+      undo_nt(0),
+      undo_nu(0),
+      undo_nv(0),
+      undo_data(nullptr),
+      undo_text("no undo to do") {}
 
 void CZrkData::FreeData() {
     AlignedFree(data);
@@ -177,9 +200,7 @@ void CZrkData::SetMm(float x, float y, float z, float t, float u, float v) {
 
 void CZrkData::CopyMm(const CZrkData& other) { std::memcpy(mm, other.mm, sizeof mm); }
 
-void CZrkData::SetName(const char* n) {
-    std::snprintf(name, sizeof name, "%s", n ? n : "");
-}
+void CZrkData::SetName(const char* n) { std::snprintf(name, sizeof name, "%s", n ? n : ""); }
 
 void CZrkData::PromoteFrom(const CZrkData& a, const CZrkData& b) {
     res_t ra[6], rb[6], r[6];
@@ -211,8 +232,12 @@ void CZrkData::MakeFloat() {
 
 void CZrkData::MakeSigned() {
     switch (type) {
-        case TYPE_N1: case TYPE_N2: case TYPE_N4:
-        case TYPE_CN1: case TYPE_CN2: case TYPE_CN4:
+        case TYPE_N1:
+        case TYPE_N2:
+        case TYPE_N4:
+        case TYPE_CN1:
+        case TYPE_CN2:
+        case TYPE_CN4:
             SetType(type - 4);
             break;
         default:  // n8 stays unsigned on purpose
@@ -280,13 +305,20 @@ uint64_t CZrkData::UndoBytes() const {
 
 res_t CZrkData::Res(int direction) const {
     switch (direction) {
-        case 0: return nx;
-        case 1: return ny;
-        case 2: return nz;
-        case 3: return nt;
-        case 4: return nu;
-        case 5: return nv;
-        default: return 1;
+        case 0:
+            return nx;
+        case 1:
+            return ny;
+        case 2:
+            return nz;
+        case 3:
+            return nt;
+        case 4:
+            return nu;
+        case 5:
+            return nv;
+        default:
+            return 1;
     }
 }
 

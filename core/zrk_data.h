@@ -29,7 +29,7 @@ void* AlignedAlloc(uint64_t bytes);
 void AlignedFree(void* p);
 
 class CZrkData {
-public:
+  public:
     CZrkData();
     ~CZrkData() = default;
     CZrkData(const CZrkData&) = default;
@@ -153,7 +153,7 @@ public:
     void* undo_data;
     std::string undo_text;
 
-private:
+  private:
     void UpdateTypeSizes();
     // Multiplies `count` resolutions from `first` on into one; the rest move down, 1s fill.
     void Fold(int first, int count);

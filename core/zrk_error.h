@@ -5,11 +5,11 @@
 #include <exception>
 
 class ZrkError : public std::exception {
-public:
+  public:
     explicit ZrkError(const char* text) noexcept : text_(text) {}
     const char* what() const noexcept override { return text_; }
 
-private:
+  private:
     const char* text_;
 };
 

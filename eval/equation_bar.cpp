@@ -1,9 +1,9 @@
 #include "eval/equation_bar.h"
 
 #include "core/host.h"
-#include "eval/eval.h"
-#include "core/report.h"
 #include "core/math_errors.h"
+#include "core/report.h"
+#include "eval/eval.h"
 
 int EquationBarEval(CDataSpace& space, const std::string& text) {
     CHost& host = Host();

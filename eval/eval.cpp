@@ -2,8 +2,8 @@
 
 #include <new>
 
-#include "core/report.h"
 #include "core/math_errors.h"
+#include "core/report.h"
 #include "grammar.h"
 
 int qm_parse(CEval& ev);

@@ -18,8 +18,8 @@
 //   if (ev.Eval(&result, nullptr, "b = a * 2 + 1", nullptr)) status = ErrorText();
 //
 // Evaluation stack: 64-bit entries, every record followed by a tag (see EvalTag). An index
-// list is, bottom to top: the record and its TAG_DATA, TAG_INDEXED, per bracket its expressions and its kind
-// (0 to 3), and last TAG_INDEXED plus the number of brackets.
+// list is, bottom to top: the record and its TAG_DATA, TAG_INDEXED, per bracket its expressions and
+// its kind (0 to 3), and last TAG_INDEXED plus the number of brackets.
 #pragma once
 
 #include <cstdint>
@@ -32,17 +32,17 @@
 #include "core/zrk_data.h"
 
 enum EvalTag : uint64_t {
-    TAG_BRACKET_ALL = 0,  // [] and [*]
-    TAG_BRACKET_ONE = 1,  // [a]
+    TAG_BRACKET_ALL = 0,    // [] and [*]
+    TAG_BRACKET_ONE = 1,    // [a]
     TAG_BRACKET_RANGE = 2,  // [a:b]
-    TAG_BRACKET_STEP = 3,  // [a:b:c]
+    TAG_BRACKET_STEP = 3,   // [a:b:c]
     TAG_SCRIPT = 264,
-    TAG_MARK = 323,  // opening mark of an argument list
-    TAG_OPEN_X = 350,  // list openers: 350 ... 355 by direction
+    TAG_MARK = 323,           // opening mark of an argument list
+    TAG_OPEN_X = 350,         // list openers: 350 ... 355 by direction
     TAG_OPEN_ILEAVE_X = 356,  // interleaving openers: 356 ... 361
-    TAG_DATA = 500,  // the entry below is a record
-    TAG_INDEXED = 501,  // the record below has an index list above it; 502 ... 507 end one
-    TAG_ASSIGN = 600,  // an assignment operator: TAG_ASSIGN + its code
+    TAG_DATA = 500,           // the entry below is a record
+    TAG_INDEXED = 501,        // the record below has an index list above it; 502 ... 507 end one
+    TAG_ASSIGN = 600,         // an assignment operator: TAG_ASSIGN + its code
 };
 
 // Assignment operators, as pushed between the two sides.
@@ -58,7 +58,7 @@ struct CEvalSemantic {
 };
 
 class CEval {
-public:
+  public:
     enum Entry { ENTRY_EXPR, ENTRY_LINES, ENTRY_SCRIPT, ENTRY_STMT };
 
     // `space` holds the named records of a top-level run; it must outlive the evaluator.
@@ -130,11 +130,11 @@ public:
     CEval* Parent() const { return parent; }
     size_t StackDepth() const { return stack.size(); }
 
-protected:
+  protected:
     // The text of the current script, owned.
     std::string script_text;
 
-private:
+  private:
     int Push(uint64_t entry);
     void Drop(CZrkData* used, const CZrkData* result);
     int Fail(int status);
@@ -149,7 +149,7 @@ private:
 
     int LexFailure(const char* message);
 
-public:
+  public:
     // Fields in the order of the language's evaluator; public for the parser and tests.
     CDataSpace temp;
     CDataSpace* locals = nullptr;
@@ -164,7 +164,7 @@ public:
     int result = 0;
     CZrkData* value = nullptr;
 
-private:
+  private:
     CDataSpace& space_;
     Entry entry_;
     bool start_sent_ = false;
@@ -175,21 +175,21 @@ private:
 };
 
 class CEvalExpr : public CEval {
-public:
+  public:
     explicit CEvalExpr(CDataSpace& space) : CEval(ENTRY_EXPR, space) {}
 };
 
 class CEvalLines : public CEval {
-public:
+  public:
     explicit CEvalLines(CDataSpace& space) : CEval(ENTRY_LINES, space) {}
 };
 
 class CEvalScript : public CEval {
-public:
+  public:
     explicit CEvalScript(CDataSpace& space) : CEval(ENTRY_SCRIPT, space) {}
 };
 
 class CEvalStmt : public CEval {
-public:
+  public:
     explicit CEvalStmt(CDataSpace& space) : CEval(ENTRY_STMT, space) {}
 };

@@ -26,8 +26,8 @@ CRegistry& Registry() {
 
 const char* const kVariantsXyzt[] = {"general xyzt", "x direction", "y direction",
                                      "z direction",  "t direction", nullptr};
-const char* const kVariantsXyztrs[] = {"general xyztrs", "x direction",  "y direction",
-                                       "z direction",    "t direction",  "radial plane",
+const char* const kVariantsXyztrs[] = {"general xyztrs",   "x direction", "y direction",
+                                       "z direction",      "t direction", "radial plane",
                                        "spherical volume", nullptr};
 // "zt direction" stands twice, as the browser has always shown it.
 const char* const kVariantsPairs[] = {"general xyzt", "xy direction", "xz direction",
@@ -40,7 +40,8 @@ const char* const kVariantsDims[] = {"1d", "2d", "3d", "4d", nullptr};
 void RegisterFunctions(const std::vector<CFuncDecl>& decls) {
     CRegistry& r = Registry();
     auto add = [&r](const std::string& name, int place, int variant, const CFuncRow& row) {
-        if (name.size() >= sizeof row.name) throw std::logic_error("function name too long: " + name);
+        if (name.size() >= sizeof row.name)
+            throw std::logic_error("function name too long: " + name);
         if (r.names.count(name)) throw std::logic_error("function declared twice: " + name);
         if (r.order.count({place, variant}))
             throw std::logic_error("browser place " + std::to_string(place) + " taken: " + name);
@@ -53,7 +54,8 @@ void RegisterFunctions(const std::vector<CFuncDecl>& decls) {
         add(d.name, d.place, 0, {{}, d.handler, d.min_args, d.max_args, d.family, d.help});
         for (size_t k = 0; k < d.variants.size(); ++k) {
             const CFuncVariant& v = d.variants[k];
-            if (!v.name && k >= 6) throw std::logic_error("variant without a name: " + std::string(d.name));
+            if (!v.name && k >= 6)
+                throw std::logic_error("variant without a name: " + std::string(d.name));
             const std::string name = v.name ? v.name : std::string(d.name) + kDirLetters[k];
             add(name, d.place, static_cast<int>(k) + 1,
                 {{}, v.handler, d.min_args - 1, d.max_args - 1, FAMILY_PLAIN, nullptr});
@@ -104,11 +106,16 @@ CFuncHelp ReadHelp(const char* const* help) {
 
 const char* const* FamilyVariants(int64_t family) {
     switch (family) {
-        case FAMILY_XYZT: return kVariantsXyzt;
-        case FAMILY_XYZTRS: return kVariantsXyztrs;
-        case FAMILY_PAIRS: return kVariantsPairs;
-        case FAMILY_DIMS: return kVariantsDims;
-        default: return nullptr;
+        case FAMILY_XYZT:
+            return kVariantsXyzt;
+        case FAMILY_XYZTRS:
+            return kVariantsXyztrs;
+        case FAMILY_PAIRS:
+            return kVariantsPairs;
+        case FAMILY_DIMS:
+            return kVariantsDims;
+        default:
+            return nullptr;
     }
 }
 

@@ -26,8 +26,8 @@
 
 #include "core/data_space.h"
 #include "core/directions.h"
-#include "core/zrk_data.h"
 #include "core/report.h"
+#include "core/zrk_data.h"
 
 // Makes the call's result on `temp` into *result. `args` are the call's arguments in order
 // (all with samples), `nargs` their count within the row's limits. 0 on success, 1 after

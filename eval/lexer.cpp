@@ -8,9 +8,9 @@
 #include <cstring>
 #include <string>
 
+#include "core/report.h"
 #include "core/script_space.h"
 #include "eval/eval.h"
-#include "core/report.h"
 #include "eval/function_table.h"
 #include "eval/keywords.h"
 #include "grammar.h"

@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "core/data_cursor.h"
-#include "core/zrk_error.h"
 #include "core/elementwise.h"
-#include "eval/eval.h"
 #include "core/report.h"
+#include "core/zrk_error.h"
+#include "eval/eval.h"
 
 namespace {
 
@@ -43,7 +43,8 @@ CTriple IndexXyzt(const CBracket& b, uint64_t limit) {
     CTriple t{0, limit, 1};
     for (uint64_t k = 0; k < b.kind && k < 3; ++k) CheckIndexValue(b.expr[k]);
     switch (b.kind) {
-        case TAG_BRACKET_ALL: break;
+        case TAG_BRACKET_ALL:
+            break;
         case TAG_BRACKET_ONE: {
             const uint64_t a = ReadU64(b.expr[0]);
             if (a > limit) Raise("index > resolution");
@@ -70,7 +71,8 @@ CTriple IndexXyzt(const CBracket& b, uint64_t limit) {
             t = {a, e, static_cast<uint64_t>(inc)};
             break;
         }
-        default: Raise("internal error, invalid index type");
+        default:
+            Raise("internal error, invalid index type");
     }
     return t;
 }
@@ -213,7 +215,7 @@ int CEval::InitList() {
         {"InitIleaveX()", "InitIleaveY()", "InitIleaveZ()", "InitIleaveT()", "InitIleaveU()",
          "InitIleaveV()"}};
     return Reported({.func = kFunc[interleave][dir]}, 1,
-                       [&] { return PushData(InitListDir(temp, items, dir, interleave)); });
+                    [&] { return PushData(InitListDir(temp, items, dir, interleave)); });
 }
 
 int CEval::IndexOpen(CZrkData* record) {
@@ -232,7 +234,8 @@ static int PopIndexList(CEval& ev, std::vector<CBracket>* brackets, CZrkData** r
                         const char* func) {
     uint64_t count = 0;
     if (ev.PopTag(&count)) return 1;
-    if (count <= TAG_INDEXED || count > TAG_INDEXED + 6) return SetError(func, "too many dimensions");
+    if (count <= TAG_INDEXED || count > TAG_INDEXED + 6)
+        return SetError(func, "too many dimensions");
     brackets->resize(count - TAG_INDEXED);
     for (size_t b = brackets->size(); b-- > 0;) {
         CBracket& br = (*brackets)[b];
@@ -245,7 +248,8 @@ static int PopIndexList(CEval& ev, std::vector<CBracket>* brackets, CZrkData** r
         }
     }
     uint64_t tag = 0;
-    if (ev.PopTag(&tag) || tag != TAG_INDEXED) return SetError(func, "internal error, invalid stack");
+    if (ev.PopTag(&tag) || tag != TAG_INDEXED)
+        return SetError(func, "internal error, invalid stack");
     *record = ev.PopData();
     if (!*record) return ev.DataNotOnStack(func);
     return 0;
@@ -264,7 +268,8 @@ int CEval::Array() {
             return 0;
         }))
         return 1;
-    return Reported({.func = "ArrayXyzt()"}, 1, [&] { return PushData(ArrayXyzt(temp, record, t)); });
+    return Reported({.func = "ArrayXyzt()"}, 1,
+                    [&] { return PushData(ArrayXyzt(temp, record, t)); });
 }
 
 int CEval::IndexedAssignment(int op, CZrkData* e) {

@@ -3,10 +3,10 @@
 #include <cstring>
 #include <vector>
 
-#include "core/zrk_error.h"
 #include "core/elementwise.h"
-#include "eval/eval.h"
 #include "core/report.h"
+#include "core/zrk_error.h"
+#include "eval/eval.h"
 #include "eval/function_table.h"
 #include "eval/matrix_hook.h"
 
@@ -16,9 +16,12 @@ MatrixOperator g_matrix_operator = nullptr;
 
 const char* UnaryText(int op) {
     switch (op) {
-        case OP_NEG: return "unary (-)";
-        case OP_LNOT: return "!";
-        default: return "~";
+        case OP_NEG:
+            return "unary (-)";
+        case OP_LNOT:
+            return "!";
+        default:
+            return "~";
     }
 }
 
@@ -83,7 +86,8 @@ int CEval::TernaryOp() {
     if (!a) return DataNotOnStack("TernaryOp()");
     CZrkData* c = PopData();
     if (!c) return DataNotOnStack("TernaryOp()");
-    return Reported({.func = "()?():()"}, 1, [&] { return PushData(TernaryOperation(temp, c, a, b)); });
+    return Reported({.func = "()?():()"}, 1,
+                    [&] { return PushData(TernaryOperation(temp, c, a, b)); });
 }
 
 int CEval::MatrixOp(bool divide, int pair) {

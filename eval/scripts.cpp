@@ -8,9 +8,9 @@
 #include <string>
 
 #include "core/data_cursor.h"
+#include "core/report.h"
 #include "core/script_space.h"
 #include "eval/eval.h"
-#include "core/report.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ constexpr int kMaxScriptDepth = 32;
 int g_script_depth = 0;
 
 class CScriptDepth {
-public:
+  public:
     CScriptDepth() { ++g_script_depth; }
     ~CScriptDepth() { --g_script_depth; }
     CScriptDepth(const CScriptDepth&) = delete;

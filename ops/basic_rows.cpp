@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "core/data_cursor.h"
+#include "core/elementwise.h"
 #include "core/host.h"
 #include "core/zrk_error.h"
-#include "core/elementwise.h"
+#include "eval/matrix_hook.h"
 #include "ops/function_rows.h"
 #include "ops/op_rows.h"
-#include "eval/matrix_hook.h"
 
 namespace {
 
@@ -42,10 +42,18 @@ int EvalEqual(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {
         return Deliver(result, ConvertRecord(temp, args[1], args[1]->Type()));
     });
 }
-int EvalMinus(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Binary("-", OP_SUB, r, t, a); }
-int EvalPlus(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Binary("+", OP_ADD, r, t, a); }
-int EvalStar(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Binary("*", OP_MUL, r, t, a); }
-int EvalDivide(CZrkData** r, CDataSpace& t, CZrkData** a, int) { return Binary("/", OP_DIV, r, t, a); }
+int EvalMinus(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Binary("-", OP_SUB, r, t, a);
+}
+int EvalPlus(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Binary("+", OP_ADD, r, t, a);
+}
+int EvalStar(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Binary("*", OP_MUL, r, t, a);
+}
+int EvalDivide(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
+    return Binary("/", OP_DIV, r, t, a);
+}
 int EvalIqmul(CZrkData** r, CDataSpace& t, CZrkData** a, int) {
     return Binary("iqmul()", OP_IQMUL, r, t, a);
 }
@@ -89,13 +97,13 @@ CZrkData* TileAlong(CDataSpace& temp, int dir, CZrkData** args) {
                      .lines = {CaughtLine(kCaught[dir]), kFailed[dir]},
                      .to = REPORT_RETHROW},
                     static_cast<CZrkData*>(nullptr), [&] {
-        const uint64_t n = ScalarU64(args[1]);
-        if (n < 1 || n > (uint64_t{1} << 40)) Raise("resolution must be positive");
-        res_t res[6];
-        args[0]->GetRes(res);
-        res[dir] = n;
-        return TileTo(temp, args[0], res);
-    });
+                        const uint64_t n = ScalarU64(args[1]);
+                        if (n < 1 || n > (uint64_t{1} << 40)) Raise("resolution must be positive");
+                        res_t res[6];
+                        args[0]->GetRes(res);
+                        res[dir] = n;
+                        return TileTo(temp, args[0], res);
+                    });
 }
 
 int EvalMalloc(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {
@@ -192,11 +200,13 @@ int EvalPrintf(CZrkData** result, CDataSpace&, CZrkData** args, int) {
         CBlockReader<double> reader(data, comps);
         std::vector<double> buf(kBlockElements * comps);
         for (uint64_t k = 0; k < data->Count(); k += kBlockElements) {
-            const size_t n = static_cast<size_t>(std::min<uint64_t>(kBlockElements, data->Count() - k));
+            const size_t n =
+                static_cast<size_t>(std::min<uint64_t>(kBlockElements, data->Count() - k));
             const double* x = reader.Read(k, n, buf.data());
             for (size_t j = 0; j < n; ++j) {
                 std::string line = FormatOne(format, letter, x[j * comps]);
-                if (comps == 2) line.append(" ").append(FormatOne(format, letter, x[j * comps + 1]));
+                if (comps == 2)
+                    line.append(" ").append(FormatOne(format, letter, x[j * comps + 1]));
                 line.append("\r\n");
                 Host().History(line);
             }
@@ -205,57 +215,135 @@ int EvalPrintf(CZrkData** result, CDataSpace&, CZrkData** args, int) {
     });
 }
 
-const char* const kHelpEqual[] = {"equal: copy type and dimensions as is", "a", "destination",
-                                  "b", "source", nullptr, "a = b", nullptr};
-const char* const kHelpMinus[] = {"complex subtraction", "a", "first operand", "b",
-                                  "second operand", nullptr, "c = a - b",
-                                  "the smaller operand is tiled to the larger", nullptr};
-const char* const kHelpPlus[] = {"complex addition", "a", "first operand", "b", "second operand",
-                                 nullptr, "c = a + b", "the smaller operand is tiled to the larger",
+const char* const kHelpEqual[] = {"equal: copy type and dimensions as is",
+                                  "a",
+                                  "destination",
+                                  "b",
+                                  "source",
+                                  nullptr,
+                                  "a = b",
+                                  nullptr};
+const char* const kHelpMinus[] = {"complex subtraction",
+                                  "a",
+                                  "first operand",
+                                  "b",
+                                  "second operand",
+                                  nullptr,
+                                  "c = a - b",
+                                  "the smaller operand is tiled to the larger",
+                                  nullptr};
+const char* const kHelpPlus[] = {"complex addition",
+                                 "a",
+                                 "first operand",
+                                 "b",
+                                 "second operand",
+                                 nullptr,
+                                 "c = a + b",
+                                 "the smaller operand is tiled to the larger",
                                  nullptr};
-const char* const kHelpStar[] = {"complex multiplication", "a", "first operand", "b",
-                                 "second operand", nullptr, "c = a * b", nullptr};
-const char* const kHelpDivide[] = {"complex division", "a", "numerator", "b", "denominator",
-                                   nullptr, "c = a / b", nullptr};
-const char* const kHelpMatMul[] = {"complex matrix multiplication", "a", "left matrix", "b",
-                                   "right matrix", nullptr, "c = a *xy b",
-                                   "any two directions: *xz, *yt, ...", nullptr};
-const char* const kHelpMatDiv[] = {"complex matrix division", "a", "left matrix", "b",
-                                   "right matrix", nullptr, "c = a /xy b",
+const char* const kHelpStar[] = {"complex multiplication", "a",     "first operand", "b",
+                                 "second operand",         nullptr, "c = a * b",     nullptr};
+const char* const kHelpDivide[] = {"complex division", "a",     "numerator", "b",
+                                   "denominator",      nullptr, "c = a / b", nullptr};
+const char* const kHelpMatMul[] = {"complex matrix multiplication",
+                                   "a",
+                                   "left matrix",
+                                   "b",
+                                   "right matrix",
+                                   nullptr,
+                                   "c = a *xy b",
+                                   "any two directions: *xz, *yt, ...",
+                                   nullptr};
+const char* const kHelpMatDiv[] = {"complex matrix division",
+                                   "a",
+                                   "left matrix",
+                                   "b",
+                                   "right matrix",
+                                   nullptr,
+                                   "c = a /xy b",
                                    "d1 must be a square matrix",
-                                   "all other dimensions will be processed", nullptr};
-const char* const kHelpIqdiv[] = {"element divide of data sets", "a", "numerator", "b",
-                                  "denominator", nullptr, "c = iqdiv(a,b)",
-                                  "i by i and q by q", nullptr};
-const char* const kHelpIqmul[] = {"element multiply of data sets", "a", "first operand", "b",
-                                  "second operand", nullptr, "c = iqmul(a,b)",
-                                  "i times i and q times q", nullptr};
-const char* const kHelpCast[] = {"cast data type", "\"type\"", "new data type, as \"complex r4\"",
-                                 "data", "input data array", nullptr, "out = cast(\"r8\",data)",
-                                 "same as out = (r8)data", nullptr};
-const char* const kHelpTile[] = {"tile: resize data set", "\"xyzt\"",
-                                 "direction of operation; choose multiple", "data",
-                                 "input data array", "x", "new dimension", nullptr,
+                                   "all other dimensions will be processed",
+                                   nullptr};
+const char* const kHelpIqdiv[] = {"element divide of data sets",
+                                  "a",
+                                  "numerator",
+                                  "b",
+                                  "denominator",
+                                  nullptr,
+                                  "c = iqdiv(a,b)",
+                                  "i by i and q by q",
+                                  nullptr};
+const char* const kHelpIqmul[] = {"element multiply of data sets",
+                                  "a",
+                                  "first operand",
+                                  "b",
+                                  "second operand",
+                                  nullptr,
+                                  "c = iqmul(a,b)",
+                                  "i times i and q times q",
+                                  nullptr};
+const char* const kHelpCast[] = {"cast data type",
+                                 "\"type\"",
+                                 "new data type, as \"complex r4\"",
+                                 "data",
+                                 "input data array",
+                                 nullptr,
+                                 "out = cast(\"r8\",data)",
+                                 "same as out = (r8)data",
+                                 nullptr};
+const char* const kHelpTile[] = {"tile: resize data set",
+                                 "\"xyzt\"",
+                                 "direction of operation; choose multiple",
+                                 "data",
+                                 "input data array",
+                                 "x",
+                                 "new dimension",
+                                 nullptr,
                                  "out = tile('t',data,t)",
                                  "array data will be tiled to new dimension [][][][t]",
-                                 "SEE ALSO: pad, padsim", nullptr};
-const char* const kHelpMalloc[] = {"allocate data", "\"type\"", "data type, as \"r4\"", "x",
-                                   "x resolution", "y", "y resolution", "z", "z resolution",
-                                   "t", "t resolution", nullptr, "d0 = malloc(\"r4\",256,256,1,1)",
-                                   "the new array is all zeros", nullptr};
-const char* const kHelpFree[] = {"free data array", "data", "data array to empty", nullptr,
-                                 "free(d0)", "the record stays, without samples", nullptr};
-const char* const kHelpFinite[] = {"test data for INF and NAN", "data", "input data array",
-                                   nullptr, "out = finite(data)", "1 where finite, else 0",
+                                 "SEE ALSO: pad, padsim",
+                                 nullptr};
+const char* const kHelpMalloc[] = {"allocate data",
+                                   "\"type\"",
+                                   "data type, as \"r4\"",
+                                   "x",
+                                   "x resolution",
+                                   "y",
+                                   "y resolution",
+                                   "z",
+                                   "z resolution",
+                                   "t",
+                                   "t resolution",
+                                   nullptr,
+                                   "d0 = malloc(\"r4\",256,256,1,1)",
+                                   "the new array is all zeros",
                                    nullptr};
-const char* const kHelpSwapb[] = {"swap bytes", "data", "input data array", nullptr,
-                                  "out = swapb(data)", "reverses the bytes of each component",
+const char* const kHelpFree[] = {"free data array",
+                                 "data",
+                                 "data array to empty",
+                                 nullptr,
+                                 "free(d0)",
+                                 "the record stays, without samples",
+                                 nullptr};
+const char* const kHelpFinite[] = {
+    "test data for INF and NAN", "data", "input data array", nullptr, "out = finite(data)",
+    "1 where finite, else 0",    nullptr};
+const char* const kHelpSwapb[] = {"swap bytes",
+                                  "data",
+                                  "input data array",
+                                  nullptr,
+                                  "out = swapb(data)",
+                                  "reverses the bytes of each component",
                                   nullptr};
-const char* const kHelpPrintf[] = {"printout data", "\"format\"", "one number format, as \"%g\"",
-                                   "data", "input data array", nullptr,
-                                   "printf(\"%8.3f\",d0)", "one history line per element",
+const char* const kHelpPrintf[] = {"printout data",
+                                   "\"format\"",
+                                   "one number format, as \"%g\"",
+                                   "data",
+                                   "input data array",
+                                   nullptr,
+                                   "printf(\"%8.3f\",d0)",
+                                   "one history line per element",
                                    nullptr};
-
 
 }  // namespace
 

@@ -90,26 +90,61 @@ int EvalConj(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {
     });
 }
 
-const char* const kHelpI[] = {"return i component of complex data", "data", "input data array",
-                              nullptr, "out = i(data)", nullptr};
-const char* const kHelpQ[] = {"return q component of complex data", "data", "input data array",
-                              nullptr, "out = q(data)", nullptr};
-const char* const kHelpMag[] = {"return magnitude of complex data", "data", "input data array",
-                                nullptr, "out = mag(data)", nullptr};
-const char* const kHelpMag2[] = {"return magnitude squared of complex data", "data",
-                                 "input data array", nullptr, "out = mag2(data)", nullptr};
-const char* const kHelpPhase[] = {"return phase of complex data", "data", "input data array",
-                                  nullptr, "out = phase(data)", "phase in radians, -pi to pi",
-                                  nullptr};
-const char* const kHelpIq[] = {"return iq complex data set", "i", "real part", "q",
-                               "imaginary part", nullptr, "out = iq(i,q)", nullptr};
-const char* const kHelpMp[] = {"convert polar to iq data array", "mag", "magnitude", "phase",
-                               "phase in radians", nullptr, "out = mp(mag,phase)", nullptr};
-const char* const kHelpCexp[] = {"convert phase to unitary complex", "phase", "phase in radians",
-                                 nullptr, "out = cexp(phase)", nullptr};
-const char* const kHelpConj[] = {"return conjugate of complex data", "data", "input data array",
-                                 nullptr, "out = conj(data)", nullptr};
-
+const char* const kHelpI[] = {"return i component of complex data",
+                              "data",
+                              "input data array",
+                              nullptr,
+                              "out = i(data)",
+                              nullptr};
+const char* const kHelpQ[] = {"return q component of complex data",
+                              "data",
+                              "input data array",
+                              nullptr,
+                              "out = q(data)",
+                              nullptr};
+const char* const kHelpMag[] = {"return magnitude of complex data",
+                                "data",
+                                "input data array",
+                                nullptr,
+                                "out = mag(data)",
+                                nullptr};
+const char* const kHelpMag2[] = {"return magnitude squared of complex data",
+                                 "data",
+                                 "input data array",
+                                 nullptr,
+                                 "out = mag2(data)",
+                                 nullptr};
+const char* const kHelpPhase[] = {
+    "return phase of complex data", "data", "input data array", nullptr, "out = phase(data)",
+    "phase in radians, -pi to pi",  nullptr};
+const char* const kHelpIq[] = {"return iq complex data set",
+                               "i",
+                               "real part",
+                               "q",
+                               "imaginary part",
+                               nullptr,
+                               "out = iq(i,q)",
+                               nullptr};
+const char* const kHelpMp[] = {"convert polar to iq data array",
+                               "mag",
+                               "magnitude",
+                               "phase",
+                               "phase in radians",
+                               nullptr,
+                               "out = mp(mag,phase)",
+                               nullptr};
+const char* const kHelpCexp[] = {"convert phase to unitary complex",
+                                 "phase",
+                                 "phase in radians",
+                                 nullptr,
+                                 "out = cexp(phase)",
+                                 nullptr};
+const char* const kHelpConj[] = {"return conjugate of complex data",
+                                 "data",
+                                 "input data array",
+                                 nullptr,
+                                 "out = conj(data)",
+                                 nullptr};
 
 }  // namespace
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "core/zrk_error.h"
 #include "core/block_io.h"
+#include "core/zrk_error.h"
 #include "ops/structural_base.h"
 
 namespace {

@@ -3,15 +3,13 @@
 // corr1d("z",d0,d1)); median and sort take the direction string only. The u and v members
 // are reached through the general functions.
 #include "eval/function_table.h"
-#include "ops/function_rows.h"
 #include "ops/convolution.h"
+#include "ops/function_rows.h"
 #include "ops/median.h"
 #include "ops/op_rows.h"
 #include "ops/structural_base.h"
 
 namespace {
-
-
 
 // Help records: title, argument pairs, null, example lines, null.
 const char* const kHelpCConv[] = {"circular convolve of data sets",
@@ -151,7 +149,6 @@ const char* const kHelpSsd[] = {"sum of squares difference",
                                 "output along x is d0 - d1 + 1",
                                 nullptr};
 
-
 }  // namespace
 
 std::vector<CFuncDecl> ConvolutionRows() {
@@ -160,27 +157,41 @@ std::vector<CFuncDecl> ConvolutionRows() {
             {.args = 2, .help = kHelpCConv, .place = 620}),
         Plain<"ccorr", [](CDataSpace& t, CZrkData** a, int) { return CCorr(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpCCorr, .place = 630}),
-        Directions<"ccorr1d", DirRule{.reach = 6, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return CCorr1d(t, d, a[0], a[1]); }>(
-            {.args = 3, .help = kHelpCCorr1d, .place = 640, .family = FAMILY_XYZT, .rows = 4, .names = {nullptr, nullptr, nullptr, "ccorrt"}}),
-        Plain<"cmedian", [](CDataSpace& t, CZrkData** a, int) { return CMedian(t, a[0], IntArg(a[1]), a[2]); }>(
+        Directions<"ccorr1d", DirRule{.reach = 6, .invalid_first = false},
+                   [](CDataSpace& t, int d, CZrkData** a) { return CCorr1d(t, d, a[0], a[1]); }>(
+            {.args = 3,
+             .help = kHelpCCorr1d,
+             .place = 640,
+             .family = FAMILY_XYZT,
+             .rows = 4,
+             .names = {nullptr, nullptr, nullptr, "ccorrt"}}),
+        Plain<"cmedian", [](CDataSpace& t, CZrkData** a,
+                            int) { return CMedian(t, a[0], IntArg(a[1]), a[2]); }>(
             {.args = 3, .help = kHelpCMedian, .place = 750}),
         Plain<"conv", [](CDataSpace& t, CZrkData** a, int) { return Conv(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpConv, .place = 760}),
         Plain<"corr", [](CDataSpace& t, CZrkData** a, int) { return Corr(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpCorr, .place = 770}),
-        Directions<"corr1d", DirRule{.reach = 6, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Corr1d(t, d, a[0], a[1]); }>(
+        Directions<"corr1d", DirRule{.reach = 6, .invalid_first = false},
+                   [](CDataSpace& t, int d, CZrkData** a) { return Corr1d(t, d, a[0], a[1]); }>(
             {.args = 3, .help = kHelpCorr1d, .place = 780, .family = FAMILY_XYZT, .rows = 4}),
-        Directions<"cssd", DirRule{.reach = 6, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return CSsd(t, d, a[0], a[1]); }>(
+        Directions<"cssd", DirRule{.reach = 6, .invalid_first = false},
+                   [](CDataSpace& t, int d, CZrkData** a) { return CSsd(t, d, a[0], a[1]); }>(
             {.args = 3, .help = kHelpCSsd, .place = 880, .family = FAMILY_XYZT, .rows = 4}),
-        Plain<"dilate", [](CDataSpace& t, CZrkData** a, int) { return Dilate(t, a[0], a[1], FloatArg(a[2]) != 0); }>(
+        Plain<"dilate", [](CDataSpace& t, CZrkData** a,
+                           int) { return Dilate(t, a[0], a[1], FloatArg(a[2]) != 0); }>(
             {.args = 3, .help = kHelpDilate, .place = 1100}),
-        Plain<"erode", [](CDataSpace& t, CZrkData** a, int) { return Erode(t, a[0], a[1], FloatArg(a[2]) != 0); }>(
+        Plain<"erode", [](CDataSpace& t, CZrkData** a,
+                          int) { return Erode(t, a[0], a[1], FloatArg(a[2]) != 0); }>(
             {.args = 3, .help = kHelpErode, .place = 1110}),
-        Directions<"median", DirRule{.reach = 6, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Median(t, d, a[0]); }>(
+        Directions<"median", DirRule{.reach = 6, .invalid_first = false},
+                   [](CDataSpace& t, int d, CZrkData** a) { return Median(t, d, a[0]); }>(
             {.args = 2, .help = kHelpMedian, .place = 1590}),
-        Directions<"sort", DirRule{.reach = 6, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Sort(t, d, a[0]); }>(
+        Directions<"sort", DirRule{.reach = 6, .invalid_first = false},
+                   [](CDataSpace& t, int d, CZrkData** a) { return Sort(t, d, a[0]); }>(
             {.args = 2, .help = kHelpSort, .place = 2110}),
-        Directions<"ssd", DirRule{.reach = 6, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Ssd(t, d, a[0], a[1]); }>(
+        Directions<"ssd", DirRule{.reach = 6, .invalid_first = false},
+                   [](CDataSpace& t, int d, CZrkData** a) { return Ssd(t, d, a[0], a[1]); }>(
             {.args = 3, .help = kHelpSsd, .place = 2160, .family = FAMILY_XYZT, .rows = 4}),
     };
 }

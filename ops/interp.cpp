@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "core/data_cursor.h"
-#include "core/zrk_error.h"
 #include "core/directions.h"
+#include "core/zrk_error.h"
 #include "ops/structural_base.h"
 
 namespace {

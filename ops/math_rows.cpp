@@ -4,9 +4,9 @@
 #include <cmath>
 
 #include "core/elementwise.h"
+#include "core/math_errors.h"
 #include "ops/function_rows.h"
 #include "ops/op_rows.h"
-#include "core/math_errors.h"
 
 namespace {
 
@@ -14,8 +14,8 @@ namespace {
 int FloatTypeOf(const CZrkData* a) { return Promote(a->Type(), TYPE_R4); }
 
 template <class F>
-int MathRow(const char* text, unsigned rules, CZrkData** result, CDataSpace& temp,
-            CZrkData** args, F f) {
+int MathRow(const char* text, unsigned rules, CZrkData** result, CDataSpace& temp, CZrkData** args,
+            F f) {
     return RunHandler(text, nullptr, [&] {
         const int type = FloatTypeOf(args[0]);
         const int comps = IsComplexType(type) ? 2 : 1;
@@ -26,8 +26,8 @@ int MathRow(const char* text, unsigned rules, CZrkData** result, CDataSpace& tem
     });
 }
 
-#define QM_MATH_ROW(Name, text, rules, expr)                                            \
-    int Name(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {               \
+#define QM_MATH_ROW(Name, text, rules, expr)                                          \
+    int Name(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {             \
         return MathRow(text, rules, result, temp, args, [](auto x) { return expr; }); \
     }
 
@@ -66,50 +66,92 @@ int EvalAtan2(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {
     });
 }
 
-const char* const kHelpFabs[] = {"absolute value", "data", "input data array", nullptr,
+const char* const kHelpFabs[] = {"absolute value",   "data", "input data array", nullptr,
                                  "out = fabs(data)", nullptr};
 const char* const kHelpExp[] = {"e raised to a power", "data", "input data array", nullptr,
-                                "out = exp(data)", nullptr};
-const char* const kHelpPow[] = {"raise ", "x", "base", "y", "exponent", nullptr,
-                                "out = pow(x,y)", "x raised to the power y", nullptr};
-const char* const kHelpLog10[] = {"log base 10", "data", "input data array", nullptr,
-                                  "out = log10(data)", "log10(0) gives 0 and a math error",
+                                "out = exp(data)",     nullptr};
+const char* const kHelpPow[] = {"raise ",   "x",     "base",           "y",
+                                "exponent", nullptr, "out = pow(x,y)", "x raised to the power y",
+                                nullptr};
+const char* const kHelpLog10[] = {"log base 10",
+                                  "data",
+                                  "input data array",
+                                  nullptr,
+                                  "out = log10(data)",
+                                  "log10(0) gives 0 and a math error",
                                   nullptr};
-const char* const kHelpLog2[] = {"log base 2", "data", "input data array", nullptr,
+const char* const kHelpLog2[] = {"log base 2",       "data", "input data array", nullptr,
                                  "out = log2(data)", nullptr};
-const char* const kHelpLog[] = {"log base e", "data", "input data array", nullptr,
+const char* const kHelpLog[] = {"log base e",      "data", "input data array", nullptr,
                                 "out = log(data)", nullptr};
-const char* const kHelpSqrt[] = {"square root", "data", "input data array", nullptr,
+const char* const kHelpSqrt[] = {"square root",      "data", "input data array", nullptr,
                                  "out = sqrt(data)", nullptr};
-const char* const kHelpCos[] = {"cosine function in radians", "data", "input data array",
-                                nullptr, "out = cos(data)", nullptr};
-const char* const kHelpSin[] = {"sine function in radians", "data", "input data array",
-                                nullptr, "out = sin(data)", nullptr};
-const char* const kHelpTan[] = {"tangent function in radians", "data", "input data array",
-                                nullptr, "out = tan(data)", nullptr};
-const char* const kHelpAcos[] = {"arc cosine function in radians", "data", "input data array",
-                                 nullptr, "out = acos(data)", nullptr};
-const char* const kHelpAsin[] = {"arc sine function in radians", "data", "input data array",
-                                 nullptr, "out = asin(data)", nullptr};
-const char* const kHelpAtan[] = {"arc tangent function over pi", "data", "input data array",
-                                 nullptr, "out = atan(data)", nullptr};
-const char* const kHelpAtan2[] = {"arc tangent function over 2pi", "y", "numerator", "x",
-                                  "denominator", nullptr, "out = atan2(y,x)", nullptr};
-const char* const kHelpCosh[] = {"hyperbolic cosine function", "data", "input data array",
-                                 nullptr, "out = cosh(data)", nullptr};
-const char* const kHelpSinh[] = {"hyperbolic sine function", "data", "input data array",
-                                 nullptr, "out = sinh(data)", nullptr};
-const char* const kHelpTanh[] = {"hyperbolic tangent function", "data", "input data array",
-                                 nullptr, "out = tanh(data)", nullptr};
-const char* const kHelpJ0[] = {"bessel function of the first kind order 0", "data",
-                               "input data array", nullptr, "out = j0(data)", nullptr};
-const char* const kHelpJ1[] = {"bessel function of the first kind order 1", "data",
-                               "input data array", nullptr, "out = j1(data)", nullptr};
-const char* const kHelpY0[] = {"bessel function of the second kind order 0", "data",
-                               "input data array", nullptr, "out = y0(data)", nullptr};
-const char* const kHelpY1[] = {"bessel function of the second kind order 1", "data",
-                               "input data array", nullptr, "out = y1(data)", nullptr};
-
+const char* const kHelpCos[] = {
+    "cosine function in radians", "data", "input data array", nullptr, "out = cos(data)", nullptr};
+const char* const kHelpSin[] = {"sine function in radians", "data", "input data array", nullptr,
+                                "out = sin(data)",          nullptr};
+const char* const kHelpTan[] = {
+    "tangent function in radians", "data", "input data array", nullptr, "out = tan(data)", nullptr};
+const char* const kHelpAcos[] = {"arc cosine function in radians",
+                                 "data",
+                                 "input data array",
+                                 nullptr,
+                                 "out = acos(data)",
+                                 nullptr};
+const char* const kHelpAsin[] = {"arc sine function in radians",
+                                 "data",
+                                 "input data array",
+                                 nullptr,
+                                 "out = asin(data)",
+                                 nullptr};
+const char* const kHelpAtan[] = {"arc tangent function over pi",
+                                 "data",
+                                 "input data array",
+                                 nullptr,
+                                 "out = atan(data)",
+                                 nullptr};
+const char* const kHelpAtan2[] = {"arc tangent function over 2pi",
+                                  "y",
+                                  "numerator",
+                                  "x",
+                                  "denominator",
+                                  nullptr,
+                                  "out = atan2(y,x)",
+                                  nullptr};
+const char* const kHelpCosh[] = {"hyperbolic cosine function", "data", "input data array", nullptr,
+                                 "out = cosh(data)",           nullptr};
+const char* const kHelpSinh[] = {"hyperbolic sine function", "data", "input data array", nullptr,
+                                 "out = sinh(data)",         nullptr};
+const char* const kHelpTanh[] = {"hyperbolic tangent function",
+                                 "data",
+                                 "input data array",
+                                 nullptr,
+                                 "out = tanh(data)",
+                                 nullptr};
+const char* const kHelpJ0[] = {"bessel function of the first kind order 0",
+                               "data",
+                               "input data array",
+                               nullptr,
+                               "out = j0(data)",
+                               nullptr};
+const char* const kHelpJ1[] = {"bessel function of the first kind order 1",
+                               "data",
+                               "input data array",
+                               nullptr,
+                               "out = j1(data)",
+                               nullptr};
+const char* const kHelpY0[] = {"bessel function of the second kind order 0",
+                               "data",
+                               "input data array",
+                               nullptr,
+                               "out = y0(data)",
+                               nullptr};
+const char* const kHelpY1[] = {"bessel function of the second kind order 1",
+                               "data",
+                               "input data array",
+                               nullptr,
+                               "out = y1(data)",
+                               nullptr};
 
 }  // namespace
 

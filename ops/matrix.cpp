@@ -15,10 +15,10 @@
 #include <type_traits>
 #include <vector>
 
+#include "core/directions.h"
+#include "core/elementwise.h"
 #include "core/host.h"
 #include "core/zrk_error.h"
-#include "core/elementwise.h"
-#include "core/directions.h"
 #include "ops/structural_base.h"
 
 extern "C" {

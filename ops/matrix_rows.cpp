@@ -34,7 +34,8 @@ const char* const kHelpDiag[] = {"matrix diag",
 
 std::vector<CFuncDecl> MatrixRows() {
     return {
-        Plain<"minv", [](CDataSpace& t, CZrkData** a, int) { return MatrixInverse(t, a[0], a[1], FloatArg(a[2])); }>(
+        Plain<"minv", [](CDataSpace& t, CZrkData** a,
+                         int) { return MatrixInverse(t, a[0], a[1], FloatArg(a[2])); }>(
             {.args = 3, .help = kHelpMinv, .place = 1570, .family = FAMILY_PAIRS}),
         Plain<"diag", [](CDataSpace& t, CZrkData** a, int) { return Diag(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpDiag, .place = 2490, .family = FAMILY_PAIRS}),

@@ -6,9 +6,9 @@
 #include <numeric>
 #include <vector>
 
+#include "core/block_io.h"
 #include "core/data_cursor.h"
 #include "core/zrk_error.h"
-#include "core/block_io.h"
 #include "ops/structural_base.h"
 
 namespace {

@@ -30,10 +30,10 @@ struct RowName {
 
 // How a general function reads its direction string.
 struct DirRule {
-    bool multiple = false;     // choose multiple: each direction's result feeds the next
-    int reach = 4;             // 4 reaches x ... t, 6 x ... v
-    bool invalid_first = true; // "invalid direction" for a string without one, else
-                               // "direction invalid"
+    bool multiple = false;      // choose multiple: each direction's result feeds the next
+    int reach = 4;              // 4 reaches x ... t, 6 x ... v
+    bool invalid_first = true;  // "invalid direction" for a string without one, else
+                                // "direction invalid"
 };
 inline constexpr DirRule kChooseOne{};
 inline constexpr DirRule kChooseMultiple{.multiple = true};
@@ -51,8 +51,8 @@ struct CRowSpec {
 
 // A row whose handler is written out.
 inline CFuncDecl Handler(const char* name, FuncHandler handler, const CRowSpec& spec) {
-    return {name, handler, spec.args, std::max(spec.args, spec.max_args), spec.family, spec.help,
-            spec.place, {}};
+    return {name,        handler,   spec.args,  std::max(spec.args, spec.max_args),
+            spec.family, spec.help, spec.place, {}};
 }
 
 template <auto Body>
@@ -71,7 +71,10 @@ struct CDirections {
     static int Variant(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {
         return Reported({}, 1, [&] { return Deliver(result, Body(temp, D, args)); });
     }
-    static constexpr FuncHandler kVariants[6] = {Variant<0>, Variant<1>, Variant<2>, Variant<3>,
+    static constexpr FuncHandler kVariants[6] = {Variant<0>,
+                                                 Variant<1>,
+                                                 Variant<2>,
+                                                 Variant<3>,
                                                  Rule.reach > 4 ? Variant<4> : nullptr,
                                                  Rule.reach > 4 ? Variant<5> : nullptr};
     static int General(CZrkData** result, CDataSpace& temp, CZrkData** args, int nargs) {

@@ -121,7 +121,6 @@ const char* const kHelpHistogram[] = {"histogram",
                                       "h0=histr(d0,64,0,2000)",
                                       nullptr};
 
-
 }  // namespace
 
 const char* const* HistogramHelp() { return kHelpHistogram; }
@@ -133,15 +132,22 @@ std::vector<CFuncDecl> ReduceRows() {
     constexpr DirRule kAnyReach{.multiple = true, .reach = 6};
     constexpr DirRule kOneReach{.reach = 6};
     return {
-        Directions<"integrate", kAnyReach, Reduction<Integrate>>({.args = 2, .help = kHelpIntegrate, .place = 1380, .family = FAMILY_XYZT, .rows = 4}),
-        Directions<"mean", kAnyReach, Reduction<Mean>>({.args = 2, .help = kHelpMean, .place = 1490}),
+        Directions<"integrate", kAnyReach, Reduction<Integrate>>(
+            {.args = 2, .help = kHelpIntegrate, .place = 1380, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"mean", kAnyReach, Reduction<Mean>>(
+            {.args = 2, .help = kHelpMean, .place = 1490}),
         Directions<"max", kAnyReach, Reduction<Max>>({.args = 2, .help = kHelpMax, .place = 1500}),
         Directions<"min", kAnyReach, Reduction<Min>>({.args = 2, .help = kHelpMin, .place = 1510}),
-        Directions<"mip", kAnyReach, Reduction<Mip>>({.args = 2, .help = kHelpMip, .place = 1520, .family = FAMILY_XYZT, .rows = 4}),
-        Directions<"maxndx", kOneReach, Reduction<MaxIndex>>({.args = 2, .help = kHelpMaxNdx, .place = 1580}),
-        Directions<"minndx", kOneReach, Reduction<MinIndex>>({.args = 2, .help = kHelpMinNdx, .place = 1600}),
-        Directions<"proj", kAnyReach, Reduction<Project>>({.args = 2, .help = kHelpProj, .place = 1850, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"mip", kAnyReach, Reduction<Mip>>(
+            {.args = 2, .help = kHelpMip, .place = 1520, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"maxndx", kOneReach, Reduction<MaxIndex>>(
+            {.args = 2, .help = kHelpMaxNdx, .place = 1580}),
+        Directions<"minndx", kOneReach, Reduction<MinIndex>>(
+            {.args = 2, .help = kHelpMinNdx, .place = 1600}),
+        Directions<"proj", kAnyReach, Reduction<Project>>(
+            {.args = 2, .help = kHelpProj, .place = 1850, .family = FAMILY_XYZT, .rows = 4}),
         Directions<"sd", kOneReach, Reduction<Sd>>({.args = 2, .help = kHelpSd, .place = 2150}),
-        Directions<"sumsqr", kOneReach, Reduction<SumSqr>>({.args = 2, .help = kHelpSumSqr, .place = 2420, .family = FAMILY_XYZT, .rows = 4}),
+        Directions<"sumsqr", kOneReach, Reduction<SumSqr>>(
+            {.args = 2, .help = kHelpSumSqr, .place = 2420, .family = FAMILY_XYZT, .rows = 4}),
     };
 }

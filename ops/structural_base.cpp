@@ -6,10 +6,10 @@
 #include <algorithm>
 
 #include "core/data_cursor.h"
-#include "core/host.h"
-#include "core/zrk_error.h"
 #include "core/elementwise.h"
+#include "core/host.h"
 #include "core/report.h"
+#include "core/zrk_error.h"
 
 namespace {
 

@@ -51,7 +51,6 @@ struct CWalk {
     uint64_t inner;  // all directions below
 };
 
-
 // The first element of a scalar argument, by the cursor's conversion rules.
 int64_t IntArg(const CZrkData* a);
 double FloatArg(const CZrkData* a);

@@ -435,34 +435,51 @@ const char* const kHelpTrans[] = {
     "transpose data",   "\"xy\"", "the two directions exchanged", "data",
     "input data array", nullptr,  "out = trans(\"yt\",data)",     nullptr};
 
-
 }  // namespace
 
 std::vector<CFuncDecl> StructuralRows() {
     return {
-        Directions<"cat", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Cat(t, d, a[0], a[1]); }>(
+        Directions<"cat", kChooseOne,
+                   [](CDataSpace& t, int d, CZrkData** a) { return Cat(t, d, a[0], a[1]); }>(
             {.args = 3, .help = kHelpCat, .place = 470, .family = FAMILY_XYZT, .rows = 4}),
-        Directions<"catm", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return CatM(t, d, a[0], a[1], GlobalDataSpace(), false); }>(
+        Directions<"catm", kChooseOne,
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return CatM(t, d, a[0], a[1], GlobalDataSpace(), false);
+                   }>(
             {.args = 3, .help = kHelpCatm, .place = 520, .family = FAMILY_XYZT, .rows = 4}),
-        Directions<"catmd", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return CatM(t, d, a[0], a[1], GlobalDataSpace(), true); }>(
+        Directions<"catmd", kChooseOne,
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return CatM(t, d, a[0], a[1], GlobalDataSpace(), true);
+                   }>(
             {.args = 3, .help = kHelpCatmd, .place = 570, .family = FAMILY_XYZT, .rows = 4}),
-        Directions<"chop", kChooseMultiple, [](CDataSpace& t, int d, CZrkData** a) { return Chop(t, d, a[0]); }>(
+        Directions<"chop", kChooseMultiple,
+                   [](CDataSpace& t, int d, CZrkData** a) { return Chop(t, d, a[0]); }>(
             {.args = 2, .help = kHelpChop, .place = 690, .family = FAMILY_XYZT, .rows = 4}),
-        Directions<"cross", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Cross(t, d, a[0], a[1]); }>(
+        Directions<"cross", kChooseOne,
+                   [](CDataSpace& t, int d, CZrkData** a) { return Cross(t, d, a[0], a[1]); }>(
             {.args = 3, .help = kHelpCross, .place = 830, .family = FAMILY_XYZT, .rows = 4}),
-        Directions<"cut", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Cut(t, d, a[0], IntArg(a[1]), IntArg(a[2])); }>(
+        Directions<"cut", kChooseOne,
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return Cut(t, d, a[0], IntArg(a[1]), IntArg(a[2]));
+                   }>(
             {.args = 4, .help = kHelpCut, .place = 930, .family = FAMILY_XYZT, .rows = 4}),
         Plain<"crop1d", [](CDataSpace& t, CZrkData** a, int) { return Crop1d(t, a[0]); }>(
             {.args = 1, .help = kHelpCrop1d, .place = 980}),
         Plain<"crop2d", [](CDataSpace& t, CZrkData** a, int) { return Crop2d(t, a[0]); }>(
             {.args = 1, .help = kHelpCrop2d, .place = 990}),
-        Directions<"delta", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Delta(t, d, IntArg(a[0]), IntArg(a[1])); }>(
+        Directions<"delta", kChooseOne,
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return Delta(t, d, IntArg(a[0]), IntArg(a[1]));
+                   }>(
             {.args = 3, .help = kHelpDelta, .place = 1000, .family = FAMILY_XYZT, .rows = 4}),
-        Directions<"dot", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Dot(t, d, a[0], a[1]); }>(
+        Directions<"dot", kChooseOne,
+                   [](CDataSpace& t, int d, CZrkData** a) { return Dot(t, d, a[0], a[1]); }>(
             {.args = 3, .help = kHelpDot, .place = 1050, .family = FAMILY_XYZT, .rows = 4}),
-        Plain<"eflip", [](CDataSpace& t, CZrkData** a, int) { return EFlip(t, a[0], IntArg(a[1])); }>(
+        Plain<"eflip",
+              [](CDataSpace& t, CZrkData** a, int) { return EFlip(t, a[0], IntArg(a[1])); }>(
             {.args = 2, .help = kHelpEFlip, .place = 1120}),
-        Plain<"esort", [](CDataSpace& t, CZrkData** a, int) { return ESort(t, a[0], IntArg(a[1])); }>(
+        Plain<"esort",
+              [](CDataSpace& t, CZrkData** a, int) { return ESort(t, a[0], IntArg(a[1])); }>(
             {.args = 2, .help = kHelpESort, .place = 1130}),
         Plain<"eye", [](CDataSpace& t, CZrkData** a, int) { return Eye(t, a[0], IntArg(a[1])); }>(
             {.args = 2, .help = kHelpEye, .place = 1140}),
@@ -476,44 +493,65 @@ std::vector<CFuncDecl> StructuralRows() {
                          [](CDataSpace& t, CZrkData** a, int) {
                              return FillS(t, a[0], FloatArg(a[1]), FloatArg(a[2]), a[3]);
                          }>({.args = 5,
-                              .help = kHelpFill,
-                              .place = 1150,
-                              .family = FAMILY_XYZTRS,
-                              .rows = 4,
-                              .names = {nullptr, nullptr, nullptr, nullptr, "fillr", "fills"}}),
+                             .help = kHelpFill,
+                             .place = 1150,
+                             .family = FAMILY_XYZTRS,
+                             .rows = 4,
+                             .names = {nullptr, nullptr, nullptr, nullptr, "fillr", "fills"}}),
         Plain<"fill1d", [](CDataSpace& t, CZrkData** a, int) { return Fill1d(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpFill1d, .place = 1220}),
         Plain<"fill2d", [](CDataSpace& t, CZrkData** a, int) { return Fill2d(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpFill2d, .place = 1230}),
         Plain<"fillinf", [](CDataSpace& t, CZrkData** a, int) { return FillInf(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpFillInf, .place = 1240}),
-        Directions<"flip", kChooseMultiple, [](CDataSpace& t, int d, CZrkData** a) { return Flip(t, d, a[0]); }>(
+        Directions<"flip", kChooseMultiple,
+                   [](CDataSpace& t, int d, CZrkData** a) { return Flip(t, d, a[0]); }>(
             {.args = 2, .help = kHelpFlip, .place = 1250, .family = FAMILY_XYZT, .rows = 4}),
-        Directions<"line", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Line(t, d, FloatArg(a[0]), FloatArg(a[1]), IntArg(a[2])); }>(
+        Directions<"line", kChooseOne,
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return Line(t, d, FloatArg(a[0]), FloatArg(a[1]), IntArg(a[2]));
+                   }>(
             {.args = 4, .help = kHelpLine, .place = 1440, .family = FAMILY_XYZT, .rows = 4}),
-        Plain<"noise", [](CDataSpace& t, CZrkData** a, int) { return Noise(t, a[0], FloatArg(a[1]), a[2]); }>(
+        Plain<"noise", [](CDataSpace& t, CZrkData** a,
+                          int) { return Noise(t, a[0], FloatArg(a[1]), a[2]); }>(
             {.args = 3, .help = kHelpNoise, .place = 1660}),
-        Directions<"pad", kChooseMultiple, [](CDataSpace& t, int d, CZrkData** a) { return Pad(t, d, a[0], IntArg(a[1])); }>(
+        Directions<"pad", kChooseMultiple,
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return Pad(t, d, a[0], IntArg(a[1]));
+                   }>(
             {.args = 3, .help = kHelpPad, .place = 1670, .family = FAMILY_XYZT, .rows = 4}),
-        Directions<"padsim", kChooseMultiple, [](CDataSpace& t, int d, CZrkData** a) { return PadSim(t, d, a[0], IntArg(a[1])); }>(
+        Directions<"padsim", kChooseMultiple,
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return PadSim(t, d, a[0], IntArg(a[1]));
+                   }>(
             {.args = 3, .help = kHelpPadSim, .place = 1720, .family = FAMILY_XYZT, .rows = 4}),
         Plain<"permute", [](CDataSpace& t, CZrkData** a, int) { return Permute(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpPermute, .place = 1770}),
         Plain<"points2d", [](CDataSpace& t, CZrkData** a, int) { return Points2d(t, a[0]); }>(
             {.args = 1, .help = kHelpPoints2d, .place = 1830}),
-        Directions<"ramp", DirRule{.reach = 6}, [](CDataSpace& t, int d, CZrkData** a) { return Ramp(t, d, FloatArg(a[0]), FloatArg(a[1]), IntArg(a[2])); }>(
+        Directions<"ramp", DirRule{.reach = 6},
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return Ramp(t, d, FloatArg(a[0]), FloatArg(a[1]), IntArg(a[2]));
+                   }>(
             {.args = 4, .help = kHelpRamp, .place = 1900, .family = FAMILY_XYZT, .rows = 6}),
         Plain<"rand", [](CDataSpace& t, CZrkData** a, int) { return Rand(t, a[0]); }>(
             {.args = 1, .help = kHelpRand, .place = 1970}),
-        Plain<"reshape", [](CDataSpace& t, CZrkData** a, int n) { int64_t res[6] = {1, 1, 1, 1, 1, 1}; for (int k = 1; k < n; ++k) res[k - 1] = IntArg(a[k]); return Reshape(t, a[0], res); }>(
+        Plain<"reshape",
+              [](CDataSpace& t, CZrkData** a, int n) {
+                  int64_t res[6] = {1, 1, 1, 1, 1, 1};
+                  for (int k = 1; k < n; ++k) res[k - 1] = IntArg(a[k]);
+                  return Reshape(t, a[0], res);
+              }>(
             {.args = 2, .help = kHelpReshape, .place = 1980, .family = FAMILY_DIMS, .max_args = 7}),
         Plain<"rotxy", [](CDataSpace& t, CZrkData** a, int) { return RotXy(t, a[0]); }>(
             {.args = 1, .help = kHelpRotXy, .place = 1990}),
         Plain<"rotmxy", [](CDataSpace& t, CZrkData** a, int) { return RotMXy(t, a[0]); }>(
             {.args = 1, .help = kHelpRotMXy, .place = 2000}),
-        Plain<"gather", [](CDataSpace& t, CZrkData** a, int n) { return Gather(t, a[0], a[1], a[2], Indices(a, n)); }>(
+        Plain<"gather", [](CDataSpace& t, CZrkData** a,
+                           int n) { return Gather(t, a[0], a[1], a[2], Indices(a, n)); }>(
             {.args = 3, .help = kHelpGather, .place = 2010, .max_args = 9}),
-        Plain<"scatter", [](CDataSpace& t, CZrkData** a, int n) { return Scatter(t, a[0], a[1], a[2], Indices(a, n)); }>(
+        Plain<"scatter", [](CDataSpace& t, CZrkData** a,
+                            int n) { return Scatter(t, a[0], a[1], a[2], Indices(a, n)); }>(
             {.args = 3, .help = kHelpScatter, .place = 2020, .max_args = 9}),
         Plain<"set1droi", [](CDataSpace& t, CZrkData** a, int) { return Set1dRoi(t, a[0]); }>(
             {.args = 1, .help = kHelpSet1dRoi, .place = 2030}),
@@ -521,15 +559,20 @@ std::vector<CFuncDecl> StructuralRows() {
             {.args = 2, .help = kHelpSet2dRoi, .place = 2040}),
         Plain<"shape", [](CDataSpace& t, CZrkData** a, int) { return Shape(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpShape, .place = 2050}),
-        Directions<"shift", kChooseMultiple, [](CDataSpace& t, int d, CZrkData** a) { return Shift(t, d, a[0], a[1]); }>(
+        Directions<"shift", kChooseMultiple,
+                   [](CDataSpace& t, int d, CZrkData** a) { return Shift(t, d, a[0], a[1]); }>(
             {.args = 3, .help = kHelpShift, .place = 2060, .family = FAMILY_XYZT, .rows = 4}),
         Plain<"select", [](CDataSpace& t, CZrkData** a, int) { return Select(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpSelect, .place = 2120}),
         Plain<"squeeze", [](CDataSpace& t, CZrkData** a, int) { return Squeeze(t, a[0]); }>(
             {.args = 1, .help = kHelpSqueeze, .place = 2130}),
-        Plain<"srand", [](CDataSpace& t, CZrkData** a, int) { return SRand(t, IntArg(a[0]), a[1]); }>(
+        Plain<"srand",
+              [](CDataSpace& t, CZrkData** a, int) { return SRand(t, IntArg(a[0]), a[1]); }>(
             {.args = 2, .help = kHelpSRand, .place = 2140}),
-        Directions<"step", kChooseOne, [](CDataSpace& t, int d, CZrkData** a) { return Step(t, d, IntArg(a[0]), IntArg(a[1])); }>(
+        Directions<"step", kChooseOne,
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return Step(t, d, IntArg(a[0]), IntArg(a[1]));
+                   }>(
             {.args = 3, .help = kHelpStep, .place = 2210, .family = FAMILY_XYZT, .rows = 4}),
         RadialDirections<"strip",
                          [](CDataSpace& t, int d, CZrkData** a) {
@@ -541,16 +584,19 @@ std::vector<CFuncDecl> StructuralRows() {
                          [](CDataSpace& t, CZrkData** a, int) {
                              return StripS(t, a[0], FloatArg(a[1]), FloatArg(a[2]), a[3]);
                          }>({.args = 5,
-                              .help = kHelpStrip,
-                              .place = 2260,
-                              .family = FAMILY_XYZTRS,
-                              .rows = 4,
-                              .names = {nullptr, nullptr, nullptr, nullptr, "stripr", "strips"}}),
+                             .help = kHelpStrip,
+                             .place = 2260,
+                             .family = FAMILY_XYZTRS,
+                             .rows = 4,
+                             .names = {nullptr, nullptr, nullptr, nullptr, "stripr", "strips"}}),
         Plain<"strip1d", [](CDataSpace& t, CZrkData** a, int) { return Strip1d(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpStrip1d, .place = 2330}),
         Plain<"strip2d", [](CDataSpace& t, CZrkData** a, int) { return Strip2d(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpStrip2d, .place = 2340}),
-        Directions<"stuff1d", DirRule{.reach = 6}, [](CDataSpace& t, int d, CZrkData** a) { return Stuff1d(t, d, a[0], a[1], IntArg(a[2])); }>(
+        Directions<"stuff1d", DirRule{.reach = 6},
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return Stuff1d(t, d, a[0], a[1], IntArg(a[2]));
+                   }>(
             {.args = 4, .help = kHelpStuff1d, .place = 2350, .family = FAMILY_XYZT, .rows = 6}),
         Plain<"trans", [](CDataSpace& t, CZrkData** a, int) { return Trans(t, a[0], a[1]); }>(
             {.args = 2, .help = kHelpTrans, .place = 2500, .family = FAMILY_PAIRS}),

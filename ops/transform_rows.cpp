@@ -102,22 +102,35 @@ const char* const kHelpInterp[] = {"interpolate data",
                                    "linear; y first, then t",
                                    nullptr};
 
-
 }  // namespace
 
 std::vector<CFuncDecl> TransformRows() {
     return {
-        Plain<"bart", WindowKernel<FT_WINDOW_BARTLETT>>({.args = 4, .help = kHelpBart, .place = 450}),
-        Plain<"black", WindowKernel<FT_WINDOW_BLACKMAN>>({.args = 4, .help = kHelpBlack, .place = 460}),
-        Directions<"ft", DirRule{.multiple = true, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Ft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3])); }>(
+        Plain<"bart", WindowKernel<FT_WINDOW_BARTLETT>>(
+            {.args = 4, .help = kHelpBart, .place = 450}),
+        Plain<"black", WindowKernel<FT_WINDOW_BLACKMAN>>(
+            {.args = 4, .help = kHelpBlack, .place = 460}),
+        Directions<"ft", DirRule{.multiple = true, .invalid_first = false},
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return Ft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3]));
+                   }>(
             {.args = 5, .help = kHelpFt, .place = 1300, .family = FAMILY_XYZT, .rows = 4}),
-        Plain<"hann", WindowKernel<FT_WINDOW_HANNING>>({.args = 4, .help = kHelpHann, .place = 1360}),
-        Plain<"hamm", WindowKernel<FT_WINDOW_HAMMING>>({.args = 4, .help = kHelpHamm, .place = 1370}),
-        Plain<"interp", [](CDataSpace& t, CZrkData** a, int) { return Interp(t, a[0], a[1], IntArg(a[2])); }>(
+        Plain<"hann", WindowKernel<FT_WINDOW_HANNING>>(
+            {.args = 4, .help = kHelpHann, .place = 1360}),
+        Plain<"hamm", WindowKernel<FT_WINDOW_HAMMING>>(
+            {.args = 4, .help = kHelpHamm, .place = 1370}),
+        Plain<"interp",
+              [](CDataSpace& t, CZrkData** a, int) { return Interp(t, a[0], a[1], IntArg(a[2])); }>(
             {.args = 3, .help = kHelpInterp, .place = 1430}),
-        Directions<"mrft", DirRule{.multiple = true, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Mrft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3])); }>(
+        Directions<"mrft", DirRule{.multiple = true, .invalid_first = false},
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return Mrft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3]));
+                   }>(
             {.args = 5, .help = kHelpMrft, .place = 1610, .family = FAMILY_XYZT, .rows = 4}),
-        Directions<"pnft", DirRule{.multiple = true, .invalid_first = false}, [](CDataSpace& t, int d, CZrkData** a) { return Pnft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3])); }>(
+        Directions<"pnft", DirRule{.multiple = true, .invalid_first = false},
+                   [](CDataSpace& t, int d, CZrkData** a) {
+                       return Pnft(t, d, a[0], IntArg(a[1]), IntArg(a[2]), IntArg(a[3]));
+                   }>(
             {.args = 5, .help = kHelpPnft, .place = 1780, .family = FAMILY_XYZT, .rows = 4}),
     };
 }

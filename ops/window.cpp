@@ -3,10 +3,10 @@
 #include <cmath>
 #include <numbers>
 
-#include "core/data_cursor.h"
-#include "core/zrk_error.h"
 #include "core/block_io.h"
+#include "core/data_cursor.h"
 #include "core/directions.h"
+#include "core/zrk_error.h"
 #include "ops/structural_base.h"
 
 namespace {

@@ -6,7 +6,7 @@
 namespace {
 
 class CLanguageEnvironment : public ::testing::Environment {
-public:
+  public:
     void SetUp() override { InstallFunctions(); }
 };
 

@@ -73,10 +73,9 @@ bool condition_component(wave_params* p, const Shape& s, float* mag, uint8_t* ma
 
     auto extract = [&]() {
         if (p->complex_in) return true;
-        return (s.volume ? phase_offset_filtering_3d(stack, s.nx, s.ny, s.nz, p->nt,
-                                                     p->harmonic_number)
-                         : phase_offset_filtering(stack, s.nx, s.ny, p->nt,
-                                                  p->harmonic_number)) == 0;
+        return (s.volume
+                    ? phase_offset_filtering_3d(stack, s.nx, s.ny, s.nz, p->nt, p->harmonic_number)
+                    : phase_offset_filtering(stack, s.nx, s.ny, p->nt, p->harmonic_number)) == 0;
     };
     auto direction = [&](int mode) {
         if (!p->dirf_on) return true;
@@ -154,7 +153,8 @@ void run_1axis(wave_params* p, const Shape& s) {
         }
         store_mask_outputs(p, s, mag, mask);
         if (p->mf_on) (s.volume ? mf_3d : mf_2d)(p, pair, mask, p->aux_mask);
-        if (p->di_on) (s.volume ? direct_3d_1axis : direct_2d_1axis)(p, pair, mask, p->aux_mask, &temp);
+        if (p->di_on)
+            (s.volume ? direct_3d_1axis : direct_2d_1axis)(p, pair, mask, p->aux_mask, &temp);
     }
     mem_free_level(level, 0);
     mem_free(&p->aux_mask, 1);
@@ -163,8 +163,7 @@ void run_1axis(wave_params* p, const Shape& s) {
 void run_XYZ(wave_params* p, const Shape& s) {
     int level = mem_next_level();
     run_progress(-1, 0, 0, p->component, p->ncomponents, p->angle, p->nangles);
-    float *mag = nullptr, *pairs = nullptr, *amp2 = nullptr, *lfe_stack = nullptr,
-          *temp = nullptr;
+    float *mag = nullptr, *pairs = nullptr, *amp2 = nullptr, *lfe_stack = nullptr, *temp = nullptr;
     uint8_t* mask = nullptr;
     mem_allocate(&mag, sizeof(float), uint32_t(s.npix), 0);
     mem_allocate(&mask, 1, uint32_t(s.npix), 0);

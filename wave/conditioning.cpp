@@ -24,8 +24,8 @@ void each_slice(wave_params* p, float* stack, uint8_t* mask, F&& f) {
     int nz = std::max(p->nz, 1);
     for (int i = 0; i < nimages; ++i)
         for (int z = 0; z < nz; ++z)
-            f(stack + (size_t(i) * nz + z) * plane, mask ? mask + z * plane : nullptr,
-              i * nz + z, nimages * nz);
+            f(stack + (size_t(i) * nz + z) * plane, mask ? mask + z * plane : nullptr, i * nz + z,
+              nimages * nz);
 }
 
 }  // namespace
@@ -144,8 +144,8 @@ double displacement_scale(const wave_params* p) {
     return (r * kPi * 1e10) / (2.0 * (plateau + ramp) * 106990.079410654 * pairs * amp);
 }
 
-int harmonic_outputs(wave_params* p, float* pair, float* phase_out, float* amp2_out,
-                     uint8_t* mask, int pass, int npasses) {
+int harmonic_outputs(wave_params* p, float* pair, float* phase_out, float* amp2_out, uint8_t* mask,
+                     int pass, int npasses) {
     int nz = std::max(p->nz, 1);
     int plane = p->nx * p->ny;
     int n = plane * nz;
@@ -191,8 +191,7 @@ int harmonic_outputs(wave_params* p, float* pair, float* phase_out, float* amp2_
     if (p->amp_phase_out) {
         store_image(amp, p, WAVE_KIND_AMP_PHASE, &temp, p->r1i1_out, 2 * pass, 2 * npasses);
         scale_in_place(phase, 57.29578f, n);
-        store_image(phase, p, WAVE_KIND_AMP_PHASE, &temp, p->r1i1_out, 2 * pass + 1,
-                    2 * npasses);
+        store_image(phase, p, WAVE_KIND_AMP_PHASE, &temp, p->r1i1_out, 2 * pass + 1, 2 * npasses);
         if (phase_out) scale_in_place(phase, 1.0f / 57.29578f, n);
     }
     mem_free_level(level, 0);

@@ -25,8 +25,8 @@ double displacement_scale(const wave_params* p);
 // Amplitude and phase of the planar pair, amplitude thresholding of the mask, displacement
 // output, amplitude division or clipping of the pair. `phase_out` and `amp2_out` (npix
 // floats, may be null) receive the phase and the amplitude before division.
-int harmonic_outputs(wave_params* p, float* pair, float* phase_out, float* amp2_out,
-                     uint8_t* mask, int pass, int npasses);
+int harmonic_outputs(wave_params* p, float* pair, float* phase_out, float* amp2_out, uint8_t* mask,
+                     int pass, int npasses);
 
 // store_image kind of the amplitude and phase planes (amp_phase_out), sent to r1i1_out.
 constexpr int WAVE_KIND_AMP_PHASE = 1;

@@ -24,8 +24,8 @@ int read_magnitude_float(wave_params* p, float* buf) {
     return g_driver ? g_driver->read_magnitude_float(p, buf) : 1;
 }
 
-int store_image(const float* buf, wave_params* p, int kind, float** temp_holder,
-                wave_output output, int index, int total) {
+int store_image(const float* buf, wave_params* p, int kind, float** temp_holder, wave_output output,
+                int index, int total) {
     if (!g_driver || !output) return 0;
     return g_driver->store_image(buf, p, kind, temp_holder, output, index, total);
 }

@@ -9,7 +9,7 @@
 #include "wave/wave_params.h"
 
 class wave_driver {
-public:
+  public:
     virtual ~wave_driver() = default;
     // Reads return 0 on success. The phase stack is nx*ny*nz*nt floats (real input) or a
     // planar complex pair; magnitudes are nx*ny*nz floats (all components for the float read).
@@ -35,8 +35,8 @@ wave_driver* set_wave_driver(wave_driver* driver);
 int read_phase_stack(wave_params* p, float* buf);
 int read_max_magnitude(wave_params* p, float* buf);
 int read_magnitude_float(wave_params* p, float* buf);
-int store_image(const float* buf, wave_params* p, int kind, float** temp_holder,
-                wave_output output, int index, int total);
+int store_image(const float* buf, wave_params* p, int kind, float** temp_holder, wave_output output,
+                int index, int total);
 int store_complex(const float* buf, wave_params* p, int planar, float** temp, wave_output output);
 int store_byte_image(const uint8_t* buf, wave_params* p, wave_output output);
 void msg_fatal_text(const char* text);

@@ -53,8 +53,7 @@ int block_kb() {
 
 // Lines of n points that fill one block of cache_kb, at least 1 and at most `most`.
 size_t block_lines(int n, size_t most) {
-    return std::clamp<size_t>(size_t(block_kb()) * 1024 / (2 * sizeof(float) * size_t(n)), 1,
-                              most);
+    return std::clamp<size_t>(size_t(block_kb()) * 1024 / (2 * sizeof(float) * size_t(n)), 1, most);
 }
 
 // Planes that x and y treat together: within half of a 2 MB second-level cache.
@@ -129,7 +128,9 @@ struct BlockPlans {
     fftwf_plan full = nullptr, last = nullptr;
 
     BlockPlans(size_t lines, size_t w, size_t rounds = 1)
-        : width(w), per_round((lines + w - 1) / w), tail(lines - (per_round - 1) * w),
+        : width(w),
+          per_round((lines + w - 1) / w),
+          tail(lines - (per_round - 1) * w),
           count(per_round * rounds) {}
     bool is_last(size_t b) const { return b % per_round + 1 == per_round; }
     size_t lines_of(size_t b) const { return is_last(b) ? tail : width; }
@@ -196,8 +197,8 @@ size_t slice_floats(int n, size_t width) { return (2 * size_t(n) * width + 15) &
 // A flip pass: blocks of columns of n points, block b starting at `at(b)` with rows
 // `spacing` points apart. Every thread gathers into its own slice of `slices`.
 template <class At>
-bool flip_pass(float* slices, const BlockPlans& blocks, int n, size_t spacing, int dir,
-               int threads, At at) {
+bool flip_pass(float* slices, const BlockPlans& blocks, int n, size_t spacing, int dir, int threads,
+               At at) {
     const size_t slice = slice_floats(n, blocks.width);
     bool ok = true;
 #pragma omp parallel for schedule(guided) reduction(&& : ok) num_threads(threads)
@@ -281,9 +282,7 @@ void* fft_malloc(size_t size) {
     return p;
 }
 
-float* fft_work(size_t points) {
-    return grow(&g_work, &g_work_len, 2 * points) ? g_work : nullptr;
-}
+float* fft_work(size_t points) { return grow(&g_work, &g_work_len, 2 * points) ? g_work : nullptr; }
 
 fftwf_plan fft_batch_plan(int n, int dir, int howmany, int stride, int dist, const float* target) {
     const int align = target ? fftwf_alignment_of(const_cast<float*>(target)) : 0;
@@ -295,10 +294,9 @@ fftwf_plan fft_batch_plan(int n, int dir, int howmany, int stride, int dist, con
     float* work = fft_work(extent + 2);
     if (!work) return nullptr;
     auto* w = reinterpret_cast<fftwf_complex*>(reinterpret_cast<char*>(work) + align);
-    fftwf_plan plan =
-        fftwf_plan_many_dft(1, &n, howmany, w, nullptr, stride, dist, w, nullptr, stride, dist,
-                            dir > 0 ? FFTW_FORWARD : FFTW_BACKWARD,
-                            n <= kMeasureLimit ? FFTW_MEASURE : FFTW_ESTIMATE);
+    fftwf_plan plan = fftwf_plan_many_dft(1, &n, howmany, w, nullptr, stride, dist, w, nullptr,
+                                          stride, dist, dir > 0 ? FFTW_FORWARD : FFTW_BACKWARD,
+                                          n <= kMeasureLimit ? FFTW_MEASURE : FFTW_ESTIMATE);
     if (plan) g_plans.emplace(shape, plan);
     return plan;
 }
@@ -518,7 +516,8 @@ int rvfft_3d(float* buf, int nx, int ny, int nz, int dir) {
             wave_fatal("rvfft_3d: GENERAL_cvfft_3d error (1).");
         return 0;
     }
-    if (GENERAL_cvfft_3d(buf, -half, ny, nz, -1)) wave_fatal("rvfft_3d: GENERAL_cvfft_3d error (2).");
+    if (GENERAL_cvfft_3d(buf, -half, ny, nz, -1))
+        wave_fatal("rvfft_3d: GENERAL_cvfft_3d error (2).");
     for (size_t r = 0; r < rows; ++r) {
         float* src = buf + r * (nx + 2);
         float nyquist = src[nx];

@@ -26,8 +26,7 @@ float* fft_work(size_t points);
 // from FFTW's alignment (null: any buffer from fftwf_malloc). Measured once per shape on the
 // work buffer, which it overwrites, and kept until fft_cleanup. Null when FFTW cannot plan
 // it. Plans are made on one thread only; running them is safe from any.
-fftwf_plan fft_batch_plan(int n, int dir, int howmany, int stride, int dist,
-                          const float* target);
+fftwf_plan fft_batch_plan(int n, int dir, int howmany, int stride, int dist, const float* target);
 
 // One line of n complex points at a stride in complex units; dir > 0 forward. Returns 0.
 int cvfft(float* buf, int stride, int n, int dir);

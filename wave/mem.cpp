@@ -74,8 +74,9 @@ void _mem_allocate(void** holder, uint32_t elem_size, uint32_t count, uint32_t p
         auto* grown =
             static_cast<mem_entry*>(engine_malloc(sizeof(mem_entry) * (g_capacity + kGrowth)));
         if (!grown) {
-            report(g_table ? "\n_mem_allocate: Unable to allocate larger memory allocation table. \n"
-                           : "\n_mem_allocate: Unable to allocate memory allocation table. \n");
+            report(g_table
+                       ? "\n_mem_allocate: Unable to allocate larger memory allocation table. \n"
+                       : "\n_mem_allocate: Unable to allocate memory allocation table. \n");
             out_of_memory();
         }
         if (g_table) std::memcpy(grown, g_table, sizeof(mem_entry) * g_count);

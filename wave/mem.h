@@ -16,10 +16,10 @@
 struct mem_entry {
     uint32_t permanent;  // 1: a bulk free without force spares it
     uint32_t level;
-    void** holder;       // the caller's pointer variable
+    void** holder;  // the caller's pointer variable
     uint32_t elem_size;
     uint32_t count;
-    void* address;       // the block as registered; its identity
+    void* address;  // the block as registered; its identity
 };
 
 // Allocates elem_size * count bytes (not cleared), stores the address in *holder and

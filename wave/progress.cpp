@@ -1,15 +1,15 @@
 #include "wave/progress.h"
 
-#include <chrono>
 #include <algorithm>
+#include <chrono>
 
 #include "wave/driver.h"
 
 namespace {
 
 constexpr int kMethods = 5;  // component start, LFE, PG, MF, DI
-const char* const kFormats[kMethods] = {nullptr, "LFE: %2d%%    ", "PG: %2d%%    ",
-                                        "MF: %2d%%    ", "DI: %2d%%    "};
+const char* const kFormats[kMethods] = {nullptr, "LFE: %2d%%    ", "PG: %2d%%    ", "MF: %2d%%    ",
+                                        "DI: %2d%%    "};
 
 struct Progress {
     double run_start = 0;

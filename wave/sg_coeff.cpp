@@ -136,8 +136,8 @@ int pinv_svd(const double* a, double* ainv, int m, int n, double tol) {
     int k = std::min(m, n);
     std::vector<double> s(k), superb(std::max(k - 1, 1));
     auto z = [](std::vector<cd>& v) { return reinterpret_cast<lapack_complex_double*>(v.data()); };
-    int info = LAPACKE_zgesvd(LAPACK_COL_MAJOR, 'A', 'A', m, n, z(ac), m, s.data(), z(u), m,
-                              z(vt), n, superb.data());
+    int info = LAPACKE_zgesvd(LAPACK_COL_MAJOR, 'A', 'A', m, n, z(ac), m, s.data(), z(u), m, z(vt),
+                              n, superb.data());
     if (info != 0) return -1;
     int r = 0;
     while (r < k && s[r] > tol) ++r;
@@ -194,8 +194,7 @@ int Farid_coeff(int order, int half, float* coef) {
         {0.0248433184f, 0.246357471f, 0.457598418f},
         {0.00355099095f, 0.0627684519f, 0.246340767f, 0.374679595f},
         {0.000442298013f, 0.0128819551f, 0.0857097954f, 0.237113744f, 0.32770443f},
-        {5.5419001e-05f, 0.00231718598f, 0.0233095195f, 0.100090928f, 0.22663556f,
-         0.295182794f},
+        {5.5419001e-05f, 0.00231718598f, 0.0233095195f, 0.100090928f, 0.22663556f, 0.295182794f},
         {5.47499985e-06f, 0.000358513993f, 0.00523513509f, 0.0325196758f, 0.108659931f,
          0.217102721f, 0.272237092f}};
     static const float kSecond[6][7] = {
@@ -203,10 +202,9 @@ int Farid_coeff(int order, int half, float* coef) {
         {0.23400794f, 0.0368355662f, -0.544950306f},
         {0.0479735248f, 0.153139323f, -0.0469632968f, -0.308488339f},
         {0.0079021249f, 0.060710717f, 0.0969283953f, -0.0606722198f, -0.209744349f},
-        {0.001155579f, 0.0159723554f, 0.0588582493f, 0.0614573359f, -0.0600105673f,
-         -0.154862687f},
-        {0.000142972f, 0.00325706601f, 0.0209388807f, 0.0525537506f, 0.040057417f,
-         -0.055645898f, -0.122655421f}};
+        {0.001155579f, 0.0159723554f, 0.0588582493f, 0.0614573359f, -0.0600105673f, -0.154862687f},
+        {0.000142972f, 0.00325706601f, 0.0209388807f, 0.0525537506f, 0.040057417f, -0.055645898f,
+         -0.122655421f}};
     const char* bad_order = "\nInvalid filter order in function Farid_coeff. \n\n";
     const char* bad_size = "\nInvalid filter size in function Farid_coeff. \n\n";
     if (order != 0 && order != 2) return report(bad_order, bad_order), 1;

@@ -88,8 +88,8 @@ uint8_t* snr_background_mask(const uint8_t* mask, int nx, int ny, int nz, int ex
     return bg;
 }
 
-float snr_background_sd(const float* data, const uint8_t* bg, int nx, int ny, int nz,
-                        int nimages, int wx, int wy, int wz, int mode) {
+float snr_background_sd(const float* data, const uint8_t* bg, int nx, int ny, int nz, int nimages,
+                        int wx, int wy, int wz, int mode) {
     size_t n = size_t(nx) * ny * nz;
     if (mode == 0) {
         double s = 0.0, s2 = 0.0, count = 0.0;
@@ -213,9 +213,9 @@ uint8_t* snr_maps(const float* pair, const uint8_t* mask, wave_params* p) {
         wave_say(WF_SNR, nullptr, t.c_str());
     }
     if (!(e[0] == 10 && e[1] == 10 && e[2] == 10)) {
-        std::string t = nz <= 1 ? wave_fmt("SNR Background Erosion: %d, %d pixels \n", e[0], e[1])
-                                : wave_fmt("SNR Background Erosion: %d, %d, %d pixels \n", e[0],
-                                           e[1], e[2]);
+        std::string t =
+            nz <= 1 ? wave_fmt("SNR Background Erosion: %d, %d pixels \n", e[0], e[1])
+                    : wave_fmt("SNR Background Erosion: %d, %d, %d pixels \n", e[0], e[1], e[2]);
         wave_say(WF_SNR, nullptr, t.c_str());
     }
     wave_say(WF_SNR, "SNR ", nullptr);
@@ -245,8 +245,7 @@ uint8_t* snr_maps(const float* pair, const uint8_t* mask, wave_params* p) {
     magnitude_phase(pair, amp, nullptr, int(n));
     float* spd = snr_phase_difference(amp, smag, mask, nx, ny, nz, scale, p);
     if (result) {
-        snr_mask(spd ? spd : smag, mask, result, nx, ny, nz, p->snr_threshold,
-                 p->snr_mask_pattern);
+        snr_mask(spd ? spd : smag, mask, result, nx, ny, nz, p->snr_threshold, p->snr_mask_pattern);
         std::string t = p->snr_mask_pattern > 0
                             ? wave_fmt("\nSNR Masking enabled (threshold %.3f, pattern %d) ",
                                        p->snr_threshold, p->snr_mask_pattern)

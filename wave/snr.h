@@ -20,8 +20,8 @@ uint8_t* snr_background_mask(const uint8_t* mask, int nx, int ny, int nz, int ex
 // Deviation of the background. mode 0: sample deviation of all values; 1 (more than one
 // image): per-voxel deviation over images, window-smoothed, median over the background;
 // 2 (or one image): windowed deviation, median over the background.
-float snr_background_sd(const float* data, const uint8_t* bg, int nx, int ny, int nz,
-                        int nimages, int wx, int wy, int wz, int mode);
+float snr_background_sd(const float* data, const uint8_t* bg, int nx, int ny, int nz, int nimages,
+                        int wx, int wy, int wz, int mode);
 // Window mean of the magnitude over space and all images, divided by bg * 1.662. Table-owned;
 // null when the noise is not above 0.
 float* snr_magnitude(const float* mag, const uint8_t* mask, const uint8_t* bg, int nx, int ny,

@@ -111,10 +111,10 @@ void free_all_sequences() {
 const char* ADD_weighted_sum(uint32_t* holder, const float* data, const float* weight, int n,
                              int invert, int reset) {
     wsum_rec* r;
-    if (const char* e = open_sum(holder, n, &reset, &r,
-                                 "ADD_weighted_sum: Unable to allocate new sequence.",
-                                 "ADD_weighted_sum: Invalid sequence number.",
-                                 "ADD_weighted_sum: Mismatched sequence vol_size."))
+    if (const char* e =
+            open_sum(holder, n, &reset, &r, "ADD_weighted_sum: Unable to allocate new sequence.",
+                     "ADD_weighted_sum: Invalid sequence number.",
+                     "ADD_weighted_sum: Mismatched sequence vol_size."))
         return e;
     float* sum = r->sum_buf;
     for (int i = 0; i < n; ++i) {
@@ -180,16 +180,16 @@ const char* CALC_weighted_avg(uint32_t* holder, uint32_t weight_seq, float** out
     return nullptr;
 }
 
-const char* CALC_weighted_avg_inv_cmu(uint32_t* holder, uint32_t weight_seq,
-                                      float** out_re_holder, float** out_im_holder, int n,
-                                      int free_after) {
+const char* CALC_weighted_avg_inv_cmu(uint32_t* holder, uint32_t weight_seq, float** out_re_holder,
+                                      float** out_im_holder, int n, int free_after) {
     wsum_rec* r = record(*holder);
     if (!r) return "CALC_weighted_avg_inv_cmu: NULL mu sum array.";
     const float* weights = nullptr;
     if (weight_seq) {
         wsum_rec* w = record(weight_seq);
         if (!w) return "CALC_weighted_avg_inv_cmu: NULL weight sum array.";
-        if (2 * w->vol_size != r->vol_size) return "CALC_weighted_avg_inv_cmu: Mismatched array sizes.";
+        if (2 * w->vol_size != r->vol_size)
+            return "CALC_weighted_avg_inv_cmu: Mismatched array sizes.";
         weights = w->sum_buf;
     } else if (r->count < 0.5) {
         return "CALC_weighted_avg_inv_cmu: Invalid straight average N.";
@@ -251,6 +251,7 @@ void CALC_cmu_speed(const float* re, const float* im, float* speed2, float* atte
         double m = std::sqrt(m2);
         if (!(a + m > 0.0)) continue;
         speed2[i] = float(2.0 * m2 / (a + m));
-        atten[i] = float(std::sqrt(2.0) * std::numbers::pi * mech_freq * b / (std::sqrt(a + m) * m));
+        atten[i] =
+            float(std::sqrt(2.0) * std::numbers::pi * mech_freq * b / (std::sqrt(a + m) * m));
     }
 }

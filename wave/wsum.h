@@ -28,9 +28,8 @@ const char* ADD_weighted_sum_inv_cmu(uint32_t* holder, const float* re, const fl
 // Output holders that are null get a malloc'ed buffer (the caller frees it).
 const char* CALC_weighted_avg(uint32_t* holder, uint32_t weight_seq, float** out_holder, int n,
                               int invert, int free_after);
-const char* CALC_weighted_avg_inv_cmu(uint32_t* holder, uint32_t weight_seq,
-                                      float** out_re_holder, float** out_im_holder, int n,
-                                      int free_after);
+const char* CALC_weighted_avg_inv_cmu(uint32_t* holder, uint32_t weight_seq, float** out_re_holder,
+                                      float** out_im_holder, int n, int free_after);
 const char* CALC_scaled_sum(uint32_t* holder, float** out_holder, float scale, int free_after);
 const char* CALC_sqrt_of_sum(uint32_t* holder, float** out_holder, float scale, int free_after);
 // Wave speed squared and attenuation from a complex modulus that already contains w^2;

@@ -37,7 +37,8 @@ void PlainLoop(benchmark::State& state) {
     const float* s = static_cast<const float*>(Data().src.data);
     int16_t* d = static_cast<int16_t*>(Data().dst.data);
     for (auto _ : state) {
-        for (uint64_t k = 0; k < kCount; ++k) d[k] = static_cast<int16_t>(static_cast<int64_t>(s[k]));
+        for (uint64_t k = 0; k < kCount; ++k)
+            d[k] = static_cast<int16_t>(static_cast<int64_t>(s[k]));
         benchmark::ClobberMemory();
     }
     state.SetBytesProcessed(state.iterations() * kCount * 6);
@@ -68,8 +69,9 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks(&reporter);
     const double plain = reporter.Time("PlainLoop"), cursor = reporter.Time("CursorBlocks");
     if (plain > 0 && cursor > 0)
-        std::printf("r4 -> i2, 64M elements: cursor speed / plain loop speed = %.2f (target >= 0.50)\n",
-                    plain / cursor);
+        std::printf(
+            "r4 -> i2, 64M elements: cursor speed / plain loop speed = %.2f (target >= 0.50)\n",
+            plain / cursor);
     benchmark::Shutdown();
     return 0;
 }

@@ -77,9 +77,10 @@ int main(int argc, char** argv) {
     MakeArray();
     const double ours = BestOf(5, "b = a * 2 + 1");
     const double numpy = NumpySeconds();
-    std::printf("b = a * 2 + 1 on r4 [4096][4096][4]: %.1f ms, numpy float32 %.1f ms, ratio %.2f "
-                "(below 1 is faster than numpy)\n",
-                ours * 1e3, numpy * 1e3, numpy > 0 ? ours / numpy : 0.0);
+    std::printf(
+        "b = a * 2 + 1 on r4 [4096][4096][4]: %.1f ms, numpy float32 %.1f ms, ratio %.2f "
+        "(below 1 is faster than numpy)\n",
+        ours * 1e3, numpy * 1e3, numpy > 0 ? ours / numpy : 0.0);
     GlobalDataSpace().SetUnique();
     RunOnce("sa = 1.5; sb = 2;");
     const double scalar = BestOf(1000, "sc = sa + sb * 2");

@@ -50,14 +50,17 @@ void compare_fft() {
         fftwf_execute(inv);
     });
     const std::vector<double> py = PeerFigures("scipy_fftn.py", "", 1);
-    std::printf("GENERAL_cvfft_3d 256x256x64 forward+inverse: %.1f ms on %d threads, %.1f ms on one\n",
-                ours * 1e3, threads, one * 1e3);
-    std::printf("FFTW_MEASURE 3-D plan forward+inverse:       %.1f ms  ratio %.2f (bound 1.30), "
-                "one thread %.2f\n",
-                peer * 1e3, ours / peer, one / peer);
+    std::printf(
+        "GENERAL_cvfft_3d 256x256x64 forward+inverse: %.1f ms on %d threads, %.1f ms on one\n",
+        ours * 1e3, threads, one * 1e3);
+    std::printf(
+        "FFTW_MEASURE 3-D plan forward+inverse:       %.1f ms  ratio %.2f (bound 1.30), "
+        "one thread %.2f\n",
+        peer * 1e3, ours / peer, one / peer);
     if (!py.empty())
-        std::printf("scipy.fft.fftn+ifftn complex64, 2 workers:   %.1f ms  ratio %.2f (bound 1.00)\n",
-                    py[0], ours * 1e3 / py[0]);
+        std::printf(
+            "scipy.fft.fftn+ifftn complex64, 2 workers:   %.1f ms  ratio %.2f (bound 1.00)\n",
+            py[0], ours * 1e3 / py[0]);
     fftwf_destroy_plan(fwd);
     fftwf_destroy_plan(inv);
     fftwf_free(buf);
@@ -71,8 +74,8 @@ void BM_median_3x3(benchmark::State& state) {
         for (int z = 0; z < kNz; ++z)
             median_filter_2d(out.data() + size_t(z) * kNx * kNy, in.data() + size_t(z) * kNx * kNy,
                              win, dims);
-    state.counters["Mpix/s"] =
-        benchmark::Counter(double(in.size()) * state.iterations() / 1e6, benchmark::Counter::kIsRate);
+    state.counters["Mpix/s"] = benchmark::Counter(double(in.size()) * state.iterations() / 1e6,
+                                                  benchmark::Counter::kIsRate);
 }
 
 void BM_filter3d_11tap(benchmark::State& state) {
@@ -82,8 +85,8 @@ void BM_filter3d_11tap(benchmark::State& state) {
     for (int i = 0; i < 11; ++i) k[i] = 1.0f / (1 + (i - 5) * (i - 5));
     for (auto _ : state)
         filter3d_zeropad(in.data(), out.data(), kNx, kNy, kNz, k, 11, 1, k, 11, 1, k, 11, 1, 0);
-    state.counters["Mpix/s"] =
-        benchmark::Counter(double(in.size()) * state.iterations() / 1e6, benchmark::Counter::kIsRate);
+    state.counters["Mpix/s"] = benchmark::Counter(double(in.size()) * state.iterations() / 1e6,
+                                                  benchmark::Counter::kIsRate);
 }
 
 BENCHMARK(BM_median_3x3)->Unit(benchmark::kMillisecond);

@@ -23,7 +23,11 @@ S Stored(const CZrkData& d, size_t k) {
 
 TEST(DataCursor, FloatToIntegerTruncatesAndKeepsLowBits) {
     const double nan = std::nan("");
-    struct Case { int type; double value; int64_t want; } cases[] = {
+    struct Case {
+        int type;
+        double value;
+        int64_t want;
+    } cases[] = {
         {TYPE_N1, 300.7, 44},        {TYPE_N1, -1.0, 255},       {TYPE_N2, -1.0, 65535},
         {TYPE_I1, 200.0, -56},       {TYPE_I1, -2.9, -2},        {TYPE_I2, 70000.9, 4464},
         {TYPE_I4, 3e9, -1294967296}, {TYPE_N4, 3e9, 3000000000}, {TYPE_I8, -7.99, -7},

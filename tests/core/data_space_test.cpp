@@ -250,5 +250,6 @@ TEST(DataSpace, HistogramOptionsRoundTrip) {
     FILE* out = fmemopen(buf, sizeof buf, "w");
     s.PrintfOptions(out);
     std::fclose(out);
-    EXPECT_STREQ(buf, "\n//data space options\nhistogram_bins= 64\nhistogram_range= -1.500000 2.250000\n");
+    EXPECT_STREQ(
+        buf, "\n//data space options\nhistogram_bins= 64\nhistogram_range= -1.500000 2.250000\n");
 }

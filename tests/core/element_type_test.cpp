@@ -127,40 +127,57 @@ TEST(ElementType, FloatLimitsRoundTrip) {
 }
 
 TEST(ElementType, PromoteFollowsTheTable) {
-    struct Case { int a, b, want; } cases[] = {
-        {TYPE_I2, TYPE_I2, TYPE_R4},     {TYPE_N8, TYPE_I1, TYPE_R4},
-        {TYPE_I1, TYPE_R8, TYPE_R8},     {TYPE_R8, TYPE_R4, TYPE_R8},
-        {TYPE_CI1, TYPE_I1, TYPE_CR4},   {TYPE_R4, TYPE_CN2, TYPE_CR4},
-        {TYPE_R8, TYPE_CI2, TYPE_CR8},   {TYPE_CI2, TYPE_R8, TYPE_CR8},
-        {TYPE_CR8, TYPE_CR4, TYPE_CR8},  {TYPE_CR8, TYPE_CN2, TYPE_CR8},
+    struct Case {
+        int a, b, want;
+    } cases[] = {
+        {TYPE_I2, TYPE_I2, TYPE_R4},
+        {TYPE_N8, TYPE_I1, TYPE_R4},
+        {TYPE_I1, TYPE_R8, TYPE_R8},
+        {TYPE_R8, TYPE_R4, TYPE_R8},
+        {TYPE_CI1, TYPE_I1, TYPE_CR4},
+        {TYPE_R4, TYPE_CN2, TYPE_CR4},
+        {TYPE_R8, TYPE_CI2, TYPE_CR8},
+        {TYPE_CI2, TYPE_R8, TYPE_CR8},
+        {TYPE_CR8, TYPE_CR4, TYPE_CR8},
+        {TYPE_CR8, TYPE_CN2, TYPE_CR8},
         // the kept asymmetry
-        {TYPE_CR8, TYPE_CN4, TYPE_CR4},  {TYPE_CR8, TYPE_CN8, TYPE_CR4},
-        {TYPE_CN4, TYPE_CR8, TYPE_CR8},  {TYPE_CN8, TYPE_CR8, TYPE_CR8},
-        {TYPE_NULL, TYPE_R4, TYPE_NULL}, {TYPE_R4, 20, TYPE_NULL},
+        {TYPE_CR8, TYPE_CN4, TYPE_CR4},
+        {TYPE_CR8, TYPE_CN8, TYPE_CR4},
+        {TYPE_CN4, TYPE_CR8, TYPE_CR8},
+        {TYPE_CN8, TYPE_CR8, TYPE_CR8},
+        {TYPE_NULL, TYPE_R4, TYPE_NULL},
+        {TYPE_R4, 20, TYPE_NULL},
     };
     for (const Case& c : cases)
         EXPECT_EQ(Promote(c.a, c.b), c.want) << TypeName(c.a) << " with " << TypeName(c.b);
 }
 
 TEST(ElementType, PromoteIntegerTakesWidthAndFirstSign) {
-    struct Case { int a, b, want; } cases[] = {
-        {TYPE_I1, TYPE_N2, TYPE_I2},    {TYPE_N1, TYPE_I2, TYPE_N2},
-        {TYPE_I8, TYPE_N1, TYPE_I8},    {TYPE_N4, TYPE_N8, TYPE_N8},
-        {TYPE_CI1, TYPE_N4, TYPE_CI4},  {TYPE_N2, TYPE_CI1, TYPE_CN2},
-        {TYPE_R4, TYPE_I1, TYPE_NULL},  {TYPE_I1, TYPE_CR8, TYPE_NULL},
-        {TYPE_R8, TYPE_R8, TYPE_NULL},  {TYPE_NULL, TYPE_I1, TYPE_NULL},
+    struct Case {
+        int a, b, want;
+    } cases[] = {
+        {TYPE_I1, TYPE_N2, TYPE_I2},   {TYPE_N1, TYPE_I2, TYPE_N2},
+        {TYPE_I8, TYPE_N1, TYPE_I8},   {TYPE_N4, TYPE_N8, TYPE_N8},
+        {TYPE_CI1, TYPE_N4, TYPE_CI4}, {TYPE_N2, TYPE_CI1, TYPE_CN2},
+        {TYPE_R4, TYPE_I1, TYPE_NULL}, {TYPE_I1, TYPE_CR8, TYPE_NULL},
+        {TYPE_R8, TYPE_R8, TYPE_NULL}, {TYPE_NULL, TYPE_I1, TYPE_NULL},
     };
     for (const Case& c : cases)
         EXPECT_EQ(PromoteInteger(c.a, c.b), c.want) << TypeName(c.a) << " with " << TypeName(c.b);
 }
 
 TEST(ElementType, TypeFromTextBySubstring) {
-    struct Case { const char* text; int want; } cases[] = {
-        {"double", TYPE_R8},        {"float", TYPE_R4},       {"r4", TYPE_R4},
-        {"complex r4", TYPE_CR4},   {"iq r8", TYPE_CR8},      {"quad n2", TYPE_CN2},
-        {"u1", TYPE_N1},            {"n4", TYPE_N4},          {"i2", TYPE_I2},
-        {"complex i8", TYPE_NULL},  {"n8", TYPE_NULL},        {"", TYPE_NULL},
-        {"cr4", TYPE_CR4},          {"complex double", TYPE_CR8},
+    struct Case {
+        const char* text;
+        int want;
+    } cases[] = {
+        {"double", TYPE_R8}, {"float", TYPE_R4},
+        {"r4", TYPE_R4},     {"complex r4", TYPE_CR4},
+        {"iq r8", TYPE_CR8}, {"quad n2", TYPE_CN2},
+        {"u1", TYPE_N1},     {"n4", TYPE_N4},
+        {"i2", TYPE_I2},     {"complex i8", TYPE_NULL},
+        {"n8", TYPE_NULL},   {"", TYPE_NULL},
+        {"cr4", TYPE_CR4},   {"complex double", TYPE_CR8},
         {"n1 i2", TYPE_N1},  // unsigned names are looked for first
     };
     for (const Case& c : cases) EXPECT_EQ(TypeFromText(c.text), c.want) << c.text;

@@ -75,12 +75,18 @@ TEST(ZrkData, AbsurdSizesSaturateAndFailToAllocate) {
 }
 
 TEST(ZrkData, FoldingMovesResolutionsOnly) {
-    struct Case { void (CZrkData::*fold)(); res_t want[6]; } cases[] = {
-        {&CZrkData::FoldXY, {6, 4, 5, 6, 7, 1}},    {&CZrkData::FoldXYZ, {24, 5, 6, 7, 1, 1}},
-        {&CZrkData::FoldXYZT, {120, 6, 7, 1, 1, 1}}, {&CZrkData::FoldXYZTU, {720, 7, 1, 1, 1, 1}},
+    struct Case {
+        void (CZrkData::*fold)();
+        res_t want[6];
+    } cases[] = {
+        {&CZrkData::FoldXY, {6, 4, 5, 6, 7, 1}},
+        {&CZrkData::FoldXYZ, {24, 5, 6, 7, 1, 1}},
+        {&CZrkData::FoldXYZT, {120, 6, 7, 1, 1, 1}},
+        {&CZrkData::FoldXYZTU, {720, 7, 1, 1, 1, 1}},
         {&CZrkData::FoldXYZTUV, {5040, 1, 1, 1, 1, 1}},
         {&CZrkData::FoldYZTUV, {2, 2520, 1, 1, 1, 1}},
-        {&CZrkData::FoldZTUV, {2, 3, 840, 1, 1, 1}}, {&CZrkData::FoldTUV, {2, 3, 4, 210, 1, 1}},
+        {&CZrkData::FoldZTUV, {2, 3, 840, 1, 1, 1}},
+        {&CZrkData::FoldTUV, {2, 3, 4, 210, 1, 1}},
         {&CZrkData::FoldUV, {2, 3, 4, 5, 42, 1}},
     };
     for (const Case& c : cases) {
@@ -127,7 +133,11 @@ TEST(ZrkData, HeaderOnlyChangesNeverTouchSamples) {
 }
 
 TEST(ZrkData, TypeChanges) {
-    struct Case { int from; void (CZrkData::*op)(); int want; } cases[] = {
+    struct Case {
+        int from;
+        void (CZrkData::*op)();
+        int want;
+    } cases[] = {
         {TYPE_I2, &CZrkData::MakeComplex, TYPE_CI2}, {TYPE_CI2, &CZrkData::MakeComplex, TYPE_CI2},
         {TYPE_CR8, &CZrkData::MakeReal, TYPE_R8},    {TYPE_I1, &CZrkData::MakeFloat, TYPE_R4},
         {TYPE_R8, &CZrkData::MakeFloat, TYPE_R8},    {TYPE_CR8, &CZrkData::MakeFloat, TYPE_CR8},
@@ -200,16 +210,30 @@ TEST(ZrkData, UndoIsOneLevelDeep) {
 }
 
 TEST(ZrkData, HeaderTexts) {
-    struct Case { int type; res_t r[6]; const char* header; const char* named; const char* res; }
-    cases[] = {
+    struct Case {
+        int type;
+        res_t r[6];
+        const char* header;
+        const char* named;
+        const char* res;
+    } cases[] = {
         {TYPE_R4, {1, 1, 1, 1, 1, 1}, "r4", "r4 a", "[1]"},
-        {TYPE_CR4, {256, 256, 1, 1, 1, 1}, "complex r4 [256][256]", "complex r4 a[256][256]",
+        {TYPE_CR4,
+         {256, 256, 1, 1, 1, 1},
+         "complex r4 [256][256]",
+         "complex r4 a[256][256]",
          "[256][256]"},
         {TYPE_I2, {5, 1, 1, 1, 1, 1}, "i2 [5]", "i2 a[5]", "[5]"},
         {TYPE_N1, {1, 1, 3, 1, 1, 1}, "n1 [1][1][3]", "n1 a[1][1][3]", "[1][1][3]"},
-        {TYPE_R8, {2, 3, 4, 5, 6, 7}, "r8 [2][3][4][5][6][7]", "r8 a[2][3][4][5][6][7]",
+        {TYPE_R8,
+         {2, 3, 4, 5, 6, 7},
+         "r8 [2][3][4][5][6][7]",
+         "r8 a[2][3][4][5][6][7]",
          "[2][3][4][5][6][7]"},
-        {TYPE_R8, {1, 1, 1, 1, 2, 1}, "r8 [1][1][1][1][2]", "r8 a[1][1][1][1][2]",
+        {TYPE_R8,
+         {1, 1, 1, 1, 2, 1},
+         "r8 [1][1][1][1][2]",
+         "r8 a[1][1][1][1][2]",
          "[1][1][1][1][2]"},
     };
     for (const Case& c : cases) {

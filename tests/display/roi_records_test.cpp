@@ -60,7 +60,7 @@ TEST_F(RoiRecords, BinaryImageMarksWhereItsIIsNonZeroAsAFloat) {
         stored.assign(p, p + stored.size());
         const std::vector<double> ref =
             peer::Values("nan = np.nan\nv = np.array(" + DoubleList(stored) +
-                          ")\nfor x in (v[0::2].astype(np.float32) != 0): print(int(x))\n");
+                         ")\nfor x in (v[0::2].astype(np.float32) != 0): print(int(x))\n");
         ASSERT_EQ(ref.size(), nx * ny);
         const CZrkData* m = GetRoiMask(ROI_BINARY, nx, ny);
         const auto* got = static_cast<const unsigned char*>(m->data);

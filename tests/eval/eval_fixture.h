@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "core/block_io.h"
 #include "core/data_space.h"
 #include "core/host.h"
-#include "core/block_io.h"
-#include "eval/eval.h"
 #include "core/report.h"
+#include "eval/eval.h"
 
 class EvalTest : public ::testing::Test {
   protected:

@@ -46,7 +46,7 @@ struct Call {
 };
 
 class FunctionTest : public EvalTest {
-protected:
+  protected:
     void Check(const std::vector<Call>& cases) {
         for (const Call& c : cases) {
             Clear();

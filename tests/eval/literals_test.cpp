@@ -10,7 +10,7 @@ struct Case {
 };
 
 class LiteralTest : public EvalTest {
-protected:
+  protected:
     void Check(const std::vector<Case>& cases) {
         for (const Case& c : cases) {
             Clear();

@@ -14,11 +14,12 @@ struct Case {
 };
 
 class OperatorTest : public EvalTest {
-protected:
+  protected:
     void Check(const std::vector<Case>& cases) {
         for (const Case& c : cases) {
             Clear();
-            ASSERT_EQ(0, Run("a = {1,2,3,4}; b = (i2)5; z = iq({1,2},{1,-1}); w = iq({3,-1},{0,2});"));
+            ASSERT_EQ(0,
+                      Run("a = {1,2,3,4}; b = (i2)5; z = iq({1,2},{1,-1}); w = iq({3,-1},{0,2});"));
             const auto [header, values] = Eval(c.text);
             EXPECT_EQ(header, c.header) << c.text;
             ASSERT_EQ(values.size(), c.values.size()) << c.text;

@@ -10,7 +10,7 @@
 namespace {
 
 class ScriptTest : public EvalTest {
-protected:
+  protected:
     void SetUp() override {
         EvalTest::SetUp();
         dir_ = std::filesystem::temp_directory_path() /

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "core/host.h"
-#include "core/zrk_error.h"
 #include "core/report.h"
+#include "core/zrk_error.h"
 #include "eval/function_table.h"
 #include "ops/convolution.h"
 #include "ops/median.h"

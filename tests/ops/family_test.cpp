@@ -9,29 +9,30 @@
 
 namespace {
 
-const char* const kHelpTwist[] = {"twist data", "\"xyzt\"", "direction of operation", "data",
-                                  "input data array", nullptr, "out = twist('x',data)", nullptr};
+const char* const kHelpTwist[] = {
+    "twist data",       "\"xyzt\"", "direction of operation", "data",
+    "input data array", nullptr,    "out = twist('x',data)",  nullptr};
 
 // Between flip (1250) and the next laid-out name.
 constexpr int kTwistPlace = 1255;
 
 void DeclareTwist() {
     static const bool kDone = [] {
-        RegisterFunctions({Directions<"twist", kChooseMultiple,
-                                      [](CDataSpace& t, int d, CZrkData** a) {
-                                          return Flip(t, d, a[0]);
-                                      }>({.args = 2,
-                                          .help = kHelpTwist,
-                                          .place = kTwistPlace,
-                                          .family = FAMILY_XYZT,
-                                          .rows = 4})});
+        RegisterFunctions(
+            {Directions<"twist", kChooseMultiple,
+                        [](CDataSpace& t, int d, CZrkData** a) { return Flip(t, d, a[0]); }>(
+                {.args = 2,
+                 .help = kHelpTwist,
+                 .place = kTwistPlace,
+                 .family = FAMILY_XYZT,
+                 .rows = 4})});
         return true;
     }();
     (void)kDone;
 }
 
 class FamilyTest : public EvalTest {
-protected:
+  protected:
     void SetUp() override {
         EvalTest::SetUp();
         DeclareTwist();

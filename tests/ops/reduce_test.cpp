@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "core/host.h"
-#include "display/roi_mask.h"
 #include "core/report.h"
+#include "display/roi_mask.h"
 #include "eval/function_table.h"
 #include "ops/reduce.h"
 #include "ops/stats.h"

@@ -7,8 +7,8 @@
 
 #include "core/data_space.h"
 #include "core/host.h"
-#include "eval/eval.h"
 #include "core/report.h"
+#include "eval/eval.h"
 #include "eval/function_table.h"
 #include "tests/eval/eval_fixture.h"
 #include "tests/ops/op_test_util.h"

@@ -43,7 +43,8 @@ CZrkData* Volumes(CDataSpace& s) {
     std::uniform_real_distribution<float> u(-100, 100);
     for (uint64_t k = 0; k < 2 * a->Count(); ++k) v[k] = u(g);
     const uint64_t volume = kNx * kNy * kNz;
-    const uint64_t bad[] = {17, 2047, 2048, 45 * kNx + 20, volume + 3, volume + 4100, 2 * volume - 1};
+    const uint64_t bad[] = {17,         2047,          2048,          45 * kNx + 20,
+                            volume + 3, volume + 4100, 2 * volume - 1};
     const float specials[] = {NAN, INFINITY, -INFINITY};
     for (size_t k = 0; k < std::size(bad); ++k) {
         v[2 * bad[k]] = specials[k % 3];
@@ -67,22 +68,24 @@ TEST_P(StatsNumpy, EveryFormMatchesNumpyThroughTheChannel) {
     mask_values.assign(m, m + mask->Count());
 
     const uint64_t line = 45, plane = 3;  // plane 3 starts at element 8400, inside a block
-    const res_t x0 = 10, x1 = 999;       // clamped to 69
+    const res_t x0 = 10, x1 = 999;        // clamped to 69
     const std::vector<float> iq(static_cast<const float*>(a->data),
                                 static_cast<const float*>(a->data) + 2 * a->Count());
-    std::string script = "import warnings\nwarnings.simplefilter('ignore')\nnan = np.nan\n"
-                         "inf = np.inf\nv = np.array(" +
-                         peer::Literal(iq.data(), iq.size()) +
-                         ", dtype=np.float32).astype(np.float64)\ni, q = v[0::2], v[1::2]\n"
-                         "mask = np.array(" +
-                         peer::Literal(mask_values.data(), mask_values.size()) + ") != 0\n";
-    script += "c = [i, q, np.sqrt((i * i + q * q).astype(np.float32)),"
-              " np.arctan2(q, i).astype(np.float32)][" +
-              std::to_string(iqmp) + "].astype(np.float64)\n";
-    script += "vol = " + std::to_string(kNx * kNy * kNz) + "\narea = " +
-              std::to_string(kNx * kNy) + "\nline = c[" + std::to_string(line * kNx + x0) +
-              ":" + std::to_string((line + 1) * kNx) + "]\nplane = c[" +
-              std::to_string(plane) + " * area:" + std::to_string(plane + 1) +
+    std::string script =
+        "import warnings\nwarnings.simplefilter('ignore')\nnan = np.nan\n"
+        "inf = np.inf\nv = np.array(" +
+        peer::Literal(iq.data(), iq.size()) +
+        ", dtype=np.float32).astype(np.float64)\ni, q = v[0::2], v[1::2]\n"
+        "mask = np.array(" +
+        peer::Literal(mask_values.data(), mask_values.size()) + ") != 0\n";
+    script +=
+        "c = [i, q, np.sqrt((i * i + q * q).astype(np.float32)),"
+        " np.arctan2(q, i).astype(np.float32)][" +
+        std::to_string(iqmp) + "].astype(np.float64)\n";
+    script += "vol = " + std::to_string(kNx * kNy * kNz) + "\narea = " + std::to_string(kNx * kNy) +
+              "\nline = c[" + std::to_string(line * kNx + x0) + ":" +
+              std::to_string((line + 1) * kNx) + "]\nplane = c[" + std::to_string(plane) +
+              " * area:" + std::to_string(plane + 1) +
               " * area][mask]\n"
               "def finite(x): return x[np.isfinite(x)]\n"
               "for x in (c[:vol], c[vol:]):\n"
@@ -94,9 +97,7 @@ TEST_P(StatsNumpy, EveryFormMatchesNumpyThroughTheChannel) {
     const std::vector<double> ref = peer::Values(script);
     ASSERT_EQ(ref.size(), 20u);
 
-    auto near = [](float got, double want) {
-        EXPECT_NEAR(got, want, 1e-6 * (1 + std::abs(want)));
-    };
+    auto near = [](float got, double want) { EXPECT_NEAR(got, want, 1e-6 * (1 + std::abs(want))); };
     for (uint64_t volume = 0; volume < 2; ++volume) {
         SCOPED_TRACE("volume " + std::to_string(volume));
         const double* r = &ref[5 * volume];

@@ -7,8 +7,8 @@
 #include <limits>
 
 #include "core/host.h"
-#include "display/roi_mask.h"
 #include "core/report.h"
+#include "display/roi_mask.h"
 #include "ops/generators.h"
 #include "ops/permute.h"
 #include "ops/structural_fill.h"

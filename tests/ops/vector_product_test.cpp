@@ -79,18 +79,15 @@ TEST_P(VectorProducts, CrossAndDotMatchNumpyInEveryDirection) {
         ASSERT_NEAR(got[k], ref[k], 1e-5 * (1 + std::abs(ref[k]))) << "number " << k;
 }
 
-INSTANTIATE_TEST_SUITE_P(Types, VectorProducts,
-                         ::testing::Values(Types{TYPE_R4, TYPE_R4, TYPE_R4},
-                                           Types{TYPE_R8, TYPE_R8, TYPE_R8},
-                                           Types{TYPE_CR4, TYPE_CR4, TYPE_CR4},
-                                           Types{TYPE_CR8, TYPE_CR8, TYPE_CR8},
-                                           Types{TYPE_I2, TYPE_CR4, TYPE_CR4},
-                                           Types{TYPE_R8, TYPE_CI2, TYPE_CR8}),
-                         [](const auto& info) {
-                             std::string name = std::string(TypeName(info.param.a)) + "_" +
-                                                TypeName(info.param.b);
-                             std::replace(name.begin(), name.end(), ' ', '_');
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Types, VectorProducts,
+    ::testing::Values(Types{TYPE_R4, TYPE_R4, TYPE_R4}, Types{TYPE_R8, TYPE_R8, TYPE_R8},
+                      Types{TYPE_CR4, TYPE_CR4, TYPE_CR4}, Types{TYPE_CR8, TYPE_CR8, TYPE_CR8},
+                      Types{TYPE_I2, TYPE_CR4, TYPE_CR4}, Types{TYPE_R8, TYPE_CI2, TYPE_CR8}),
+    [](const auto& info) {
+        std::string name = std::string(TypeName(info.param.a)) + "_" + TypeName(info.param.b);
+        std::replace(name.begin(), name.end(), ' ', '_');
+        return name;
+    });
 
 }  // namespace

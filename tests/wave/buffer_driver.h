@@ -11,7 +11,7 @@
 #include "wave/mem.h"
 
 class buffer_driver : public wave_driver {
-public:
+  public:
     buffer_driver() : previous_(set_wave_driver(this)) {}
     ~buffer_driver() override { set_wave_driver(previous_); }
 
@@ -43,7 +43,7 @@ public:
     std::map<wave_output, std::vector<uint8_t>> bytes;
     std::string log, status;
 
-private:
+  private:
     static int copy(const std::vector<float>& from, float* to) {
         if (from.empty()) return 1;
         std::memcpy(to, from.data(), sizeof(float) * from.size());

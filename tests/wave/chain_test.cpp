@@ -119,7 +119,8 @@ TEST(Conditioning, AmplitudeClipAndDivisionWithBothMessageForms) {
     wave_quiet[WF_CHAIN] = 0;
     testing::internal::CaptureStdout();
     harmonic_outputs(&p, pair, nullptr, nullptr, mask, 0, 1);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Suppressing amplitudes larger than 2.000000\n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "Suppressing amplitudes larger than 2.000000\n");
     p.amp_divide = 1;
     testing::internal::CaptureStdout();
     harmonic_outputs(&p, pair, nullptr, nullptr, mask, 0, 1);

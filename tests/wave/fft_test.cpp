@@ -115,7 +115,8 @@ TEST(Fourier, BatchedAxesMatchLineByLineTransforms) {
                         for (int x = 0; x < nx; ++x)
                             cvfft(expect.data() + 2 * (z * nx * ny + x), nx, ny, dir);
                 if (a[2] > 0)
-                    for (int i = 0; i < nx * ny; ++i) cvfft(expect.data() + 2 * i, nx * ny, nz, dir);
+                    for (int i = 0; i < nx * ny; ++i)
+                        cvfft(expect.data() + 2 * i, nx * ny, nz, dir);
                 cache_kb = c.cache;
                 skip_zero_lines = c.skip;
                 ASSERT_EQ(BASE_cvfft_3d(v, a[0], a[1], a[2], dir), 0);
@@ -167,7 +168,7 @@ TEST(Fourier, RealTransformMatchesNumpyRfftAndRoundTrips) {
     auto v = noise(n, 5);
     auto orig = v;
     auto ref = peer::Values("f = np.fft.rfft(np.array(" + peer::Literal(v.data(), n) +
-                             "))\nfor x in f: print(x.real, x.imag)\n");
+                            "))\nfor x in f: print(x.real, x.imag)\n");
     ASSERT_EQ(ref.size(), size_t(n + 2));
     rvfft(v.data(), n, 1);
     EXPECT_NEAR(v[0], ref[0], 1e-5);
@@ -212,9 +213,9 @@ TEST(Fourier, ShiftMatchesNumpyFftshiftAndOddSizesReturnANewBlock) {
         auto* buf = static_cast<float*>(std::malloc(sizeof(float) * 2 * n));
         for (size_t i = 0; i < n; ++i) buf[2 * i] = float(i), buf[2 * i + 1] = -float(i);
         auto ref = peer::Values("a = np.arange(" + std::to_string(n) + ").reshape(" +
-                                 std::to_string(c.nz) + "," + std::to_string(c.ny) + "," +
-                                 std::to_string(c.nx) +
-                                 ")\nfor x in np.fft.fftshift(a).ravel(): print(x)\n");
+                                std::to_string(c.nz) + "," + std::to_string(c.ny) + "," +
+                                std::to_string(c.nx) +
+                                ")\nfor x in np.fft.fftshift(a).ravel(): print(x)\n");
         bool odd = (c.nx > 1 && c.nx % 2) || (c.ny > 1 && c.ny % 2) || (c.nz > 1 && c.nz % 2);
         float* out = fft_shift_3d(buf, c.nx, c.ny, c.nz);
         ASSERT_NE(out, nullptr);

@@ -5,8 +5,8 @@
 #include <numeric>
 #include <vector>
 
-#include "tests/wave/buffer_driver.h"
 #include "tests/peer.h"
+#include "tests/wave/buffer_driver.h"
 #include "wave/filter3d.h"
 #include "wave/kernels.h"
 #include "wave/messages.h"
@@ -39,7 +39,8 @@ TEST(SavitzkyGolay, PseudoInverseMatchesNumpyPinv) {
     for (int i = 0; i < m * n; ++i) a[i] = std::sin(1.3 * i) + (i % 4);
     std::string lit = "[";
     for (double v : a) lit += std::to_string(v) + ",";
-    auto ref = peer::Values("a = np.array(" + lit + "]).reshape(5,3)\nfor x in np.linalg.pinv(a).ravel(): print(x)\n");
+    auto ref = peer::Values("a = np.array(" + lit +
+                            "]).reshape(5,3)\nfor x in np.linalg.pinv(a).ravel(): print(x)\n");
     // Same digits in as numpy saw.
     for (double& v : a) v = std::stod(std::to_string(v));
     ASSERT_EQ(pinv_svd(a.data(), p.data(), m, n, 1e-10), 0);
@@ -66,7 +67,8 @@ TEST(SavitzkyGolay, TwoDimensionalSmoothingOfAPlaneIsExact) {
     s = 0.0;
     for (int a = -2; a <= 2; ++a)
         for (int b = -1; b <= 1; ++b)
-            s += coef[(a + 2) * 3 + (b + 1)] * (1.0 + 0.5 * a - 0.25 * b + 0.1 * a * b + 0.3 * b * b);
+            s += coef[(a + 2) * 3 + (b + 1)] *
+                 (1.0 + 0.5 * a - 0.25 * b + 0.1 * a * b + 0.3 * b * b);
     EXPECT_NEAR(s, -0.25, 1e-4);
     // Unknowns equal to points go through: order 1 has 3 unknowns, a 1 x 3 window 3 points.
     int d0[2] = {0, 0}, l3[2] = {0, 1}, r3[2] = {0, 1};
@@ -110,7 +112,8 @@ TEST(SavitzkyGolay, BadRequestsGiveBothMessageForms) {
         {[&] { return Farid_coeff(1, 2, coef); },
          "\nInvalid filter order in function Farid_coeff. \n\n",
          "\nInvalid filter order in function Farid_coeff. \n\n"},
-        {[&] { return Farid_coeff(0, 7, coef); }, "\nInvalid filter size in function Farid_coeff. \n\n",
+        {[&] { return Farid_coeff(0, 7, coef); },
+         "\nInvalid filter size in function Farid_coeff. \n\n",
          "\nInvalid filter size in function Farid_coeff. \n\n"},
         {[&] { return Romano_coeff(1, 2, coef); },
          "\nInvalid filter order in function Romano_coeff. \n\n",
@@ -190,20 +193,20 @@ TEST(Kernels, Filter3dMatchesDirectCorrelationWithZeroPadding) {
                 c[(z * ny + y) * nx + x] = s;
             }
     std::vector<float> out(in.size(), 1.0f);
-    ASSERT_EQ(filter3d_zeropad(in.data(), out.data(), nx, ny, nz, kx, 5, 2.0f, ky, 3, 0.0f, kz,
-                               3, 1.0f, 1),
+    ASSERT_EQ(filter3d_zeropad(in.data(), out.data(), nx, ny, nz, kx, 5, 2.0f, ky, 3, 0.0f, kz, 3,
+                               1.0f, 1),
               out.data());
     for (size_t i = 0; i < in.size(); ++i) EXPECT_NEAR(out[i], c[i] + 1.0f, 1e-4) << i;
-    float* own = filter3d_zeropad(in.data(), nullptr, nx, ny, nz, nullptr, 0, 1, nullptr, 0, 1,
-                                  kz, 3, 1, 0);
+    float* own =
+        filter3d_zeropad(in.data(), nullptr, nx, ny, nz, nullptr, 0, 1, nullptr, 0, 1, kz, 3, 1, 0);
     for (int z = 0; z < nz; ++z)
         EXPECT_NEAR(own[z * nx * ny], at(in, 0, 0, z - 1) + at(in, 0, 0, z) + at(in, 0, 0, z + 1),
                     1e-5);
     std::free(own);
 
     testing::internal::CaptureStderr();
-    EXPECT_EQ(filter3d_zeropad(nullptr, out.data(), nx, ny, nz, kx, 5, 1, nullptr, 0, 1, nullptr,
-                               0, 1, 0),
+    EXPECT_EQ(filter3d_zeropad(nullptr, out.data(), nx, ny, nz, kx, 5, 1, nullptr, 0, 1, nullptr, 0,
+                               1, 0),
               nullptr);
     float bad[3] = {1.0f, 0.5f, 1.0f};
     fast_3d_x_mean(in.data(), out.data(), nx, ny, nz, bad, 3);

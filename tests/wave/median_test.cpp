@@ -60,9 +60,9 @@ TEST(WaveMedian, WindowMedianIsScipysWithZerosBeyondTheEdge) {
     for (float& v : img) v = (g() % 5 == 0) ? float(int(u(g))) : u(g);
     // Even sizes grow to the next odd one; 1 leaves that direction alone.
     const int wins[][2] = {{3, 3}, {5, 3}, {1, 5}, {4, 4}, {7, 9}, {1, 1}};
-    std::string script = "import scipy.ndimage\nimg = np.array(" + peer::Literal(img.data(), img.size()) +
-                         ", dtype=np.float32).reshape(" + std::to_string(ny) + ", " +
-                         std::to_string(nx) + ")\n";
+    std::string script = "import scipy.ndimage\nimg = np.array(" +
+                         peer::Literal(img.data(), img.size()) + ", dtype=np.float32).reshape(" +
+                         std::to_string(ny) + ", " + std::to_string(nx) + ")\n";
     for (const auto& w : wins)
         script += "for x in scipy.ndimage.median_filter(img, size=(" +
                   std::to_string(w[0] / 2 * 2 + 1) + ", " + std::to_string(w[1] / 2 * 2 + 1) +

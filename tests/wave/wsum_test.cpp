@@ -45,7 +45,8 @@ TEST(WeightedSums, WeightedAndScaledAndSqrt) {
     float* sum = sequence_buffer(seq);
     sum[1] = -1.0f;
     out[1] = 123.0f;
-    EXPECT_EQ(text(CALC_sqrt_of_sum(&seq, &out, 1.0f, 0)), "CALC_sqrt_of_sum: Negative data sum value.");
+    EXPECT_EQ(text(CALC_sqrt_of_sum(&seq, &out, 1.0f, 0)),
+              "CALC_sqrt_of_sum: Negative data sum value.");
     EXPECT_EQ(out[1], 123.0f);
     std::free(out);
     free_sequence(&seq);
@@ -156,7 +157,8 @@ TEST(Snr, MapsNeedAScaleForWideDataAndReturnAMask) {
         for (int x = 8; x < 16; ++x) mask[y * 24 + x] = 1;
     std::vector<float> pair(2 * 24 * 24, 1.0f);
     EXPECT_EQ(snr_maps(pair.data(), mask.data(), &p), nullptr);
-    EXPECT_EQ(d.log, "SNR processing error:\nUser must supply snr_amp_scale factor for this data.\n");
+    EXPECT_EQ(d.log,
+              "SNR processing error:\nUser must supply snr_amp_scale factor for this data.\n");
 
     p.type_code = 8;
     p.snr_mask = 1;
