@@ -65,8 +65,10 @@ int CEval::Fail(int status) {
 }
 
 void CEval::SyntaxError() {
-    // A failed token has its report already.
-    if (lex_failed_) return;
+    if (lex_failure_) {
+        SetError("Lex()", lex_failure_);
+        return;
+    }
     SetError("parse()", "syntax error");
 }
 

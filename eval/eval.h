@@ -168,7 +168,9 @@ class CEval {
     CDataSpace& space_;
     Entry entry_;
     bool start_sent_ = false;
-    bool lex_failed_ = false;
+    // The report of a token the lexer refused: reductions the parser makes before it
+    // notices the failed token may overwrite err_func, so the report is set again then.
+    const char* lex_failure_ = nullptr;
     bool index_failed_ = false;
     const char* text_ = nullptr;
     std::unique_ptr<CDataSpace> own_locals_;

@@ -171,6 +171,6 @@ int CEval::Lex(CEvalSemantic* v) {
 
 int CEval::LexFailure(const char* message) {
     SetError("Lex()", message);
-    lex_failed_ = true;
+    lex_failure_ = message;
     return TK_LEX_ERROR;
 }

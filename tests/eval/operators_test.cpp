@@ -103,6 +103,8 @@ TEST_F(EvalTest, FailuresReportTheirRoutine) {
         {"c = ~1.5", "~", "internal error, no operator"},
         {"c = #", "Lex()", "unknown token"},
         {"c = \xc3\xa9", "Lex()", "unknown token"},
+        // the parser reduces the assignment before it looks at the refused token
+        {"c = 1 $ 2", "Lex()", "unknown token"},
         {"c = (1", "parse()", "syntax error"},
         {"c = 1 +", "parse()", "syntax error"},
         {"", "parse()", "syntax error"},
@@ -115,6 +117,11 @@ TEST_F(EvalTest, FailuresReportTheirRoutine) {
         EXPECT_EQ(err_msg, f.msg) << f.text;
     }
     SetMatrixOperator(installed);
+}
+
+TEST_F(EvalTest, RefusedTokenAfterACompleteExpressionIsTheLexersReport) {
+    EXPECT_EQ(Run("a = 1 $ 2"), 1);
+    EXPECT_EQ(ErrorText(), "Lex() returned 'unknown token' at: '$ 2'");
 }
 
 TEST_F(EvalTest, ErrorTextNamesFileAndPlace) {
