@@ -167,24 +167,33 @@ void RunInteger(int op, const CZrkData* a, const CZrkData* b, CZrkData* out) {
     }
 }
 
-// Copies the bytes of `a` into `out`, each element from its index modulo a's resolution.
+// Copies the bytes of `a` into `out`, each element from its index modulo a's resolution. A
+// line of `out` is a's row repeated: one copy of the row, then copies of what is done, which
+// doubles each time. Large results share their lines among the cores.
 void TileBytes(const CZrkData* a, CZrkData* out) {
-    const size_t eb = static_cast<size_t>(a->ElementBytes());
-    const res_t ax = a->nx;
-    const res_t onx = out->nx;
-    for (res_t v = 0; v < out->nv; ++v)
-        for (res_t u = 0; u < out->nu; ++u)
-            for (res_t t = 0; t < out->nt; ++t)
-                for (res_t z = 0; z < out->nz; ++z)
-                    for (res_t y = 0; y < out->ny; ++y) {
-                        const char* row =
-                            a->Address(0, y % a->ny, z % a->nz, t % a->nt, u % a->nu, v % a->nv);
-                        char* line = out->Address(0, y, z, t, u, v);
-                        for (res_t x = 0; x < onx; x += ax) {
-                            const res_t len = std::min<res_t>(ax, onx - x);
-                            std::memcpy(line + x * eb, row, len * eb);
-                        }
-                    }
+    const uint64_t eb = static_cast<uint64_t>(a->ElementBytes());
+    const uint64_t line_bytes = out->nx * eb;
+    const uint64_t row_bytes = std::min<uint64_t>(a->nx * eb, line_bytes);
+    const int64_t lines = static_cast<int64_t>(out->Count() / out->nx);
+    const res_t sizes[5] = {out->ny, out->nz, out->nt, out->nu, out->nv};
+#pragma omp parallel for schedule(static) if (out->Count() >= kParallelElements)
+    for (int64_t line = 0; line < lines; ++line) {
+        res_t at[5];
+        uint64_t rest = static_cast<uint64_t>(line);
+        for (int d = 0; d < 5; ++d) {
+            at[d] = rest % sizes[d];
+            rest /= sizes[d];
+        }
+        const char* row = a->Address(0, at[0] % a->ny, at[1] % a->nz, at[2] % a->nt, at[3] % a->nu,
+                                     at[4] % a->nv);
+        char* dst = static_cast<char*>(out->Data()) + static_cast<uint64_t>(line) * line_bytes;
+        std::memcpy(dst, row, row_bytes);
+        for (uint64_t done = row_bytes; done < line_bytes;) {
+            const uint64_t n = std::min(done, line_bytes - done);
+            std::memcpy(dst + done, dst, n);
+            done += n;
+        }
+    }
 }
 
 // A fresh large buffer is touched once per page on its first pass; with huge pages that is
@@ -241,8 +250,7 @@ CZrkData* TileTo(CDataSpace& temp, const CZrkData* a, const res_t res[6]) {
     return out;
 }
 
-CZrkData* BinaryOperation(CDataSpace& temp, int op, CZrkData* a, const CZrkData* b,
-                          CZrkData* reuse) {
+CZrkData* BinaryOperation(CDataSpace& temp, int op, CZrkData* a, CZrkData* b, unsigned spare) {
     CheckOperand(a);
     CheckOperand(b);
     const int type = BinaryResultType(op, a->Type(), b->Type());
@@ -253,9 +261,15 @@ CZrkData* BinaryOperation(CDataSpace& temp, int op, CZrkData* a, const CZrkData*
     res_t res[6];
     header.GetRes(res);
 
+    // The checked kernels of %, pow and atan2 look at their operands again after writing the
+    // result, so they never write over one.
+    const bool in_place = a != b && op != OP_MOD && op != OP_POW && op != OP_ATAN2;
+    auto fits = [&](const CZrkData* r) { return r->Type() == type && header.SameRes(*r); };
     CZrkData* out;
-    if (reuse == a && a != b && a->Type() == type && header.SameRes(*a)) {
+    if (in_place && (spare & SPARE_LEFT) && fits(a)) {
         out = a;
+    } else if (in_place && (spare & SPARE_RIGHT) && fits(b)) {
+        out = b;
     } else {
         out = NewTemp(temp, type, res);
     }
@@ -362,22 +376,23 @@ CZrkData* TernaryOperation(CDataSpace& temp, const CZrkData* c, const CZrkData* 
     WithFloatWorking(type, [&](auto w) {
         using W = decltype(w);
         const uint64_t count = out->Count();
-        COperand<W> oc(tc.get(), count, 2), oa(ta.get(), count, comps), ob(tb.get(), count, comps);
+        const COperand<W> oc(tc.get(), count, 2), oa(ta.get(), count, comps),
+            ob(tb.get(), count, comps);
         CBlockWriter<W> writer(out, comps);
-        std::unique_ptr<W[]> buf(new W[kBlockElements * comps]);
-        for (uint64_t k = 0; k < count; k += kBlockElements) {
-            const size_t n = static_cast<size_t>(std::min<uint64_t>(kBlockElements, count - k));
-            const W* pc = oc.Block(k, n);
-            const W* pa = oa.Block(k, n);
-            const W* pb = ob.Block(k, n);
-            W* z = writer.Target(k, n, buf.get());
-            for (size_t j = 0; j < n; ++j) {
-                const bool pick = pc[2 * j] != 0 || pc[2 * j + 1] != 0;
-                for (int q = 0; q < comps; ++q)
-                    z[j * comps + q] = pick ? pa[j * comps + q] : pb[j * comps + q];
-            }
-            writer.Commit(k, n, z);
-        }
+        const size_t width = kBlockElements * comps;
+        ForEachBlock<W>(count, 2 * kBlockElements + 3 * width,
+                        [&](W* scratch, uint64_t k, size_t n) {
+                            const W* pc = oc.Block(k, n, scratch);
+                            const W* pa = oa.Block(k, n, scratch + 2 * kBlockElements);
+                            const W* pb = ob.Block(k, n, scratch + 2 * kBlockElements + width);
+                            W* z = writer.Target(k, n, scratch + 2 * kBlockElements + 2 * width);
+                            for (size_t j = 0; j < n; ++j) {
+                                const bool pick = pc[2 * j] != 0 || pc[2 * j + 1] != 0;
+                                for (int q = 0; q < comps; ++q)
+                                    z[j * comps + q] = pick ? pa[j * comps + q] : pb[j * comps + q];
+                            }
+                            writer.Commit(k, n, z);
+                        });
         return 0;
     });
     return out;

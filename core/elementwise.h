@@ -9,7 +9,7 @@
 // Dispatch on the element type happens once per operation: each operation is a template
 // per working type (float, double or int64_t), and its inner loops run over blocks.
 //
-//   CZrkData* r = BinaryOperation(temp, OP_ADD, a, b, nullptr);   // raises on failure
+//   CZrkData* r = BinaryOperation(temp, OP_ADD, a, b);   // raises on failure
 #pragma once
 
 #include <algorithm>
@@ -17,6 +17,8 @@
 #include <cstdint>
 #include <memory>
 #include <type_traits>
+
+#include <omp.h>
 
 #include "core/block_io.h"
 #include "core/data_space.h"
@@ -60,10 +62,13 @@ int BinaryResultType(int op, int a, int b);
 // negative type and "out of memory".
 CZrkData* NewTemp(CDataSpace& temp, int type, const res_t res[6]);
 
-// a op b. `reuse`, when not null, is `a` itself, a temporary that nobody else refers to: the
-// result is written over it when type and shape allow, saving a buffer and a pass.
-CZrkData* BinaryOperation(CDataSpace& temp, int op, CZrkData* a, const CZrkData* b,
-                          CZrkData* reuse);
+// Operands of BinaryOperation that are temporaries nobody else refers to: the result may be
+// written over one of them when type and shape allow, saving a buffer and its first touch.
+enum SpareOperand : unsigned { SPARE_NONE = 0, SPARE_LEFT = 1, SPARE_RIGHT = 2 };
+
+// a op b.
+CZrkData* BinaryOperation(CDataSpace& temp, int op, CZrkData* a, CZrkData* b,
+                          unsigned spare = SPARE_NONE);
 CZrkData* UnaryOperation(CDataSpace& temp, int op, const CZrkData* a);
 // a += delta in place, in a's own type.
 void IncrementInPlace(CZrkData* a, int delta);
@@ -87,28 +92,50 @@ decltype(auto) WithFloatWorking(int type, F&& body) {
     return body(float{});
 }
 
-// One operand of an elementwise pass: read in place, converted, or a spread scalar.
+// Elements from which a pass is shared among the cores: below it, waking threads costs more
+// than it saves.
+constexpr uint64_t kParallelElements = uint64_t{1} << 17;
+
+// Calls body(scratch, first, n) for the blocks of kBlockElements elements of [0, count). A
+// large pass shares the blocks among the cores in equal runs, one after another in memory,
+// so each thread also makes the first touch of its own part of a fresh result; each thread
+// has `width` numbers of scratch of its own. Every element meets the same operations
+// whatever the number of threads.
+template <class W, class Body>
+void ForEachBlock(uint64_t count, size_t width, Body&& body) {
+    const bool parallel = count >= kParallelElements;
+    const int threads = parallel ? omp_get_max_threads() : 1;
+    std::unique_ptr<W[]> scratch(new W[width * static_cast<size_t>(threads)]);
+    const uint64_t blocks = (count + kBlockElements - 1) / kBlockElements;
+#pragma omp parallel for schedule(static) num_threads(threads) if (parallel)
+    for (uint64_t b = 0; b < blocks; ++b) {
+        const uint64_t first = b * kBlockElements;
+        body(scratch.get() + width * static_cast<size_t>(omp_get_thread_num()), first,
+             static_cast<size_t>(std::min<uint64_t>(kBlockElements, count - first)));
+    }
+}
+
+// One operand of an elementwise pass: read in place, converted into the caller's buffer, or
+// a spread scalar. Reading changes nothing, so threads share one operand.
 template <class W>
 class COperand {
   public:
-    COperand(const CZrkData* record, uint64_t count, int comps)
-        : reader_(record, comps), buf_(new W[kBlockElements * comps]) {
-        scalar_ = record->Count() == 1 && count != 1;
-        if (scalar_) {
-            W one[2] = {0, 0};
-            const W* p = reader_.Read(0, 1, one);
-            for (size_t j = 0; j < kBlockElements; ++j)
-                for (int c = 0; c < comps; ++c) buf_[j * comps + c] = p[c];
-        }
+    COperand(const CZrkData* record, uint64_t count, int comps) : reader_(record, comps) {
+        if (record->Count() != 1 || count == 1) return;
+        spread_.reset(new W[kBlockElements * comps]);
+        W one[2] = {0, 0};
+        const W* p = reader_.Read(0, 1, one);
+        for (size_t j = 0; j < kBlockElements; ++j)
+            for (int c = 0; c < comps; ++c) spread_[j * comps + c] = p[c];
     }
-    const W* Block(uint64_t index, size_t n) {
-        return scalar_ ? buf_.get() : reader_.Read(index, n, buf_.get());
+    // n elements from `index` on; `buf` holds kBlockElements elements.
+    const W* Block(uint64_t index, size_t n, W* buf) const {
+        return spread_ ? spread_.get() : reader_.Read(index, n, buf);
     }
 
   private:
     CBlockReader<W> reader_;
-    std::unique_ptr<W[]> buf_;
-    bool scalar_;
+    std::unique_ptr<W[]> spread_;
 };
 
 // out = kernel(a) over all elements of `out`, in blocks: a is read in `in_comps`
@@ -117,16 +144,16 @@ class COperand {
 template <class W, class K>
 void MapElements(const CZrkData* a, CZrkData* out, int in_comps, int out_comps, K kernel) {
     const uint64_t count = out->Count();
-    COperand<W> in(a, count, in_comps);
+    const COperand<W> in(a, count, in_comps);
     CBlockWriter<W> writer(out, out_comps);
-    std::unique_ptr<W[]> buf(new W[kBlockElements * out_comps]);
-    for (uint64_t k = 0; k < count; k += kBlockElements) {
-        const size_t n = static_cast<size_t>(std::min<uint64_t>(kBlockElements, count - k));
-        const W* x = in.Block(k, n);
-        W* y = writer.Target(k, n, buf.get());
-        kernel(y, x, n);
-        writer.Commit(k, n, y);
-    }
+    const size_t in_width = kBlockElements * in_comps;
+    ForEachBlock<W>(count, in_width + kBlockElements * out_comps,
+                    [&](W* scratch, uint64_t k, size_t n) {
+                        const W* x = in.Block(k, n, scratch);
+                        W* y = writer.Target(k, n, scratch + in_width);
+                        kernel(y, x, n);
+                        writer.Commit(k, n, y);
+                    });
 }
 
 // out = kernel(a, b), the same with two operands read in `in_comps` components.
@@ -134,17 +161,17 @@ template <class W, class K>
 void ZipElements(const CZrkData* a, const CZrkData* b, CZrkData* out, int in_comps, int out_comps,
                  K kernel) {
     const uint64_t count = out->Count();
-    COperand<W> left(a, count, in_comps), right(b, count, in_comps);
+    const COperand<W> left(a, count, in_comps), right(b, count, in_comps);
     CBlockWriter<W> writer(out, out_comps);
-    std::unique_ptr<W[]> buf(new W[kBlockElements * out_comps]);
-    for (uint64_t k = 0; k < count; k += kBlockElements) {
-        const size_t n = static_cast<size_t>(std::min<uint64_t>(kBlockElements, count - k));
-        const W* x = left.Block(k, n);
-        const W* y = right.Block(k, n);
-        W* z = writer.Target(k, n, buf.get());
-        kernel(z, x, y, n);
-        writer.Commit(k, n, z);
-    }
+    const size_t in_width = kBlockElements * in_comps;
+    ForEachBlock<W>(count, 2 * in_width + kBlockElements * out_comps,
+                    [&](W* scratch, uint64_t k, size_t n) {
+                        const W* x = left.Block(k, n, scratch);
+                        const W* y = right.Block(k, n, scratch + in_width);
+                        W* z = writer.Target(k, n, scratch + 2 * in_width);
+                        kernel(z, x, y, n);
+                        writer.Commit(k, n, z);
+                    });
 }
 
 // Component-wise forms: the kernel takes m = elements * comps numbers.

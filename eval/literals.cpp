@@ -306,7 +306,7 @@ int CEval::IndexedAssignment(int op, CZrkData* e) {
             SetErrFunc(OpText(op));
             CTriple t[6];
             for (int d = 0; d < 6; ++d) t[d] = {corner[d], corner[d] + e->Res(d) - 1, 1};
-            block = BinaryOperation(temp, op, ArrayXyzt(temp, a, t), e, nullptr);
+            block = BinaryOperation(temp, op, ArrayXyzt(temp, a, t), e);
         }
         if (block->Type() != a->Type()) block = ConvertRecord(temp, block, a->Type());
         res_t res[6];

@@ -48,9 +48,10 @@ int CEval::BinaryOp(int op) {
     CZrkData* a = PopData();
     if (!a) return DataNotOnStack("BinaryOp()");
     return Reported({.func = OpText(op)}, 1, [&] {
-        // A temporary of ours that nobody else refers to may carry the result.
-        CZrkData* reuse = temp.IsDataValid(a) ? a : nullptr;
-        CZrkData* out = BinaryOperation(temp, op, a, b, reuse);
+        // A temporary of ours is referred to by nothing else: it may carry the result.
+        const unsigned spare = (temp.IsDataValid(a) ? SPARE_LEFT : SPARE_NONE) |
+                               (temp.IsDataValid(b) ? SPARE_RIGHT : SPARE_NONE);
+        CZrkData* out = BinaryOperation(temp, op, a, b, spare);
         Drop(a, out);
         Drop(b, out);
         return PushData(out);
@@ -134,7 +135,7 @@ int CEval::Assignment() {
             }
         } else {
             SetErrFunc(OpText(op));
-            value = BinaryOperation(temp, op, a, e, nullptr);
+            value = BinaryOperation(temp, op, a, e);
         }
         a->NewUndo("equation", value);
         temp.DelData(value);

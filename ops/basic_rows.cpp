@@ -32,9 +32,8 @@ int TypeArgument(const CZrkData* a) {
 }
 
 int Binary(const char* text, int op, CZrkData** result, CDataSpace& temp, CZrkData** args) {
-    return RunHandler(text, nullptr, [&] {
-        return Deliver(result, BinaryOperation(temp, op, args[0], args[1], nullptr));
-    });
+    return RunHandler(text, nullptr,
+                      [&] { return Deliver(result, BinaryOperation(temp, op, args[0], args[1])); });
 }
 
 int EvalEqual(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {

@@ -56,13 +56,13 @@ QM_MATH_ROW(EvalY1, "y1()", MATH_POLE_AT_ZERO, static_cast<decltype(x)>(::y1(x))
 
 int EvalPow(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {
     return RunHandler("pow()", nullptr, [&] {
-        return Deliver(result, BinaryOperation(temp, OP_POW, args[0], args[1], nullptr));
+        return Deliver(result, BinaryOperation(temp, OP_POW, args[0], args[1]));
     });
 }
 
 int EvalAtan2(CZrkData** result, CDataSpace& temp, CZrkData** args, int) {
     return RunHandler("atan2()", nullptr, [&] {
-        return Deliver(result, BinaryOperation(temp, OP_ATAN2, args[0], args[1], nullptr));
+        return Deliver(result, BinaryOperation(temp, OP_ATAN2, args[0], args[1]));
     });
 }
 

@@ -1,0 +1,113 @@
+// Equations on arrays large enough that their passes are shared among the cores: the same
+// bytes on one thread and on several, NumPy's values, and temporaries that carry results
+// without touching named arrays.
+#include <omp.h>
+
+#include <string>
+#include <vector>
+
+#include "core/math_errors.h"
+#include "tests/eval/eval_fixture.h"
+#include "tests/peer.h"
+
+namespace {
+
+// Past the sharing threshold, and not a whole number of blocks.
+constexpr res_t kNx = 613, kNy = 500;
+
+class LargePassTest : public EvalTest {
+protected:
+    void SetUp() override {
+        EvalTest::SetUp();
+        threads_ = omp_get_max_threads();
+        // values with fractions, negatives and zeros, in every type the cases use
+        ASSERT_EQ(Run("x = rampx(-7.25,11.5," + std::to_string(kNx) + "); y = rampy(-3,4," +
+                      std::to_string(kNy) + "); a = x * y; b = x - y * 0.5; z = (cr4)a + " +
+                      "iq(b,a); n = (i2)(a * 100); m = (n1)b; d = (r8)a / 3;"),
+                  0)
+            << ErrorText();
+    }
+    void TearDown() override {
+        omp_set_num_threads(threads_);
+        EvalTest::TearDown();
+    }
+    // The bytes of `name` after running the line with `threads` threads.
+    std::string BytesWith(int threads, const std::string& line) {
+        omp_set_num_threads(threads);
+        if (Run(line)) return "error: " + ErrorText();
+        const CZrkData* r = Find("out");
+        return r->HeaderText() + std::string(static_cast<const char*>(r->Data()), r->Bytes());
+    }
+    int threads_ = 1;
+};
+
+TEST_F(LargePassTest, OneThreadAndManyGiveTheSameBytes) {
+    const char* cases[] = {
+        "out = a * 2 + 1",
+        "out = 1 + a * 2",
+        "out = ((a*2+1)*3+4)*5",
+        "out = sqrt(a*a + b*b)",
+        "out = z * z - z / (z + 1)",
+        "out = (n << 3) ^ (n & 255)",
+        "out = m * 3 % 7",
+        "out = d * d + a",
+        "out = a > b ? a : b",
+        "out = -b + !m",
+        "out = ([613][500][3])2.5",
+        "out = ([613][500])z[5]",
+        "out = (i2)b + (n1)a",
+        "out = log(a) + cos(b)",
+        "out = fill('y', a, 3, 400, 7)",
+        "out = rampx(0, 1, 400000)",
+    };
+    omp_set_num_threads(2);
+    ASSERT_GE(omp_get_max_threads(), 2);
+    for (const char* line : cases) {
+        SCOPED_TRACE(line);
+        EXPECT_EQ(BytesWith(1, line), BytesWith(2, line));
+    }
+}
+
+TEST_F(LargePassTest, SharedPassesMatchNumpy) {
+    peer::Peer p;
+    p.Put("a", Find("a"));
+    p.Put("b", Find("b"));
+    p.Put("z", Find("z"));
+    ASSERT_EQ(Run("o1 = a * 2 + 1; o2 = sqrt(a*a + b*b); o3 = z * z + 1; o4 = a > b ? a : b;"), 0)
+        << ErrorText();
+    ASSERT_TRUE(p.RunText(
+        "a, b, z = (peer.load(FOLDER, n) for n in 'abz')\n"
+        "f = np.float32\n"
+        "peer.save(FOLDER, 'o1', a * f(2) + f(1))\n"
+        "peer.save(FOLDER, 'o2', np.sqrt(a * a + b * b))\n"
+        "peer.save(FOLDER, 'o3', z * z + np.complex64(1))\n"
+        "peer.save(FOLDER, 'o4', np.where(a > b, a, b))\n"));
+    for (const char* name : {"o1", "o2", "o3", "o4"}) {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(peer::Near(peer::FromRecord(Find(name)), p.Get(name), 1e-6));
+    }
+}
+
+TEST_F(LargePassTest, TemporariesCarryResultsAndNamedArraysStay) {
+    const std::string a_before = BytesWith(2, "out = a");
+    const std::string b_before = BytesWith(2, "out = b");
+    // the right operand a temporary, the left a named array
+    EXPECT_EQ(BytesWith(2, "out = b + a * 2"), BytesWith(2, "t = a * 2; out = b + t;"));
+    EXPECT_EQ(BytesWith(2, "out = a"), a_before);
+    EXPECT_EQ(BytesWith(2, "out = b"), b_before);
+    // a failing equation leaves what it had not yet assigned as it was
+    EXPECT_EQ(Run("b = (a * 2) + (b * 3) + nothing_here"), 1);
+    EXPECT_EQ(BytesWith(2, "out = b"), b_before);
+}
+
+TEST_F(LargePassTest, RemainderOfATemporaryCountsItsErrorsLikeThatOfAnArray) {
+    ClearMathErrors();
+    const std::string named = BytesWith(2, "out = a % 0");
+    const int counted = MathErrorTotal();
+    ClearMathErrors();
+    EXPECT_EQ(BytesWith(2, "out = (a * 1) % 0"), named);
+    EXPECT_EQ(MathErrorTotal(), counted);
+    EXPECT_EQ(counted, static_cast<int>(kNx * kNy));
+}
+
+}  // namespace
