@@ -6,6 +6,7 @@
 #include <random>
 #include <string>
 
+#include "core/elementwise.h"
 #include "core/zrk_error.h"
 #include "ops/structural_base.h"
 
@@ -22,6 +23,7 @@ CZrkData* Along(CDataSpace& temp, int dir, int64_t n, const char* bad_size, F&& 
     res[dir] = static_cast<res_t>(n);
     CZrkData* r = NewResult(temp, TYPE_R4, res, nullptr);
     float* p = static_cast<float*>(r->data);
+#pragma omp parallel for schedule(static) if (n >= static_cast <int64_t>(kParallelElements))
     for (int64_t i = 0; i < n; ++i) p[i] = static_cast<float>(f(i));
     return r;
 }

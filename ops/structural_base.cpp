@@ -133,12 +133,31 @@ int CommonType(int a, int b) { return a == b ? a : Promote(a, b); }
 void FillElements(char* dst, const unsigned char* elem, int bytes, uint64_t count) {
     if (count == 0) return;
     std::memcpy(dst, elem, bytes);
-    // Doubling copies: few calls whatever the count.
+    // A first run of about 64 KB by doubling copies, then copies of that run, shared among
+    // the cores for a large fill.
+    const uint64_t run = std::min<uint64_t>(count, std::max(1, 65536 / bytes));
     uint64_t done = 1;
-    while (done < count) {
-        const uint64_t n = std::min(done, count - done);
+    while (done < run) {
+        const uint64_t n = std::min(done, run - done);
         std::memcpy(dst + done * bytes, dst, n * bytes);
         done += n;
+    }
+    const uint64_t run_bytes = run * bytes, total = count * bytes;
+    const int64_t runs = static_cast<int64_t>((total + run_bytes - 1) / run_bytes);
+#pragma omp parallel for schedule(static) if (count >= kParallelElements)
+    for (int64_t k = 1; k < runs; ++k) {
+        const uint64_t at = static_cast<uint64_t>(k) * run_bytes;
+        std::memcpy(dst + at, dst, std::min(run_bytes, total - at));
+    }
+}
+
+void CopyInParallel(char* dst, const char* src, uint64_t bytes) {
+    constexpr uint64_t kChunk = uint64_t{1} << 20;
+    const int64_t chunks = static_cast<int64_t>((bytes + kChunk - 1) / kChunk);
+#pragma omp parallel for schedule(static) if (chunks > 4)
+    for (int64_t k = 0; k < chunks; ++k) {
+        const uint64_t at = static_cast<uint64_t>(k) * kChunk;
+        std::memcpy(dst + at, src + at, std::min(kChunk, bytes - at));
     }
 }
 

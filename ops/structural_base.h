@@ -69,6 +69,9 @@ int CommonType(int a, int b);
 
 // Writes `count` copies of one element of `bytes` bytes from `dst` on.
 void FillElements(char* dst, const unsigned char* elem, int bytes, uint64_t count);
+// memcpy of a large block shared among the cores, so a fresh result is first touched by all
+// of them.
+void CopyInParallel(char* dst, const char* src, uint64_t bytes);
 
 // Each line to the history.
 void LogLines(std::initializer_list<std::string> lines);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/data_cursor.h"
+#include "core/elementwise.h"
 #include "core/zrk_error.h"
 #include "display/roi_mask.h"
 #include "ops/structural_base.h"
@@ -18,7 +19,7 @@ CZrkData* CopyOf(CDataSpace& temp, const CZrkData* a) {
     res_t res[6];
     a->GetRes(res);
     CZrkData* r = NewResult(temp, a->type, res, a);
-    std::memcpy(r->data, a->data, a->Bytes());
+    CopyInParallel(static_cast<char*>(r->data), static_cast<const char*>(a->data), a->Bytes());
     return r;
 }
 
@@ -34,8 +35,9 @@ CZrkData* FillRange(CDataSpace& temp, int dir, const CZrkData* a, int64_t lo, in
     const int e = a->elem_bytes;
     char* p = static_cast<char*>(r->data);
     const uint64_t n = w.n;
-    for (uint64_t o = 0; o < w.outer; ++o) {
-        char* block = p + o * n * w.inner * e;
+#pragma omp parallel for schedule(static) if (w.outer > 1 && r->Count() >= kParallelElements)
+    for (int64_t o = 0; o < static_cast<int64_t>(w.outer); ++o) {
+        char* block = p + static_cast<uint64_t>(o) * n * w.inner * e;
         auto fill = [&](uint64_t from, uint64_t to) {  // slices [from, to)
             if (to > from) FillElements(block + from * w.inner * e, elem, e, (to - from) * w.inner);
         };
