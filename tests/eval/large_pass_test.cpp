@@ -16,7 +16,7 @@ namespace {
 constexpr res_t kNx = 613, kNy = 500;
 
 class LargePassTest : public EvalTest {
-protected:
+  protected:
     void SetUp() override {
         EvalTest::SetUp();
         threads_ = omp_get_max_threads();
@@ -75,13 +75,13 @@ TEST_F(LargePassTest, SharedPassesMatchNumpy) {
     p.Put("z", Find("z"));
     ASSERT_EQ(Run("o1 = a * 2 + 1; o2 = sqrt(a*a + b*b); o3 = z * z + 1; o4 = a > b ? a : b;"), 0)
         << ErrorText();
-    ASSERT_TRUE(p.RunText(
-        "a, b, z = (peer.load(FOLDER, n) for n in 'abz')\n"
-        "f = np.float32\n"
-        "peer.save(FOLDER, 'o1', a * f(2) + f(1))\n"
-        "peer.save(FOLDER, 'o2', np.sqrt(a * a + b * b))\n"
-        "peer.save(FOLDER, 'o3', z * z + np.complex64(1))\n"
-        "peer.save(FOLDER, 'o4', np.where(a > b, a, b))\n"));
+    ASSERT_TRUE(
+        p.RunText("a, b, z = (peer.load(FOLDER, n) for n in 'abz')\n"
+                  "f = np.float32\n"
+                  "peer.save(FOLDER, 'o1', a * f(2) + f(1))\n"
+                  "peer.save(FOLDER, 'o2', np.sqrt(a * a + b * b))\n"
+                  "peer.save(FOLDER, 'o3', z * z + np.complex64(1))\n"
+                  "peer.save(FOLDER, 'o4', np.where(a > b, a, b))\n"));
     for (const char* name : {"o1", "o2", "o3", "o4"}) {
         SCOPED_TRACE(name);
         EXPECT_TRUE(peer::Near(peer::FromRecord(Find(name)), p.Get(name), 1e-6));
