@@ -3,10 +3,11 @@
 // and its variant rows (the direction letter added to the name, one argument fewer) come out
 // of the one declaration.
 //
-//   Plain<"conv", [](auto& t, auto a, int) { return Conv(t, a[0], a[1]); }>(
-//       {.args = 2, .help = kHelpConv, .place = 750}),
-//   Directions<"flip", kChooseMultiple, [](auto& t, int d, auto a) { return Flip(t, d, a[0]); }>(
-//       {.args = 2, .help = kHelpFlip, .place = 1300}),
+//   Plain<"conv", [](CDataSpace& t, CZrkData** a, int) { return Conv(t, a[0], a[1]); }>(
+//       {.args = 2, .help = kHelpConv, .place = 760}),
+//   Directions<"flip", kChooseMultiple,
+//              [](CDataSpace& t, int d, CZrkData** a) { return Flip(t, d, a[0]); }>(
+//       {.args = 2, .help = kHelpFlip, .place = 1250, .family = FAMILY_XYZT, .rows = 4}),
 //
 // A plain row's body is (temp, args, nargs), a family's (temp, direction, args); both return
 // the operator's record, and what they raise is the call's report.
