@@ -162,9 +162,8 @@ void GAxis::Read(CKeyReader& in, float* plot_range) {
             in.Int("label=", &label) || in.Int("grid=", &grid) || in.Int("textat=", &textat) ||
             in.Float("crossat=", &crossat) || in.Float("tickoff=", &tickoff) ||
             in.Float("tickscale=", &tickscale) ||
-            in.Chars("tickformat=", tickformat, sizeof tickformat) ||
-            in.Font("font=", &font) || in.Int("fontsize=", &font.height) ||
-            in.Int("color=", &color))
+            in.Chars("tickformat=", tickformat, sizeof tickformat) || in.Font("font=", &font) ||
+            in.Int("fontsize=", &font.height) || in.Int("color=", &color))
             return;
         float range[2];
         if (in.Float2("plt_range=", &range[0], &range[1]) && plot_range)
@@ -194,10 +193,10 @@ void CLine::Read(CKeyReader& in) {
         ReadColouredText(in, "text=", &text_color, text, sizeof text) ||
             in.Int("symbol=", &symbol) || in.Int("line=", &line) || in.Int("color=", &color) ||
             in.Int("thick=", &thick) || in.Int("symsize=", &symsize) ||
-            in.Float("overlay=", &overlay) || in.Int("iqmp=", &iqmp) ||
-            in.Int("iqmpy=", &iqmpy) || in.Int("err_y=", &err_y) ||
-            in.Int("err_wings=", &err_wings) || in.Int("err_color=", &err_color) ||
-            in.Int("err_xy=", &err_xy) || in.Font("font=", &font);
+            in.Float("overlay=", &overlay) || in.Int("iqmp=", &iqmp) || in.Int("iqmpy=", &iqmpy) ||
+            in.Int("err_y=", &err_y) || in.Int("err_wings=", &err_wings) ||
+            in.Int("err_color=", &err_color) || in.Int("err_xy=", &err_xy) ||
+            in.Font("font=", &font);
     });
 }
 
@@ -216,8 +215,8 @@ void CArrow::Read(CKeyReader& in) {
     // "end=" is a key of its own; only the bare "end" closes the record.
     KeyLoop(in, "end", [&] {
         in.Float2("start=", &start[0], &start[1]) || in.Float2("end=", &end[0], &end[1]) ||
-            in.Int("arrow0=", &arrow0) || in.Int("arrow1=", &arrow1) ||
-            in.Int("thick=", &thick) || in.Int("size=", &size) || in.Int("color=", &color);
+            in.Int("arrow0=", &arrow0) || in.Int("arrow1=", &arrow1) || in.Int("thick=", &thick) ||
+            in.Int("size=", &size) || in.Int("color=", &color);
     });
 }
 
@@ -254,8 +253,8 @@ void CScreen::Read(CKeyReader& in) {
     KeyLoop(in, "end", [&] {
         in.Int2("pix_range=", &pix_range[0], &pix_range[1]) ||
             in.Float2("usr_xrange=", &usr_xrange[0], &usr_xrange[1]) ||
-            in.Float2("usr_yrange=", &usr_yrange[0], &usr_yrange[1]) ||
-            in.Int("zoom=", &zoom) || in.Int("bg=", &bg) || in.Int("clip=", &clip);
+            in.Float2("usr_yrange=", &usr_yrange[0], &usr_yrange[1]) || in.Int("zoom=", &zoom) ||
+            in.Int("bg=", &bg) || in.Int("clip=", &clip);
     });
 }
 
@@ -327,8 +326,7 @@ void CLook::RemoveLine(int index) {
     if (index >= 0 && index < static_cast<int>(lines.size())) lines.erase(lines.begin() + index);
 }
 void CLook::RemoveArrow(int index) {
-    if (index >= 0 && index < static_cast<int>(arrows.size()))
-        arrows.erase(arrows.begin() + index);
+    if (index >= 0 && index < static_cast<int>(arrows.size())) arrows.erase(arrows.begin() + index);
 }
 void CLook::RemoveText(int index) {
     if (index >= 0 && index < static_cast<int>(text.size())) text.erase(text.begin() + index);

@@ -7,14 +7,20 @@
 
 namespace {
 
-constexpr const char* kNames[CPal::kTables] = {
-    "grey",          "awave",          "aaasmo",   "black body yellow", "black body red",
-    "black body green", "black body blue", "spectrum", "thallium",          "jet"};
+constexpr const char* kNames[CPal::kTables] = {"grey",
+                                               "awave",
+                                               "aaasmo",
+                                               "black body yellow",
+                                               "black body red",
+                                               "black body green",
+                                               "black body blue",
+                                               "spectrum",
+                                               "thallium",
+                                               "jet"};
 
 bool IsPaletteShape(const CZrkData* a) {
     const bool rest = a->nz == 1 && a->nt == 1 && a->nu == 1 && a->nv == 1;
-    return a->Data() && rest &&
-           ((a->nx == 256 && a->ny == 3) || (a->nx == 3 && a->ny == 256));
+    return a->Data() && rest && ((a->nx == 256 && a->ny == 3) || (a->nx == 3 && a->ny == 256));
 }
 
 }  // namespace
