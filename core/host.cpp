@@ -12,3 +12,8 @@ CHost* SetHost(CHost* host) {
     g_host = host ? host : &g_quiet_host;
     return previous == &g_quiet_host ? nullptr : previous;
 }
+
+const std::string& CHost::HistoryText() const {
+    static const std::string empty;
+    return empty;
+}

@@ -97,6 +97,12 @@ int CKeyReader::Int3(const char* key, int* a, int* b, int* c) {
     return 1;
 }
 
+int CKeyReader::Ints(const char* key, int* out, int n) {
+    if (!IsKey(key)) return 0;
+    for (int k = 0; k < n; ++k) out[k] = static_cast<int>(Integer());
+    return 1;
+}
+
 int CKeyReader::Float(const char* key, float* a) {
     if (!IsKey(key)) return 0;
     *a = ToFloat(Number());

@@ -41,6 +41,8 @@ class CKeyReader {
     int Int(const char* key, int* a);
     int Int2(const char* key, int* a, int* b);
     int Int3(const char* key, int* a, int* b, int* c);
+    // `n` integers into `out`.
+    int Ints(const char* key, int* out, int n);
     int Float(const char* key, float* a);
     int Float2(const char* key, float* a, float* b);
     int Float3(const char* key, float* a, float* b, float* c);
