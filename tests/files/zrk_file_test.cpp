@@ -58,6 +58,8 @@ class ZrkFile : public ws::WorkspaceTest {
   protected:
     // Writes `bytes` as a file and reads it into the global spaces.
     int ReadText(const std::string& bytes, std::string* status) {
+        // A new file each time: truncating one in place makes the file system flush it.
+        std::filesystem::remove(Path("in.zrk"));
         Spit(Path("in.zrk"), bytes);
         CZrkFile f(Path("in.zrk"));
         const int result = f.Read();
