@@ -4,12 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "files/file_entry.h"
 #include "tests/files/workspace_fixture.h"
+#include "tests/peer.h"
 
 using ws::Slurp;
 using ws::Spit;
@@ -364,4 +366,25 @@ TEST_F(ZrkFile, EveryTruncationFailsCleanly) {
             EXPECT_EQ(a->Bytes(), 48u);
         }
     }
+}
+
+TEST_F(ZrkFile, AnIndependentReaderFindsEveryArray) {
+    peer::Peer p;
+    int n = 0;
+    for (int t = 0; t < TYPE_COUNT; ++t) {
+        const std::string name = std::string("a ") + std::to_string(t);
+        const CZrkData* a = ws::RandomArray(name.c_str(), t, {2, 3, 1, 2, 1, 2}, 7 + t);
+        p.Put("a_" + std::to_string(t), a);
+        ++n;
+    }
+    // A float array with NaN and infinities travels bit for bit.
+    CZrkData* f = ws::RandomArray("special", TYPE_R8, {4}, 9);
+    const double special[4] = {NAN, INFINITY, -INFINITY, -0.0};
+    std::memcpy(f->Data(), special, sizeof special);
+    p.Put("special", f);
+    ws::AddWindow(KIND_2D, f, nullptr, nullptr, "i00");
+    ASSERT_EQ(CZrkFile((p.Dir() / "ws.zrk").string()).Write(), 1);
+    ASSERT_TRUE(p.Run("files/zrk_reader.py"));
+    EXPECT_NE(p.Output().find("checked " + std::to_string(n + 1)), std::string::npos) << p.Output();
+    EXPECT_NE(p.Output().find("a 13 complex i8 2 3 1 2 1 2\n"), std::string::npos);
 }
