@@ -13,7 +13,9 @@ CHost* SetHost(CHost* host) {
     return previous == &g_quiet_host ? nullptr : previous;
 }
 
-const std::string& CHost::HistoryText() const {
-    static const std::string empty;
-    return empty;
-}
+namespace {
+// Constant-initialised: the crash path may ask for it first, from a signal handler.
+const std::string g_no_history;
+}  // namespace
+
+const std::string& CHost::HistoryText() const { return g_no_history; }
