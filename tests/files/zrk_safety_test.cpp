@@ -81,7 +81,9 @@ TEST_F(ZrkSafety, AKilledSaveLeavesTheOldOrTheNewFile) {
             kill(pid, SIGKILL);
         }
         const int status = WaitStatus(pid);
-        if (delay_ms < 0) EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+        if (delay_ms < 0) {
+            EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+        }
         for (const auto& e : std::filesystem::directory_iterator(dir_))
             if (e.path().extension() == ".tmp") std::filesystem::remove(e.path());
         if (Slurp(target) == old_bytes) {
@@ -108,8 +110,8 @@ TEST_F(ZrkSafety, AFullDiskKeepsTheOldFile) {
         setrlimit(RLIMIT_FSIZE, &limit);
         signal(SIGXFSZ, SIG_IGN);  // EFBIG instead of the signal
         CZrkFile f(target);
-        const bool told = f.Write() == 0 && f.status == "write failed" &&
-                          host_.messages.back() == "write failed";
+        const bool told =
+            f.Write() == 0 && f.status == "write failed" && host_.messages.back() == "write failed";
         _exit(told ? 0 : 1);
     }
     const int status = WaitStatus(pid);
