@@ -147,8 +147,10 @@ void WriteDisplay(CTextSink& out, const CDisplayEntry& e, uint32_t kind, const C
                                : "endrgb \n");
 }
 
-void WriteBody(CTextSink& out, const CDataSpace& space, const CWindowSpace& windows,
-               const std::string& history) {
+}  // namespace
+
+void WriteWorkspace(CTextSink& out, const CDataSpace& space, const CWindowSpace& windows,
+                    const std::string& history) {
     out.Text("zarnik win99\n");
     out.Format("nbytes= %zu\n", static_cast<size_t>(space.GetBytes()));
     out.Format("ncount= %i\n", space.GetNonNullCount());
@@ -169,6 +171,8 @@ void WriteBody(CTextSink& out, const CDataSpace& space, const CWindowSpace& wind
             if (e->kind & kind) WriteDisplay(out, *e, kind, space);
     }
 }
+
+namespace {
 
 // ---- reading ----------------------------------------------------------------------------
 
@@ -556,7 +560,7 @@ WorkspaceWriteResult WriteWorkspaceFile(const char* path, const CDataSpace& spac
     const int fd = open(temp, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (fd < 0) return WRITE_CREATE_FAILED;
     CFdSink sink(fd);
-    WriteBody(sink, space, windows, history);
+    WriteWorkspace(sink, space, windows, history);
     sink.Flush();
     bool ok = sink.Error() == 0 && fsync(fd) == 0;
     ok = close(fd) == 0 && ok;

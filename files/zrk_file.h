@@ -26,6 +26,7 @@
 #include <string>
 
 class CDataSpace;
+class CTextSink;
 class CWindowSpace;
 struct FileEntry;
 
@@ -59,6 +60,10 @@ void SetCrashPath(const char* path);
 const char* CrashPath();
 
 enum WorkspaceWriteResult { WRITE_DONE = 0, WRITE_CREATE_FAILED, WRITE_FAILED };
+
+// The bytes of a workspace file, to any sink. Heap-free when the sink is.
+void WriteWorkspace(CTextSink& out, const CDataSpace& space, const CWindowSpace& windows,
+                    const std::string& history);
 
 // Writes the workspace of `space`, `windows` and `history` to `path` atomically. Touches no
 // heap, stdio stream or lock, so a signal handler may call it. A failure removes the

@@ -54,11 +54,11 @@ inline void InstallFactory(DisplayWindowHook hook) {
 }
 
 // An array of `type` and sizes filled with random bytes, steps from `seed`.
-inline CZrkData* RandomArray(const char* name, int type, std::initializer_list<res_t> res,
+inline CZrkData* RandomArray(const char* name, int type, std::initializer_list<int> res,
                              unsigned seed) {
     res_t r[6] = {1, 1, 1, 1, 1, 1};
     int k = 0;
-    for (res_t v : res) r[k++] = v;
+    for (int v : res) r[k++] = static_cast<res_t>(v);
     CZrkData* a = GlobalDataSpace().NewData(type, r[0], r[1], r[2], r[3], r[4], r[5], name);
     std::mt19937 gen(seed);
     auto* p = static_cast<unsigned char*>(a->Data());
@@ -98,8 +98,7 @@ class WorkspaceTest : public ::testing::Test {
     void BuildState() {
         for (int t = 0; t < TYPE_COUNT; ++t) {
             const std::string name = std::string("t ") + TypeName(t);
-            RandomArray(name.c_str(), t, {3, 2, static_cast<res_t>(1 + t % 3), 2, 1, 2},
-                        static_cast<unsigned>(t + 1));
+            RandomArray(name.c_str(), t, {3, 2, 1 + t % 3, 2, 1, 2}, static_cast<unsigned>(t + 1));
         }
         CZrkData* img = RandomArray("img", TYPE_R4, {8, 6, 3, 2}, 40);
         CZrkData* x = RandomArray("x", TYPE_R8, {16}, 41);
