@@ -36,7 +36,8 @@ bool Known(const std::string& s) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const bool ready = [] {
-        for (uint32_t kind : {KIND_1D, KIND_2D, KIND_XY, KIND_RGB}) SetDisplayWindow(kind, &ListEntry);
+        for (uint32_t kind : {KIND_1D, KIND_2D, KIND_XY, KIND_RGB})
+            SetDisplayWindow(kind, &ListEntry);
         return true;
     }();
     (void)ready;
