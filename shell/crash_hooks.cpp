@@ -18,6 +18,7 @@ void OfferCrashFile(const char* path) {
 
 void InstallWorkspaceHooks(const char* crash_path) {
     SetCrashPath(crash_path);
-    CrashHooks().write = &WriteCrashWorkspace;
-    CrashHooks().offer = &OfferCrashFile;
+    // A hook set before start-up (a test's) stays.
+    if (!CrashHooks().write) CrashHooks().write = &WriteCrashWorkspace;
+    if (!CrashHooks().offer) CrashHooks().offer = &OfferCrashFile;
 }

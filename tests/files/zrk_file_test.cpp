@@ -388,3 +388,26 @@ TEST_F(ZrkFile, AnIndependentReaderFindsEveryArray) {
     EXPECT_NE(p.Output().find("checked " + std::to_string(n + 1)), std::string::npos) << p.Output();
     EXPECT_NE(p.Output().find("a 13 complex i8 2 3 1 2 1 2\n"), std::string::npos);
 }
+
+TEST_F(ZrkFile, TheCrashFileIsOfferedAtStart) {
+    const std::string crash = Path("quelmor_crash.zrk");
+    SetCrashPath(crash.c_str());
+    ReadCrashFile();  // no file: nothing is asked
+    EXPECT_TRUE(host_.questions.empty());
+    ws::RandomArray("saved", TYPE_R4, {4}, 2);
+    ASSERT_EQ(WriteCrashWorkspace(crash.c_str()), 0);
+    ws::ClearSpaces();
+
+    host_.answer = false;
+    ReadCrashFile();
+    EXPECT_EQ(host_.questions, (std::vector<std::string>{"read crash file\n16 bytes in 1 data sets",
+                                                         "delete crash file"}));
+    EXPECT_EQ(GlobalDataSpace().Count(), 0);
+    EXPECT_TRUE(std::filesystem::exists(crash));
+
+    host_.answer = true;
+    ReadCrashFile();
+    EXPECT_TRUE(GlobalDataSpace().FindData("saved"));
+    EXPECT_FALSE(std::filesystem::exists(crash));
+    SetCrashPath("");
+}
