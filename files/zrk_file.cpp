@@ -405,6 +405,15 @@ class CWorkspaceReader {
         request.look = &look;
         CDisplayEntry* entry = make(request);
         if (!entry) return;
+        // Making a 2d window resets its window and level: put back what the file said.
+        if (kind == KIND_2D) {
+            const CPlane& read = look.palplane;
+            CPlane& made = entry->look.palplane;
+            made.window = read.window, made.level = read.level;
+            made.datamin = read.datamin, made.datamax = read.datamax;
+            made.inv = read.inv, made.wscale = read.wscale;
+            made.nonlin = read.nonlin, made.wlcycles = read.wlcycles;
+        }
         entry->window_loc = {loc[0], loc[1], loc[2], loc[3]};
         entry->minimized = minimized;
         entry->page_z = pages[0];

@@ -411,3 +411,31 @@ TEST_F(ZrkFile, TheCrashFileIsOfferedAtStart) {
     EXPECT_FALSE(std::filesystem::exists(crash));
     SetCrashPath("");
 }
+
+namespace {
+
+// A display that resets its window and level when made, as the image windows do.
+CDisplayEntry* ResettingEntry(const CDisplayRequest& r) {
+    CDisplayEntry* e = ws::ListEntry(r);
+    e->look.palplane.window = 1.0f;
+    e->look.palplane.level = 0.5f;
+    e->look.palplane.inv = 0;
+    return e;
+}
+
+}  // namespace
+
+TEST_F(ZrkFile, WindowAndLevelSurviveTheMakingOfA2dWindow) {
+    CZrkData* a = ws::RandomArray("a", TYPE_R4, {4, 4}, 3);
+    CDisplayEntry* w = ws::AddWindow(KIND_2D, a, nullptr, nullptr, "i00");
+    w->look.palplane.window = 33.0f, w->look.palplane.level = -4.0f, w->look.palplane.inv = 1;
+    ASSERT_EQ(CZrkFile(Path("wl.zrk")).Write(), 1);
+    ws::ClearSpaces();
+    ws::InstallFactory(&ResettingEntry);
+    ASSERT_EQ(CZrkFile(Path("wl.zrk")).Read(), 0);
+    auto* back = dynamic_cast<CDisplayEntry*>(GlobalWindowSpace().Get(0));
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->look.palplane.window, 33.0f);
+    EXPECT_EQ(back->look.palplane.level, -4.0f);
+    EXPECT_EQ(back->look.palplane.inv, 1);
+}
