@@ -295,9 +295,10 @@ class CWorkspaceReader {
         } else if (in_.IsKey("data=")) {
             DataStep();
         } else if (in_.Int("dpy=", &dpy)) {
-            CZrkData* a = space_.FindData(name_.c_str());
-            if (dpy == 4) DisplayStep(KIND_1D, {a, nullptr, nullptr});
-            if (dpy == 2) DisplayStep(KIND_2D, {a, nullptr, nullptr});
+            // Like the named blocks: no array, or one shown already, leaves the block unread.
+            CZrkData* a = Free(name_);
+            if (a && dpy == 4) DisplayStep(KIND_1D, {a, nullptr, nullptr});
+            if (a && dpy == 2) DisplayStep(KIND_2D, {a, nullptr, nullptr});
         } else if (in_.IsKey("DPY1D=") || in_.IsKey("DPY2D=")) {
             const uint32_t kind = in_.IsKey("DPY1D=") ? KIND_1D : KIND_2D;
             CZrkData* a = Free(in_.RestOfLine());

@@ -50,7 +50,7 @@ CLook FullPlot(uint32_t kind) {
     std::snprintf(text.str, sizeof text.str, "peak at 3 mm");
     text.pos[0] = 0.25f, text.hv = 1;
     std::snprintf(text.font.name, sizeof text.font.name, "dejavu sans mono");
-    text.font.height = 22, text.font.italic = 1;
+    text.font.height = -22, text.font.weight = 700, text.font.italic = 1;
     look.legend.legend = 1, look.legend.space[1] = 4;
     look.screen.pix_range[0] = 640, look.screen.usr_yrange[1] = 42.0f, look.screen.bg = 7;
     if (look.axes.size() == 4) {
@@ -123,6 +123,7 @@ TEST(Look, EveryRecordRoundTrips) {
         ASSERT_EQ(ReadLook(&back, Body(text)), 1) << text;
         EXPECT_EQ(Text(back), text);
         EXPECT_STREQ(back.text[0].font.name, "dejavu sans mono");
+        EXPECT_EQ(back.text[0].font.height, -22);
         EXPECT_STREQ(back.lines[0].text, "left ventricle, run 2");
         EXPECT_EQ(back.lines[0].text_color, 0xab12cdu);
     }
@@ -246,25 +247,4 @@ TEST(Look, PalettesByName) {
     EXPECT_NE(Text(look, &space).find("palname= lut\n"), std::string::npos);
     space.DelData("lut");
     EXPECT_NE(Text(look, &space).find("palname= grey\n"), std::string::npos);
-}
-
-TEST(Look, FontLineRoundTrips) {
-    CFont font;
-    font.height = -13, font.weight = 700, font.italic = 1;
-    std::snprintf(font.name, sizeof font.name, "liberation serif");
-    char line[128];
-    const size_t n = FontLine(line, sizeof line, font);
-    EXPECT_EQ(std::string(line, n), "font= -13 700 1 liberation serif\n");
-    std::string text = line;
-    FILE* f = fmemopen(text.data(), text.size(), "r");
-    CKeyReader in(f);
-    CFont back;
-    in.Next();
-    EXPECT_EQ(in.Font("font=", &back), 1);
-    std::fclose(f);
-    EXPECT_EQ(back.height, -13);
-    EXPECT_EQ(back.weight, 700);
-    EXPECT_EQ(back.italic, 1);
-    EXPECT_STREQ(back.name, "liberation serif");
-    EXPECT_EQ(FontLine(line, 8, font), 7u);  // cut, never past the buffer
 }
