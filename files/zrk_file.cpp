@@ -39,7 +39,7 @@ class CFdSink : public CTextSink {
     explicit CFdSink(int fd) : fd_(fd) {}
 
     void Put(const void* bytes, size_t n) override {
-        if (used_ + n > sizeof buffer_) Flush();
+        if (n > sizeof buffer_ - used_) Flush();
         if (n >= sizeof buffer_ / 2) return WriteAll(static_cast<const char*>(bytes), n);
         std::memcpy(buffer_ + used_, bytes, n);
         used_ += n;
