@@ -207,7 +207,7 @@ uint64_t SaturatingBytes(int type, const int res[6]) {
     if (!info) return 0;
     unsigned __int128 n = static_cast<unsigned>(info->elem_bytes);
     for (int k = 0; k < 6; ++k) {
-        n *= static_cast<uint64_t>(static_cast<res_t>(static_cast<int64_t>(res[k])));
+        n *= static_cast<uint64_t>(res[k]);
         if (n > UINT64_MAX) return UINT64_MAX;
     }
     return static_cast<uint64_t>(n);
@@ -337,6 +337,9 @@ class CWorkspaceReader {
         const std::string type_name = type_[1].empty() ? type_[0] : type_[0] + " " + type_[1];
         const int type = ExactType(type_name);
         if (!IsValidType(type)) Raise("alloc error");
+        // A negative size would pass as an empty array of absurd sizes when another is 0.
+        for (int r : res_)
+            if (r < 0) Raise("read error");
         const uint64_t bytes = SaturatingBytes(type, res_);
         // The line break behind "data=" is one byte of what remains.
         if (bytes != 0 && bytes >= Remaining()) Raise("read error");

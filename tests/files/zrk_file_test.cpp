@@ -298,6 +298,9 @@ TEST_F(ZrkFile, DamagedInputEndsInItsText) {
         {"history of two billion", "zarnik win99\nhistory= 2000000000\nx\nend \n", "read error"},
         {"negative size", Head("view_data= a\ntypen= 2 r4\nres6= 2 -1 1 1 1 1\ndata=\n0123"),
          "read error"},
+        {"negative and zero sizes",
+         Head("view_data= a\ntypen= 2 r4\nres6= 0 -1 1 1 1 1\ndata=\nview_data= b\n"),
+         "read error"},
         {"overflowing size",
          Head("view_data= a\ntypen= 2 r4\nres6= 2147483647 2147483647 2147483647 2147483647 "
               "2147483647 2147483647\ndata=\n0123"),
