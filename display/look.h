@@ -178,7 +178,7 @@ class CLook {
   public:
     // Counts above these give up the look that reads them.
     static constexpr int kMaxAxes = 64;
-    static constexpr int kMaxItems = 100000;
+    static constexpr int kMaxItems = 10000;
 
     explicit CLook(uint32_t kind);
     CLook(const CLook& other) = default;
