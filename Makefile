@@ -48,7 +48,7 @@ fuzz: deps
 	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look
 	cd $(FUZZ) && ./tests/files/fuzz_zrk_file -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/zrk tests/corpus/zrk
-	cd $(FUZZ) && ./tests/files/fuzz_look -max_total_time=$(FUZZ_SECONDS) \
+	cd $(FUZZ) && ./tests/display/fuzz_look -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/look tests/corpus/look
 
 bench: build
