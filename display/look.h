@@ -67,7 +67,8 @@ struct GAxis {
     GAxis() { Reset(); }
     void Reset();
     void Write(CTextSink& out) const;
-    // Reads to "end"; `old` takes the keys of the "xaxis=" and "yaxis=" blocks.
+    // Reads to "end", the old keys of "xaxis=" and "yaxis=" blocks too; their "plt_range=" goes
+    // to `plot_range` when given.
     void Read(CKeyReader& in, float* plot_range);
 
     int kind = 0;  // 1 and 3 are x axes, 2 and 4 y axes
