@@ -572,6 +572,9 @@ WorkspaceWriteResult WriteWorkspaceFile(const char* path, const CDataSpace& spac
     if (n < 0 || static_cast<size_t>(n) >= sizeof temp) return WRITE_CREATE_FAILED;
     const int fd = open(temp, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (fd < 0) return WRITE_CREATE_FAILED;
+    // The file that replaces a workspace keeps its permissions.
+    struct stat old = {};
+    if (stat(path, &old) == 0) fchmod(fd, old.st_mode & 07777);
     CFdSink sink(fd);
     WriteWorkspace(sink, space, windows, history);
     sink.Flush();

@@ -131,6 +131,12 @@ TEST_F(ZrkSafety, AFullDiskKeepsTheOldFile) {
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     EXPECT_TRUE(Slurp(target) == old_bytes);
     EXPECT_FALSE(AnyTemporary(dir_));
+    // A save that succeeds keeps the permissions of the file it replaces.
+    std::filesystem::permissions(
+        target, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    ASSERT_EQ(CZrkFile(target).Write(), 1);
+    EXPECT_EQ(std::filesystem::status(target).permissions() & std::filesystem::perms::all,
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
 TEST_F(ZrkSafety, ACrashOverABrokenHeapWritesTheWorkspace) {
