@@ -2,8 +2,11 @@
 JOBS   ?= $(shell nproc)
 BUILD  ?= build
 ASAN   ?= build-asan
+FUZZ   ?= build-fuzz
+# Seconds each fuzz target runs under `make fuzz`.
+FUZZ_SECONDS ?= 60
 
-.PHONY: deps configure build test test-asan bench run screenshot clean format format-check
+.PHONY: deps configure build test test-asan fuzz bench run screenshot clean format format-check
 
 deps:
 	@sh scripts/deps.sh
@@ -34,6 +37,20 @@ test-asan: deps
 	cd $(ASAN) && ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	      ctest --output-on-failure -j $(JOBS)
 
+# The readers of untrusted files under libFuzzer (clang), each for FUZZ_SECONDS, seeded with
+# the corpus the tests write. Crashes land in $(FUZZ)/findings.
+fuzz: deps
+	cmake -S . -B $(FUZZ) -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang-14 \
+	      -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link \
+	      -DQUELMOR_SANITIZE=ON -DQUELMOR_FUZZ=ON -DQUELMOR_GUI=OFF -DQUELMOR_BENCH=OFF
+	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look files_tests
+	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
+	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look
+	cd $(FUZZ) && ./tests/files/fuzz_zrk_file -max_total_time=$(FUZZ_SECONDS) \
+	      -artifact_prefix=findings/ work/zrk tests/corpus/zrk
+	cd $(FUZZ) && ./tests/display/fuzz_look -max_total_time=$(FUZZ_SECONDS) \
+	      -artifact_prefix=findings/ work/look tests/corpus/look
+
 bench: build
 	@sh scripts/bench.sh $(BUILD)
 
@@ -45,4 +62,4 @@ screenshot: build
 	xvfb-run -a -s "-screen 0 1280x800x24" $(BUILD)/app/quelmor_screenshot quelmor.png quelmor_about.png
 
 clean:
-	rm -rf $(BUILD) $(ASAN)
+	rm -rf $(BUILD) $(ASAN) $(FUZZ)

@@ -2,10 +2,14 @@
 // order; without -e, standard input gives one entry per line. History lines go to standard
 // output, failure reports to standard error.
 //
-//   quelmor-calc [-s SCRIPT_DIR] [-k] [-e EQUATION]... [-p NAME]...
+//   quelmor-calc [-s SCRIPT_DIR] [-k] [-r WORKSPACE] [-e EQUATION]... [-p NAME]... [-w WORKSPACE]
 //   quelmor-calc --functions
+//
+// -r reads a workspace before the equations, -w writes one after them. A crash writes the
+// crash workspace, as the program does.
 #include <cinttypes>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <string>
@@ -17,7 +21,11 @@
 #include "core/report.h"
 #include "core/script_space.h"
 #include "eval/equation_bar.h"
+#include "files/zrk_file.h"
 #include "ops/function_rows.h"
+#include "shell/crash_hooks.h"
+#include "shell/paths.h"
+#include "shell/trace.h"
 
 namespace {
 
@@ -28,13 +36,20 @@ class CConsoleHost : public CHost {
         if (text.size() >= 2 && text.compare(text.size() - 2, 2, "\r\n") == 0)
             text.resize(text.size() - 2);
         std::printf("%s\n", text.c_str());
+        history_ += line;
     }
+    const std::string& HistoryText() const override { return history_; }
+    void ClearHistory() override { history_.clear(); }
     void Message(const std::string& text) override { std::fprintf(stderr, "%s", text.c_str()); }
+
+  private:
+    std::string history_;
 };
 
 int Usage() {
     std::fprintf(stderr,
-                 "usage: quelmor-calc [-s SCRIPT_DIR] [-k] [-e EQUATION]... [-p NAME]...\n"
+                 "usage: quelmor-calc [-s SCRIPT_DIR] [-k] [-r WORKSPACE] [-e EQUATION]... "
+                 "[-p NAME]... [-w WORKSPACE]\n"
                  "       quelmor-calc --functions\n");
     return 2;
 }
@@ -69,6 +84,7 @@ void PrintRecord(const CZrkData* r) {
 int main(int argc, char** argv) {
     InstallFunctions();
     std::vector<std::string> equations, prints;
+    std::string read_path, write_path;
     bool keep_going = false;
     for (int k = 1; k < argc; ++k) {
         const std::string arg = argv[k];
@@ -77,6 +93,8 @@ int main(int argc, char** argv) {
             return 0;
         } else if (arg == "-k") {
             keep_going = true;
+        } else if ((arg == "-r" || arg == "-w") && k + 1 < argc) {
+            (arg == "-r" ? read_path : write_path) = argv[++k];
         } else if ((arg == "-e" || arg == "-p" || arg == "-s") && k + 1 < argc) {
             const char* value = argv[++k];
             if (arg == "-e") equations.push_back(value);
@@ -89,11 +107,23 @@ int main(int argc, char** argv) {
             return Usage();
         }
     }
+    CTrace trace("quelmor-calc");
+    CPaths paths = CPaths::FromExecutable(ExecutablePath());
+    paths.UseConfigFolderIfReadOnly(std::getenv("HOME"));
+    trace.SetCrashFile(paths.crash_workspace.c_str());
+    InstallWorkspaceHooks(paths.crash_workspace.c_str());
     CConsoleHost host;
     CScopedHost scoped(host);
     CDataSpace& space = GlobalDataSpace();
     space.InitReservedData();
     space.SetUnique();
+    if (!read_path.empty()) {
+        CZrkFile workspace(read_path);
+        if (workspace.Read() != 0) {
+            std::fprintf(stderr, "%s\n", workspace.status.c_str());
+            return 1;
+        }
+    }
 
     int exit_status = 0;
     auto run = [&](const std::string& text) {
@@ -111,6 +141,8 @@ int main(int argc, char** argv) {
             if (!run(text)) break;
     }
     if (exit_status && !keep_going) return exit_status;
+    // Message has told the failure already.
+    if (!write_path.empty() && CZrkFile(write_path).Write() != 1) return 1;
     for (const std::string& name : prints) {
         const CZrkData* r = space.FindData(name.c_str());
         if (r) PrintRecord(r);

@@ -12,3 +12,10 @@ CHost* SetHost(CHost* host) {
     g_host = host ? host : &g_quiet_host;
     return previous == &g_quiet_host ? nullptr : previous;
 }
+
+namespace {
+// Constant-initialised: the crash path may ask for it first, from a signal handler.
+const std::string g_no_history;
+}  // namespace
+
+const std::string& CHost::HistoryText() const { return g_no_history; }

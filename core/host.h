@@ -12,6 +12,9 @@ class CHost {
     virtual ~CHost() = default;
     // One line for the history pane; lines keep their "\r\n".
     virtual void History(const std::string& line) { (void)line; }
+    // The whole history text. A reference, so the crash path can read it without the heap.
+    virtual const std::string& HistoryText() const;
+    virtual void ClearHistory() {}
     virtual void Status(const std::string& text) { (void)text; }
     virtual void UndoTip(const std::string& text) { (void)text; }
     // Yes (true) or no.
@@ -37,7 +40,12 @@ CHost* SetHost(CHost* host);
 
 class CHeadlessHost : public CHost {
   public:
-    void History(const std::string& line) override { history.push_back(line); }
+    void History(const std::string& line) override {
+        history.push_back(line);
+        history_text += line;
+    }
+    const std::string& HistoryText() const override { return history_text; }
+    void ClearHistory() override { history_text.clear(); }
     void Status(const std::string& text) override { status.push_back(text); }
     void UndoTip(const std::string& text) override { undo_tips.push_back(text); }
     bool AskYesNo(const std::string& question) override {
@@ -52,6 +60,8 @@ class CHeadlessHost : public CHost {
 
     std::vector<std::string> history, status, undo_tips, questions, messages, flaky;
     std::string trace;
+    // What History appended since the last ClearHistory.
+    std::string history_text;
     int refreshes = 0;
     bool answer = false;
     bool interrupt = false;

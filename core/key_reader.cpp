@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 
 namespace {
 
@@ -16,7 +17,26 @@ int SkipBlanks(FILE* f, bool in_line) {
     return c;
 }
 
+// A value outside the float range saturates instead of being undefined.
+float ToFloat(double v) {
+    constexpr double kMax = std::numeric_limits<float>::max();
+    if (v > kMax) return std::numeric_limits<float>::infinity();
+    if (v < -kMax) return -std::numeric_limits<float>::infinity();
+    return static_cast<float>(v);
+}
+
 }  // namespace
+
+size_t FontLine(char* out, size_t size, const CFont& font) {
+    if (size == 0) return 0;
+    const int n = std::snprintf(out, size, "font= %d %d %d %.*s\n", font.height, font.weight,
+                                font.italic, static_cast<int>(sizeof font.name) - 1, font.name);
+    if (n < 0) {
+        out[0] = 0;
+        return 0;
+    }
+    return static_cast<size_t>(n) < size ? static_cast<size_t>(n) : size - 1;
+}
 
 std::string CKeyReader::Word() {
     int c = SkipBlanks(file_, false);
@@ -39,8 +59,7 @@ long long CKeyReader::Integer() { return std::strtoll(Word().c_str(), nullptr, 1
 
 double CKeyReader::Number() { return std::strtod(Word().c_str(), nullptr); }
 
-int CKeyReader::String(const char* key, std::string* out) {
-    if (!IsKey(key)) return 0;
+std::string CKeyReader::RestOfLine() {
     int c = SkipBlanks(file_, true);
     std::string text;
     while (c != EOF && c != '\n') {
@@ -48,7 +67,12 @@ int CKeyReader::String(const char* key, std::string* out) {
         c = std::fgetc(file_);
     }
     while (!text.empty() && (text.back() == '\r' || text.back() == ' ')) text.pop_back();
-    *out = text;
+    return text;
+}
+
+int CKeyReader::String(const char* key, std::string* out) {
+    if (!IsKey(key)) return 0;
+    *out = RestOfLine();
     return 1;
 }
 
@@ -73,24 +97,30 @@ int CKeyReader::Int3(const char* key, int* a, int* b, int* c) {
     return 1;
 }
 
+int CKeyReader::Ints(const char* key, int* out, int n) {
+    if (!IsKey(key)) return 0;
+    for (int k = 0; k < n; ++k) out[k] = static_cast<int>(Integer());
+    return 1;
+}
+
 int CKeyReader::Float(const char* key, float* a) {
     if (!IsKey(key)) return 0;
-    *a = static_cast<float>(Number());
+    *a = ToFloat(Number());
     return 1;
 }
 
 int CKeyReader::Float2(const char* key, float* a, float* b) {
     if (!IsKey(key)) return 0;
-    *a = static_cast<float>(Number());
-    *b = static_cast<float>(Number());
+    *a = ToFloat(Number());
+    *b = ToFloat(Number());
     return 1;
 }
 
 int CKeyReader::Float3(const char* key, float* a, float* b, float* c) {
     if (!IsKey(key)) return 0;
-    *a = static_cast<float>(Number());
-    *b = static_cast<float>(Number());
-    *c = static_cast<float>(Number());
+    *a = ToFloat(Number());
+    *b = ToFloat(Number());
+    *c = ToFloat(Number());
     return 1;
 }
 
@@ -104,5 +134,15 @@ int CKeyReader::Chars(const char* key, char* out, int size) {
     std::string text;
     if (!String(key, &text)) return 0;
     if (size > 0) std::snprintf(out, static_cast<size_t>(size), "%s", text.c_str());
+    return 1;
+}
+
+int CKeyReader::Font(const char* key, CFont* font) {
+    if (!IsKey(key)) return 0;
+    font->height = static_cast<int>(Integer());
+    font->weight = static_cast<int>(Integer());
+    font->italic = static_cast<int>(Integer());
+    const std::string name = RestOfLine();
+    std::snprintf(font->name, sizeof font->name, "%s", name.c_str());
     return 1;
 }

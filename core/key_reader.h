@@ -8,8 +8,22 @@
 //   catch (const CKeyReader::EndOfFile&) {}
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <string>
+
+// A font as the looks and options keep it. One line, "font= HEIGHT WEIGHT ITALIC NAME\n": the
+// numbers first, so the face name may hold blanks and runs to the end of the line.
+struct CFont {
+    int height = 14;
+    int weight = 400;
+    int italic = 0;
+    char name[64] = "arial";
+};
+
+// Formats the font line of `font` into `out` (no heap: looks are written on the crash path
+// too); returns its length, cut to size - 1.
+size_t FontLine(char* out, size_t size, const CFont& font);
 
 class CKeyReader {
   public:
@@ -27,12 +41,20 @@ class CKeyReader {
     int Int(const char* key, int* a);
     int Int2(const char* key, int* a, int* b);
     int Int3(const char* key, int* a, int* b, int* c);
+    // `n` integers into `out`.
+    int Ints(const char* key, int* out, int n);
     int Float(const char* key, float* a);
     int Float2(const char* key, float* a, float* b);
     int Float3(const char* key, float* a, float* b, float* c);
     int Hex(const char* key, unsigned* a);
     // A fixed character field: the rest of the line, cut to size - 1 characters.
     int Chars(const char* key, char* out, int size);
+    // The font line written by FontLine.
+    int Font(const char* key, CFont* font);
+    // Blanks skipped, then the rest of the line without its line end and trailing blanks.
+    std::string RestOfLine();
+    // The file under the reader, for the raw parts of files that mix text and bytes.
+    FILE* File() const { return file_; }
 
   private:
     // One word as a value; throws EndOfFile at the end.

@@ -3,7 +3,7 @@
 # Quiet and quick when all are present; refreshes the package index only when
 # something is missing.
 set -e
-PACKAGES="build-essential cmake pkg-config ccache bison make clang-format
+PACKAGES="build-essential cmake pkg-config ccache bison make clang-format clang libclang-rt-14-dev
 qt6-base-dev libgl-dev
 libfftw3-dev libopenblas-dev liblapacke-dev
 libdcmtk-dev libnifti2-dev libmatio-dev

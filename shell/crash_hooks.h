@@ -13,3 +13,7 @@ struct CCrashHooks {
 };
 
 CCrashHooks& CrashHooks();
+
+// Fills the empty hooks with the workspace file's crash writer and start-up offer; the crash
+// workspace is `crash_path`.
+void InstallWorkspaceHooks(const char* crash_path);

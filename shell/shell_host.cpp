@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "shell/crash_hooks.h"
+#include "shell/history.h"
 #include "shell/trace.h"
 
 std::string FlakyText(const char* program, const char* location, int counter) {
@@ -24,4 +25,12 @@ void CShellHost::Flaky(const char* what) {
     const CCrashHooks& hooks = CrashHooks();
     const bool saved = hooks.write && trace_.CrashFile()[0] && hooks.write(trace_.CrashFile()) == 0;
     Message(saved ? "save complete" : "save failed");
+}
+
+const std::string& CShellHost::HistoryText() const {
+    return history_ ? history_->Text() : CHost::HistoryText();
+}
+
+void CShellHost::ClearHistory() {
+    if (history_) history_->Clear();
 }

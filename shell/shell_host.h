@@ -11,6 +11,7 @@
 
 #include "core/host.h"
 
+class CHistory;
 class CTrace;
 
 // The question of the flaky path.
@@ -22,9 +23,14 @@ class CShellHost : public CHost {
 
     void Trace(const char* location) override;
     void Flaky(const char* what) override;
+    // The history text and its clear go to `history` once one is set.
+    const std::string& HistoryText() const override;
+    void ClearHistory() override;
+    void SetHistory(CHistory* history) { history_ = history; }
 
     CTrace& TraceObject() { return trace_; }
 
   private:
     CTrace& trace_;
+    CHistory* history_ = nullptr;
 };

@@ -69,3 +69,8 @@ bool CFormHistory::eventFilter(QObject* watched, QEvent* event) {
     }
     return QWidget::eventFilter(watched, event);
 }
+
+void CFormHistory::Clear() {
+    history_.Clear();
+    edit_->clear();
+}

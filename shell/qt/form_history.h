@@ -17,6 +17,9 @@ class CFormHistory : public QWidget {
     void Append(const std::string& line);
     void Partial(const std::string& text) { history_.Partial(text); }
     void Flush(const std::string& text);
+    // Empties the text and the pane.
+    void Clear();
+    CHistory& Record() { return history_; }
     QPlainTextEdit* Edit() const { return edit_; }
 
   signals:

@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDockWidget>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
@@ -15,6 +16,7 @@
 #include "core/data_space.h"
 #include "core/host.h"
 #include "eval/qt/bar_equ.h"
+#include "files/zrk_file.h"
 #include "shell/number_format.h"
 #include "shell/qt/form_alloc.h"
 #include "shell/qt/form_desktop.h"
@@ -86,6 +88,25 @@ void CMainFrame::BuildMenus() {
         return a;
     };
     QMenu* file = menuBar()->addMenu("&file");
+    // Workspaces straight from the menu until the open and save dialogs take them over.
+    action(file, "open workspace...", "action_open_workspace", [this] {
+        const QString path =
+            QFileDialog::getOpenFileName(this, "open workspace", QString(), "workspace (*.zrk)");
+        if (path.isEmpty()) return;
+        CZrkFile workspace(path.toStdString());
+        workspace.Read();
+        SetStatus(0, workspace.status);
+        RefreshAll();
+    });
+    action(file, "save workspace...", "action_save_workspace", [this] {
+        QString path =
+            QFileDialog::getSaveFileName(this, "save workspace", QString(), "workspace (*.zrk)");
+        if (path.isEmpty()) return;
+        if (QFileInfo(path).suffix().isEmpty()) path += ".zrk";
+        CZrkFile workspace(path.toStdString());
+        workspace.Write();
+        SetStatus(0, workspace.status);
+    });
     action(file, "e&xit", "action_exit", [this] { close(); });
 
     QMenu* view = menuBar()->addMenu("&view");

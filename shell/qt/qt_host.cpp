@@ -29,3 +29,5 @@ void CQtHost::Message(const std::string& text) {
 }
 
 void CQtHost::RefreshDisplays() { frame_->RefreshAll(); }
+
+void CQtHost::ClearHistory() { frame_->History()->Clear(); }

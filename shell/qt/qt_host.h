@@ -22,6 +22,7 @@ class CQtHost : public CShellHost {
     bool AskYesNo(const std::string& question) override;
     void Message(const std::string& text) override;
     void RefreshDisplays() override;
+    void ClearHistory() override;
 
     void SetAutoAnswer(std::optional<bool> answer) { auto_answer_ = answer; }
     // What was asked and told while the automatic answer was set.

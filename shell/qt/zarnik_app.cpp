@@ -16,6 +16,7 @@ CZarnikApp::CZarnikApp(CDataSpace& space)
     : space_(space), paths_(CPaths::FromExecutable(ExecutablePath())) {
     paths_.UseConfigFolderIfReadOnly(std::getenv("HOME"));
     trace_.SetCrashFile(paths_.crash_workspace.c_str());
+    InstallWorkspaceHooks(paths_.crash_workspace.c_str());
 }
 
 CZarnikApp::~CZarnikApp() {
@@ -40,6 +41,7 @@ bool CZarnikApp::InitInstance(const CStartOptions& start) {
 
     host_ = std::make_unique<CQtHost>(trace_, frame_.get());
     previous_host_ = SetHost(host_.get());
+    host_->SetHistory(&frame_->History()->Record());
 
     frame_->RestorePanes();
     frame_->show();
