@@ -25,5 +25,6 @@ CZrkData* Wrap1d(CDataSpace& t, int d, CZrkData** a) { return Unwrap1d(t, d, a[0
 
 std::vector<CFuncDecl> UnwrapRows() {
     constexpr DirRule kOneReach{.reach = 6};
-    return {Directions<"wrap1d", kOneReach, Wrap1d>({.args = 2, .help = kHelpWrap1d, .place = 2510})};
+    return {
+        Directions<"wrap1d", kOneReach, Wrap1d>({.args = 2, .help = kHelpWrap1d, .place = 2510})};
 }

@@ -78,8 +78,8 @@ void CUnwrap::SetPreset(int which) {
 }
 
 void UnwrapPlanes(const CUnwrap& options, const float* phase, const float* quality,
-                  const uint8_t* region, float* out, int64_t width, int64_t height,
-                  int64_t depth, const UnwrapStatusFn& status) {
+                  const uint8_t* region, float* out, int64_t width, int64_t height, int64_t depth,
+                  const UnwrapStatusFn& status) {
     const int64_t plane = width * height, n = plane * depth;
     if (n <= 0) return;
     const double low = options.low, high = options.high, span = high - low;
@@ -132,8 +132,8 @@ void UnwrapPlanes(const CUnwrap& options, const float* phase, const float* quali
             break;
         default:
             for (int64_t z = 0; z < depth; ++z)
-                UnwrapQualityGuided(&p[z * plane], &q[z * plane], &mask[z * plane],
-                                    &out[z * plane], width, height);
+                UnwrapQualityGuided(&p[z * plane], &q[z * plane], &mask[z * plane], &out[z * plane],
+                                    width, height);
             break;
     }
 
@@ -162,8 +162,7 @@ void UnwrapPlanes(const CUnwrap& options, const float* phase, const float* quali
 void CUnwrap::Unwrap(const CUnwrapJob& job) const {
     const CZrkData* a = job.phase;
     if (!a || !a->Data() || a->Count() == 0) Raise("no phase data");
-    if (!(high != low) || !std::isfinite(high - low))
-        Raise("phase range low and high must differ");
+    if (!(high != low) || !std::isfinite(high - low)) Raise("phase range low and high must differ");
     const int64_t w = static_cast<int64_t>(a->nx), h = static_cast<int64_t>(a->ny);
     const uint64_t plane = a->CountXY(), planes = a->Count() / plane;
     const CZrkData* qa = job.quality;

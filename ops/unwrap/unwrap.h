@@ -23,7 +23,11 @@
 
 class CKeyReader;
 
-enum UnwrapMethod : int { UNWRAP_QUALITY_GUIDED = 0, UNWRAP_MIN_DISCONTINUITY = 1, UNWRAP_GRAPH_CUT };
+enum UnwrapMethod : int {
+    UNWRAP_QUALITY_GUIDED = 0,
+    UNWRAP_MIN_DISCONTINUITY = 1,
+    UNWRAP_GRAPH_CUT
+};
 inline constexpr const char* kUnwrapMethodLabels[] = {"quality guided", "minimum discontinuity",
                                                       "graph cut"};
 
@@ -36,16 +40,16 @@ enum UnwrapRange : int {
     UNWRAP_RANGE_PI,
     UNWRAP_RANGE_OTHER,
 };
-inline constexpr const char* kUnwrapRangeLabels[] = {
-    "-3141 ... +3141", "0 ... 255", "0 ... 4095", "-pi/2 ... +pi/2", "-pi ... +pi", "other"};
+inline constexpr const char* kUnwrapRangeLabels[] = {"-3141 ... +3141", "0 ... 255",   "0 ... 4095",
+                                                     "-pi/2 ... +pi/2", "-pi ... +pi", "other"};
 
 struct CUnwrapJob {
     CZrkData* phase = nullptr;
-    CZrkData* output = nullptr;           // null: the result replaces the input
-    const CZrkData* quality = nullptr;    // null: uniform quality, no threshold
-    const CZrkData* region = nullptr;     // an xy plane, non-zero inside; null: no region
-    uint64_t plane = 0;                   // the shown plane (z, t, u, v folded) without stack
-    UnwrapStatusFn status;                // graph cut's progress lines
+    CZrkData* output = nullptr;         // null: the result replaces the input
+    const CZrkData* quality = nullptr;  // null: uniform quality, no threshold
+    const CZrkData* region = nullptr;   // an xy plane, non-zero inside; null: no region
+    uint64_t plane = 0;                 // the shown plane (z, t, u, v folded) without stack
+    UnwrapStatusFn status;              // graph cut's progress lines
 };
 
 class CUnwrap {
@@ -79,5 +83,5 @@ class CUnwrap {
 // driver does it. `region` may be null. `count` points per plane times `depth` planes, solved
 // as one volume by graph cut when depth > 1.
 void UnwrapPlanes(const CUnwrap& options, const float* phase, const float* quality,
-                  const uint8_t* region, float* out, int64_t width, int64_t height,
-                  int64_t depth, const UnwrapStatusFn& status);
+                  const uint8_t* region, float* out, int64_t width, int64_t height, int64_t depth,
+                  const UnwrapStatusFn& status);

@@ -29,8 +29,7 @@ std::vector<W> Phases(const CZrkData* a) {
 
 template <class W>
 void UnwrapLines(const CZrkData* a, int dir, float* out) {
-    const W pi = 4 * std::atan(W(1)), minus_pi = -4 * std::atan(W(1)),
-            two_pi = 8 * std::atan(W(1));
+    const W pi = 4 * std::atan(W(1)), minus_pi = -4 * std::atan(W(1)), two_pi = 8 * std::atan(W(1));
     const std::vector<W> in = Phases<W>(a);
     uint64_t step = 1;
     for (int d = 0; d < dir; ++d) step *= a->Res(d);
@@ -63,8 +62,8 @@ CZrkData* Member(CDataSpace& temp, const CZrkData* a) {
     return Reported({.lines = {CaughtLine(kName.c_str())}, .to = REPORT_RETHROW},
                     static_cast<CZrkData*>(nullptr), [&] {
                         if (!a || !a->Data()) Raise("invalid data");
-                        CZrkData* r = temp.NewData(TYPE_R4, a->nx, a->ny, a->nz, a->nt, a->nu,
-                                                   a->nv, "");
+                        CZrkData* r =
+                            temp.NewData(TYPE_R4, a->nx, a->ny, a->nz, a->nt, a->nu, a->nv, "");
                         if (!r) Raise("out of memory");
                         r->CopyMm(*a);
                         float* out = static_cast<float*>(r->Data());
