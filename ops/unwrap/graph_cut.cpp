@@ -17,8 +17,8 @@ constexpr int kIterations = 25;  // the loop head stops here: 24 moves at most
 struct CGraphCutProblem {
     int64_t width, height, depth;
     float step = 1.0f;
-    std::vector<float> source, sink;
-    std::vector<float> caps[6];
+    std::vector<double> source, sink;
+    std::vector<double> caps[6];
 };
 
 // Adds the energies of all pairs (p, p + offset) whose second point is inside.
@@ -27,10 +27,10 @@ void AddPairs(CGraphCutProblem& g, const float* out, int d) {
                          dz[6] = {0, 0, 0, 0, -1, 1};
     const int64_t w = g.width, h = g.height;
     const int64_t offset = dx[d] + dy[d] * w + dz[d] * w * h;
-    const float s = g.step;
-    float* source = g.source.data();
-    float* sink = g.sink.data();
-    float* cap = g.caps[d].data();
+    const double s = g.step;
+    double* source = g.source.data();
+    double* sink = g.sink.data();
+    double* cap = g.caps[d].data();
     for (int64_t z = 0; z < g.depth; ++z) {
         if (z + dz[d] < 0 || z + dz[d] >= g.depth) continue;
         for (int64_t y = 0; y < h; ++y) {
@@ -39,12 +39,14 @@ void AddPairs(CGraphCutProblem& g, const float* out, int d) {
             const int64_t row = (z * h + y) * w;
             for (int64_t x = x0; x < x1; ++x) {
                 const int64_t p = row + x, q = p + offset;
-                const float a = out[p], b = out[q];
-                const float e00 = (a - b) * (a - b);
-                const float e10 = (s + a - b) * (s + a - b);
-                const float e01 = (a - (s + b)) * (a - (s + b));
-                const float e11 = ((s + a) - (s + b)) * ((s + a) - (s + b));
-                float t = e10 - e00;
+                // In double, e11 is e00 exactly: a rounding difference between them would
+                // offer moves that gain nothing, and the iterations would swing back and forth.
+                const double a = out[p], b = out[q];
+                const double e00 = (a - b) * (a - b);
+                const double e10 = (s + a - b) * (s + a - b);
+                const double e01 = (a - (s + b)) * (a - (s + b));
+                const double e11 = ((s + a) - (s + b)) * ((s + a) - (s + b));
+                double t = e10 - e00;
                 if (t > 0)
                     source[p] += t;
                 else
@@ -77,11 +79,11 @@ int Solve(const float* phase, float* out, int64_t w, int64_t h, int64_t depth,
     std::vector<uint8_t> ones(n);
     int iteration = 1;
     for (; iteration < kIterations; ++iteration) {
-        std::fill(g.source.begin(), g.source.end(), 0.0f);
-        std::fill(g.sink.begin(), g.sink.end(), 0.0f);
-        const float* caps[6] = {};
+        std::fill(g.source.begin(), g.source.end(), 0.0);
+        std::fill(g.sink.begin(), g.sink.end(), 0.0);
+        const double* caps[6] = {};
         for (int d = 0; d < 2 * Dims; ++d) {
-            std::fill(g.caps[d].begin(), g.caps[d].end(), 0.0f);
+            std::fill(g.caps[d].begin(), g.caps[d].end(), 0.0);
             caps[d] = g.caps[d].data();
         }
         for (int d = 0; d < 2 * Dims; ++d) AddPairs(g, out, d);

@@ -112,7 +112,7 @@ int32_t GridGraph<Dims>::Neighbour(int32_t i, int d) const {
 }
 
 template <int Dims>
-void GridGraph<Dims>::Load(const float* source, const float* sink, const float* const* caps) {
+void GridGraph<Dims>::Load(const double* source, const double* sink, const double* const* caps) {
     const int64_t dx[6] = {-1, 1, 0, 0, 0, 0}, dy[6] = {0, 0, -1, 1, 0, 0},
                   dz[6] = {0, 0, 0, 0, -1, 1};
     int64_t p = 0;
@@ -124,22 +124,23 @@ void GridGraph<Dims>::Load(const float* source, const float* sink, const float* 
                     const int64_t qx = x + dx[d], qy = y + dy[d], qz = z + dz[d];
                     const bool inside =
                         qx >= 0 && qx < width_ && qy >= 0 && qy < height_ && qz >= 0 && qz < depth_;
-                    SetResidual(i, d, inside ? std::max(caps[d][p], 0.0f) : 0.0f);
+                    SetResidual(i, d,
+                                inside ? static_cast<float>(std::max(caps[d][p], 0.0)) : 0.0f);
                 }
-                float s = source[p], t = sink[p];
+                double s = source[p], t = sink[p];
                 if (s > 0 && t > 0) {
-                    const float m = std::min(s, t);
-                    flow_ += m;
+                    const double m = std::min(s, t);
+                    flow_ += static_cast<float>(m);
                     s -= m;
                     t -= m;
                 }
                 if (s > t) {
                     SetLabel(i, 1);
-                    terminalResidual_[i] = s - t;
+                    terminalResidual_[i] = static_cast<float>(s - t);
                     parentDir_[i] = kTerminal;
                 } else if (t > s) {
                     SetLabel(i, 2);
-                    terminalResidual_[i] = t - s;
+                    terminalResidual_[i] = static_cast<float>(t - s);
                     parentDir_[i] = kTerminal;
                 }
             }
@@ -324,11 +325,14 @@ void GridGraph<Dims>::Adopt() {
             adopted = true;
         }
         if (adopted) continue;
+        // Free now: its children are orphans, and any tree that can grow into it again,
+        // its own or the other, goes back to the active queue. The other matters for the
+        // cut: every node that can still reach the sink must end in the sink tree.
         for (int d = 0; d < kDirs; ++d) {
             const int32_t j = Neighbour(i, d);
-            if (Label(j) != label) continue;
-            if (parentDir_[j] == Opposite(d) && parent_[j] == i) Orphan(j);
-            if (label == 1 ? Open(j, Opposite(d)) : Open(i, d)) Activate(j);
+            const int lj = Label(j);
+            if (lj == label && parentDir_[j] == Opposite(d) && parent_[j] == i) Orphan(j);
+            if ((lj == 1 && Open(j, Opposite(d))) || (lj == 2 && Open(i, d))) Activate(j);
         }
         SetLabel(i, 0);
     }

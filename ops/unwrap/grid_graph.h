@@ -36,8 +36,9 @@ class GridGraph {
     int32_t Neighbour(int32_t i, int d) const;
 
     // Terminal capacities per point and edge capacities per point and direction, all in
-    // real-point order (x fastest); an edge leaving the grid must have no capacity.
-    void Load(const float* source, const float* sink, const float* const* caps);
+    // real-point order (x fastest); edges leaving the grid get none. Source and sink cancel
+    // in double before the rest is kept as float.
+    void Load(const double* source, const double* sink, const double* const* caps);
     // Runs to the maximum flow and returns it (the part taken at loading included).
     float MaxFlow();
     int Label(int32_t i) const { return label_[i] & 3; }

@@ -49,7 +49,7 @@ struct CUnwrapJob {
     const CZrkData* quality = nullptr;  // null: uniform quality, no threshold
     const CZrkData* region = nullptr;   // an xy plane, non-zero inside; null: no region
     uint64_t plane = 0;                 // the shown plane (z, t, u, v folded) without stack
-    UnwrapStatusFn status;              // graph cut's progress lines
+    UnwrapStatusFn status = {};         // graph cut's progress lines
 };
 
 class CUnwrap {
