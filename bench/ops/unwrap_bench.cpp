@@ -4,7 +4,7 @@
 // Prints seconds, the ratio unwrap_phase / ours (target: at least 1) and the wrong points
 // of each, counted against the truth (with noise: the truth plus the noise unwrapped).
 //
-//   bench_unwrap [MAX_SIZE]   // MAX_SIZE (default 1024) leaves out the larger planes
+//   bench_unwrap [MAX_SIZE [DEPTH]]   // planes up to MAX_SIZE (1024); volume depth (64)
 #include <stdlib.h>
 
 #include <algorithm>
@@ -151,11 +151,13 @@ std::vector<Timed> Peer(const std::vector<Case>& cases) {
 
 int main(int argc, char** argv) {
     const int64_t max_size = argc > 1 ? std::atoll(argv[1]) : 1024;
+    const int64_t depth = argc > 2 ? std::atoll(argv[2]) : 64;
     std::vector<Case> cases;
     for (int64_t n : {256, 512, 1024})
         if (n <= max_size)
             for (double noise : {0.0, 0.3}) cases.push_back(Make(n, n, 1, noise));
-    for (double noise : {0.0, 0.3}) cases.push_back(Make(256, 256, 64, noise));
+    if (depth > 1)
+        for (double noise : {0.0, 0.3}) cases.push_back(Make(256, 256, depth, noise));
 
     const std::vector<Timed> peer = Peer(cases);
     if (peer.size() != cases.size()) std::printf("unwrap_phase did not run\n");

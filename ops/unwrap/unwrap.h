@@ -80,8 +80,8 @@ class CUnwrap {
 
 // One plane's work, for callers that hold plain buffers: the mask from `quality` (or all 1),
 // the smoothing, normalising, solver, centring (without region) and denormalising, as the
-// driver does it. `region` may be null. `count` points per plane times `depth` planes, solved
-// as one volume by graph cut when depth > 1.
+// driver does it. `region` (one plane) may be null. `depth` planes of width x height, solved
+// as one volume by graph cut with unwrap_do_3d and centred together.
 void UnwrapPlanes(const CUnwrap& options, const float* phase, const float* quality,
                   const uint8_t* region, float* out, int64_t width, int64_t height, int64_t depth,
                   const UnwrapStatusFn& status);

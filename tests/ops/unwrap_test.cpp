@@ -351,7 +351,7 @@ TEST(UnwrapDriver, SmoothingNeedsMoreThan40OfTheBoxAndClearsTheBorder) {
     // box and drops (5, 5) with 6 x 6 = 36.
     EXPECT_EQ(at(6, 6), 3.0f);
     EXPECT_EQ(at(5, 5), 4.0f);
-    EXPECT_EQ(at(4, 12), 3.0f);   // 5 x 9 = 45
+    EXPECT_EQ(at(4, 12), 3.0f);  // 5 x 9 = 45
     // Too small for a box: everything is masked.
     EXPECT_EQ(Planes(u, std::vector<float>(64, 3), 8, 8, std::vector<float>(64, 1)),
               std::vector<float>(64, 4));
