@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <functional>
 #include <vector>
 
 #include "ops/unwrap/solvers.h"
@@ -55,8 +56,7 @@ class CQualityGuided {
             for (;;) {
                 while (listLength > 0) Take(list[--listLength]);
                 threshold = kLowest;
-                for (int64_t k = 0; k < n; ++k)
-                    if ((flags[k] & (kPostponed | kUnwrapped)) == kPostponed) Insert(k, out_[k]);
+                Reinsert();
                 if (listLength == 0) break;
                 threshold = quality_[list[0]];
             }
@@ -96,6 +96,7 @@ class CQualityGuided {
         const float q = quality_[n];
         if (q < threshold) {
             flags[n] |= kPostponed;
+            Pending(n);
             return;
         }
         int64_t* l = list.data();
@@ -119,16 +120,45 @@ class CQualityGuided {
     void Postpone() {
         const int64_t half = listLength / 2;
         int64_t* l = list.data();
-        for (int64_t k = 0; k < half; ++k)
+        for (int64_t k = 0; k < half; ++k) {
             flags[l[k]] = static_cast<uint8_t>((flags[l[k]] | kPostponed) & ~kUnwrapped);
+            Pending(l[k]);
+        }
         std::memmove(l, l + half, static_cast<size_t>(listLength - half) * sizeof *l);
         listLength -= half;
         threshold = quality_[l[0]];
     }
 
+    // Every point that was postponed waits in a heap by index, so that putting them back
+    // visits them in row order, as a scan of the whole plane would, without the scan. A point
+    // postponed during the pass behind the pass's position waits for the next pass.
+    void Pending(int64_t n) {
+        std::vector<int64_t>& heap = scanning_ && n <= cursor_ ? next_ : pending_;
+        heap.push_back(n);
+        std::push_heap(heap.begin(), heap.end(), std::greater<>());
+    }
+
+    void Reinsert() {
+        scanning_ = true;
+        cursor_ = -1;
+        while (!pending_.empty()) {
+            std::pop_heap(pending_.begin(), pending_.end(), std::greater<>());
+            const int64_t k = pending_.back();
+            pending_.pop_back();
+            if (k <= cursor_) continue;  // met twice
+            cursor_ = k;
+            if ((flags[k] & (kPostponed | kUnwrapped)) == kPostponed) Insert(k, out_[k]);
+        }
+        scanning_ = false;
+        pending_.swap(next_);
+    }
+
     const float* phase_;
     const float* quality_;
     float* out_;
+    std::vector<int64_t> pending_, next_;
+    bool scanning_ = false;
+    int64_t cursor_ = -1;
 };
 
 }  // namespace
