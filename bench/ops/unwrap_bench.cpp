@@ -4,7 +4,8 @@
 // Prints seconds, the ratio unwrap_phase / ours (target: at least 1) and the wrong points
 // of each, counted against the truth (with noise: the truth plus the noise unwrapped).
 //
-//   bench_unwrap [MAX_SIZE [DEPTH]]   // planes up to MAX_SIZE (1024); volume depth (64)
+//   bench_unwrap [MAX_SIZE [DEPTH [METHODS]]]   // planes up to MAX_SIZE (1024), the volume's
+//                                               // depth (64), methods by number ("012")
 #include <stdlib.h>
 
 #include <algorithm>
@@ -152,6 +153,7 @@ std::vector<Timed> Peer(const std::vector<Case>& cases) {
 int main(int argc, char** argv) {
     const int64_t max_size = argc > 1 ? std::atoll(argv[1]) : 1024;
     const int64_t depth = argc > 2 ? std::atoll(argv[2]) : 64;
+    const std::string methods = argc > 3 ? argv[3] : "012";
     std::vector<Case> cases;
     for (int64_t n : {256, 512, 1024})
         if (n <= max_size)
@@ -173,6 +175,7 @@ int main(int argc, char** argv) {
                                   UNWRAP_GRAPH_CUT};
         for (int method : methods_2d) {
             if (c.d > 1 && method != UNWRAP_GRAPH_CUT) continue;
+            if (methods.find(static_cast<char>('0' + method)) == std::string::npos) continue;
             const Timed t = Ours(c, method);
             std::printf("    %-22s %8.3f s  ratio %7.3f (target >= 1)  %lld wrong\n",
                         c.d > 1 ? "graph cut 3-D" : kUnwrapMethodLabels[method], t.seconds,

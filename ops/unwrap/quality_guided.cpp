@@ -34,7 +34,7 @@ class CQualityGuided {
         : width(w),
           height(h),
           flags(static_cast<size_t>(w * h)),
-          list(static_cast<size_t>(w + h + 1)),
+          list(static_cast<size_t>(3 * (w + h + 1))),
           phase_(phase),
           quality_(quality),
           out_(out) {}
@@ -44,6 +44,7 @@ class CQualityGuided {
         for (int64_t k = 0; k < n; ++k) flags[k] = mask[k] ? 0 : kMasked;
         std::fill(out_, out_ + n, 0.0f);
         listLength = 0;
+        head_ = list.size() / 3;
         threshold = kLowest;
         uint64_t seeds = 0;
         for (int64_t s = 0; s < n; ++s) {
@@ -54,11 +55,11 @@ class CQualityGuided {
             }
             Take(s);
             for (;;) {
-                while (listLength > 0) Take(list[--listLength]);
+                while (listLength > 0) Take(list[head_ + --listLength]);
                 threshold = kLowest;
                 Reinsert();
                 if (listLength == 0) break;
-                threshold = quality_[list[0]];
+                threshold = quality_[list[head_]];
             }
         }
         return seeds;
@@ -66,7 +67,9 @@ class CQualityGuided {
 
     int64_t width, height;
     std::vector<uint8_t> flags;
-    std::vector<int64_t> list;  // rising quality: the best is last
+    // Rising quality, the best last: the width + height + 1 entries from head_ on, with as
+    // much room on either side, so that an entry goes in by moving the shorter side.
+    std::vector<int64_t> list;
     float threshold = 0;
     int64_t listLength = 0;
 
@@ -99,7 +102,7 @@ class CQualityGuided {
             Pending(n);
             return;
         }
-        int64_t* l = list.data();
+        int64_t* l = list.data() + head_;
         int64_t at;
         if (listLength == 0 || q <= quality_[l[0]]) {
             at = 0;
@@ -110,7 +113,22 @@ class CQualityGuided {
                                   [&](int64_t e, float v) { return quality_[e] < v; }) -
                  l;
         }
-        std::memmove(l + at + 1, l + at, static_cast<size_t>(listLength - at) * sizeof *l);
+        const bool front = at < listLength - at;
+        if ((front && head_ == 0) ||
+            (!front && head_ + listLength == static_cast<int64_t>(list.size()))) {
+            // Back to the middle of the room.
+            const int64_t middle = (static_cast<int64_t>(list.size()) - listLength) / 2;
+            std::memmove(list.data() + middle, l, static_cast<size_t>(listLength) * sizeof *l);
+            head_ = middle;
+            l = list.data() + head_;
+        }
+        if (front) {
+            std::memmove(l - 1, l, static_cast<size_t>(at) * sizeof *l);
+            --head_;
+            --l;
+        } else {
+            std::memmove(l + at + 1, l + at, static_cast<size_t>(listLength - at) * sizeof *l);
+        }
         l[at] = n;
         ++listLength;
         flags[n] = static_cast<uint8_t>((flags[n] | kUnwrapped) & ~kPostponed);
@@ -119,14 +137,14 @@ class CQualityGuided {
 
     void Postpone() {
         const int64_t half = listLength / 2;
-        int64_t* l = list.data();
+        const int64_t* l = list.data() + head_;
         for (int64_t k = 0; k < half; ++k) {
             flags[l[k]] = static_cast<uint8_t>((flags[l[k]] | kPostponed) & ~kUnwrapped);
             Pending(l[k]);
         }
-        std::memmove(l, l + half, static_cast<size_t>(listLength - half) * sizeof *l);
+        head_ += half;
         listLength -= half;
-        threshold = quality_[l[0]];
+        threshold = quality_[list[head_]];
     }
 
     // Every point that was postponed waits in a heap by index, so that putting them back
@@ -156,6 +174,7 @@ class CQualityGuided {
     const float* phase_;
     const float* quality_;
     float* out_;
+    int64_t head_ = 0;
     std::vector<int64_t> pending_, next_;
     bool scanning_ = false;
     int64_t cursor_ = -1;
