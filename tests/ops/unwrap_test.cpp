@@ -1,5 +1,5 @@
 // The unwrap solvers and their driver: truth and noise against scikit-image's unwrap_phase on
-// smooth surfaces, the max-flow against exhaustive minimum cuts, the Part's edge cases on small
+// smooth surfaces, the max-flow against exhaustive minimum cuts, the edge cases on small
 // hand-computed planes, bad input, and the options through the preferences file.
 #include <gtest/gtest.h>
 
