@@ -48,17 +48,17 @@ GridGraph<Dims>::GridGraph(int64_t width, int64_t height, int64_t depth)
     if (!block_) throw GridBadAlloc();
     char* at = reinterpret_cast<char*>((reinterpret_cast<uintptr_t>(block_) + 63) & ~uintptr_t{63});
     const uint64_t n = static_cast<uint64_t>(n_);
-    label_ = Carve<uint8_t>(&at, n);
-    parentDir_ = Carve<uint8_t>(&at, n);
-    parent_ = Carve<int32_t>(&at, n);
+    label = Carve<uint8_t>(&at, n);
+    parentDir = Carve<uint8_t>(&at, n);
+    parent = Carve<int32_t>(&at, n);
     for (int d = 0; d < kDirs; ++d) residual_[d] = Carve<float>(&at, n);
-    terminalResidual_ = Carve<float>(&at, n);
-    timestamp_ = Carve<int32_t>(&at, n);
-    activeNext_ = Carve<int32_t>(&at, n);
+    terminalResidual = Carve<float>(&at, n);
+    timestamp = Carve<int32_t>(&at, n);
+    activeNext = Carve<int32_t>(&at, n);
     orphanFifo_ = Carve<int32_t>(&at, n);
     orphanStack_ = Carve<int32_t>(&at, n);
     // The rest of the block (one array in 2-D, two in 3-D) stays in reserve.
-    for (uint64_t k = 0; k < n; ++k) parentDir_[k] = kNone;
+    for (uint64_t k = 0; k < n; ++k) parentDir[k] = kNone;
 }
 
 template <int Dims>
@@ -130,18 +130,18 @@ void GridGraph<Dims>::Load(const double* source, const double* sink, const doubl
                 double s = source[p], t = sink[p];
                 if (s > 0 && t > 0) {
                     const double m = std::min(s, t);
-                    flow_ += static_cast<float>(m);
+                    flow += static_cast<float>(m);
                     s -= m;
                     t -= m;
                 }
                 if (s > t) {
                     SetLabel(i, 1);
-                    terminalResidual_[i] = static_cast<float>(s - t);
-                    parentDir_[i] = kTerminal;
+                    terminalResidual[i] = static_cast<float>(s - t);
+                    parentDir[i] = kTerminal;
                 } else if (t > s) {
                     SetLabel(i, 2);
-                    terminalResidual_[i] = static_cast<float>(t - s);
-                    parentDir_[i] = kTerminal;
+                    terminalResidual[i] = static_cast<float>(t - s);
+                    parentDir[i] = kTerminal;
                 }
             }
     p = 0;
@@ -149,12 +149,12 @@ void GridGraph<Dims>::Load(const double* source, const double* sink, const doubl
         for (int64_t y = 0; y < height_; ++y)
             for (int64_t x = 0; x < width_; ++x, ++p) {
                 const int32_t i = Node(x, y, z);
-                const int label = Label(i);
-                if (!label) continue;
+                const int tree = Label(i);
+                if (!tree) continue;
                 for (int d = 0; d < kDirs; ++d) {
                     const int32_t j = Neighbour(i, d);
-                    const bool reach = label == 1 ? Label(j) != 1 && Open(i, d)
-                                                  : Label(j) == 0 && Open(j, Opposite(d));
+                    const bool reach = tree == 1 ? Label(j) != 1 && Open(i, d)
+                                                 : Label(j) == 0 && Open(j, Opposite(d));
                     if (reach) {
                         Activate(i);
                         break;
@@ -165,10 +165,10 @@ void GridGraph<Dims>::Load(const double* source, const double* sink, const doubl
 
 template <int Dims>
 void GridGraph<Dims>::Activate(int32_t i) {
-    if (activeNext_[i]) return;
-    activeNext_[i] = i;  // the last node points at itself
+    if (activeNext[i]) return;
+    activeNext[i] = i;  // the last node points at itself
     if (activeHead_)
-        activeNext_[activeTail_] = i;
+        activeNext[activeTail_] = i;
     else
         activeHead_ = i;
     activeTail_ = i;
@@ -177,9 +177,9 @@ void GridGraph<Dims>::Activate(int32_t i) {
 template <int Dims>
 int32_t GridGraph<Dims>::NextActive() {
     const int32_t i = activeHead_;
-    const int32_t next = activeNext_[i];
+    const int32_t next = activeNext[i];
     activeHead_ = next == i ? 0 : next;
-    activeNext_[i] = 0;
+    activeNext[i] = 0;
     return activeHead_;
 }
 
@@ -187,8 +187,8 @@ template <int Dims>
 bool GridGraph<Dims>::Grow(int32_t* from, int32_t* dir) {
     while (activeHead_) {
         const int32_t i = activeHead_;
-        const int label = Label(i);
-        if (label == 1) {
+        const int tree = Label(i);
+        if (tree == 1) {
             for (int d = 0; d < kDirs; ++d) {
                 if (!Open(i, d)) continue;
                 const int32_t j = Neighbour(i, d);
@@ -200,13 +200,13 @@ bool GridGraph<Dims>::Grow(int32_t* from, int32_t* dir) {
                 }
                 if (lj == 0) {
                     SetLabel(j, 1);
-                    parent_[j] = i;
-                    parentDir_[j] = static_cast<uint8_t>(Opposite(d));
-                    timestamp_[j] = timestamp_[i];
+                    parent[j] = i;
+                    parentDir[j] = static_cast<uint8_t>(Opposite(d));
+                    timestamp[j] = timestamp[i];
                     Activate(j);
                 }
             }
-        } else if (label == 2) {
+        } else if (tree == 2) {
             for (int d = 0; d < kDirs; ++d) {
                 const int32_t j = Neighbour(i, d);
                 if (!Open(j, Opposite(d))) continue;
@@ -218,9 +218,9 @@ bool GridGraph<Dims>::Grow(int32_t* from, int32_t* dir) {
                 }
                 if (lj == 0) {
                     SetLabel(j, 2);
-                    parent_[j] = i;
-                    parentDir_[j] = static_cast<uint8_t>(Opposite(d));
-                    timestamp_[j] = timestamp_[i];
+                    parent[j] = i;
+                    parentDir[j] = static_cast<uint8_t>(Opposite(d));
+                    timestamp[j] = timestamp[i];
                     Activate(j);
                 }
             }
@@ -232,7 +232,7 @@ bool GridGraph<Dims>::Grow(int32_t* from, int32_t* dir) {
 
 template <int Dims>
 void GridGraph<Dims>::Orphan(int32_t i) {
-    parentDir_[i] = kNone;
+    parentDir[i] = kNone;
     orphanFifo_[(orphanHead_ + orphanCount_) % n_] = i;
     ++orphanCount_;
 }
@@ -242,27 +242,27 @@ void GridGraph<Dims>::Augment(int32_t from, int dir) {
     const int32_t to = Neighbour(from, dir);
     float b = residual_[dir][from];
     int32_t i = from;
-    for (; parentDir_[i] != kTerminal; i = parent_[i])
-        b = std::min(b, residual_[Opposite(parentDir_[i])][parent_[i]]);
-    b = std::min(b, terminalResidual_[i]);
-    for (i = to; parentDir_[i] != kTerminal; i = parent_[i])
-        b = std::min(b, residual_[parentDir_[i]][i]);
-    b = std::min(b, terminalResidual_[i]);
+    for (; parentDir[i] != kTerminal; i = parent[i])
+        b = std::min(b, residual_[Opposite(parentDir[i])][parent[i]]);
+    b = std::min(b, terminalResidual[i]);
+    for (i = to; parentDir[i] != kTerminal; i = parent[i])
+        b = std::min(b, residual_[parentDir[i]][i]);
+    b = std::min(b, terminalResidual[i]);
 
     SetResidual(from, dir, residual_[dir][from] - b);
     SetResidual(to, Opposite(dir), residual_[Opposite(dir)][to] + b);
     // Source side: flow runs parent to child.
     for (i = from;;) {
-        const int pd = parentDir_[i];
+        const int pd = parentDir[i];
         if (pd == kTerminal) {
-            terminalResidual_[i] -= b;
-            if (terminalResidual_[i] <= 0) {
-                terminalResidual_[i] = 0;
+            terminalResidual[i] -= b;
+            if (terminalResidual[i] <= 0) {
+                terminalResidual[i] = 0;
                 Orphan(i);
             }
             break;
         }
-        const int32_t p = parent_[i];
+        const int32_t p = parent[i];
         const int down = Opposite(pd);
         SetResidual(p, down, residual_[down][p] - b);
         SetResidual(i, pd, residual_[pd][i] + b);
@@ -271,36 +271,36 @@ void GridGraph<Dims>::Augment(int32_t from, int dir) {
     }
     // Sink side: flow runs child to parent.
     for (i = to;;) {
-        const int pd = parentDir_[i];
+        const int pd = parentDir[i];
         if (pd == kTerminal) {
-            terminalResidual_[i] -= b;
-            if (terminalResidual_[i] <= 0) {
-                terminalResidual_[i] = 0;
+            terminalResidual[i] -= b;
+            if (terminalResidual[i] <= 0) {
+                terminalResidual[i] = 0;
                 Orphan(i);
             }
             break;
         }
-        const int32_t p = parent_[i];
+        const int32_t p = parent[i];
         SetResidual(i, pd, residual_[pd][i] - b);
         SetResidual(p, Opposite(pd), residual_[Opposite(pd)][p] + b);
         if (!(residual_[pd][i] > 0)) Orphan(i);
         i = p;
     }
-    flow_ += b;
+    flow += b;
 }
 
 template <int Dims>
 bool GridGraph<Dims>::Rooted(int32_t i) {
     int64_t length = 0;
     for (;;) {
-        if (timestamp_[i] == time_) break;
-        const int pd = parentDir_[i];
+        if (timestamp[i] == time_) break;
+        const int pd = parentDir[i];
         if (pd == kTerminal) break;
         if (pd == kNone) return false;
         orphanStack_[length++] = i;
-        i = parent_[i];
+        i = parent[i];
     }
-    for (int64_t k = 0; k < length; ++k) timestamp_[orphanStack_[k]] = time_;
+    for (int64_t k = 0; k < length; ++k) timestamp[orphanStack_[k]] = time_;
     return true;
 }
 
@@ -310,18 +310,18 @@ void GridGraph<Dims>::Adopt() {
         const int32_t i = orphanFifo_[orphanHead_];
         orphanHead_ = (orphanHead_ + 1) % n_;
         --orphanCount_;
-        const int label = Label(i);
+        const int tree = Label(i);
         // First fit in neighbour order: a neighbour of the same tree with capacity on the
         // tree's side and a path to its terminal.
         bool adopted = false;
         for (int d = 0; d < kDirs && !adopted; ++d) {
             const int32_t j = Neighbour(i, d);
-            if (Label(j) != label) continue;
-            if (!(label == 1 ? Open(j, Opposite(d)) : Open(i, d))) continue;
+            if (Label(j) != tree) continue;
+            if (!(tree == 1 ? Open(j, Opposite(d)) : Open(i, d))) continue;
             if (!Rooted(j)) continue;
-            parent_[i] = j;
-            parentDir_[i] = static_cast<uint8_t>(d);
-            timestamp_[i] = time_;
+            parent[i] = j;
+            parentDir[i] = static_cast<uint8_t>(d);
+            timestamp[i] = time_;
             adopted = true;
         }
         if (adopted) continue;
@@ -331,7 +331,7 @@ void GridGraph<Dims>::Adopt() {
         for (int d = 0; d < kDirs; ++d) {
             const int32_t j = Neighbour(i, d);
             const int lj = Label(j);
-            if (lj == label && parentDir_[j] == Opposite(d) && parent_[j] == i) Orphan(j);
+            if (lj == tree && parentDir[j] == Opposite(d) && parent[j] == i) Orphan(j);
             if ((lj == 1 && Open(j, Opposite(d))) || (lj == 2 && Open(i, d))) Activate(j);
         }
         SetLabel(i, 0);
@@ -346,7 +346,7 @@ float GridGraph<Dims>::MaxFlow() {
         Augment(from, dir);
         Adopt();
     }
-    return flow_;
+    return flow;
 }
 
 template class GridGraph<2>;

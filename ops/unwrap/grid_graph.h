@@ -41,7 +41,7 @@ class GridGraph {
     void Load(const double* source, const double* sink, const double* const* caps);
     // Runs to the maximum flow and returns it (the part taken at loading included).
     float MaxFlow();
-    int Label(int32_t i) const { return label_[i] & 3; }
+    int Label(int32_t i) const { return label[i] & 3; }
     bool InSinkTree(int32_t i) const { return Label(i) == 2; }
 
     // Bytes of the one allocation for n padded nodes.
@@ -52,19 +52,17 @@ class GridGraph {
     static constexpr int kTerminal = kNone + 1;
     static constexpr int Opposite(int d) { return d ^ 1; }
 
-    void SetLabel(int32_t i, int label) {
-        label_[i] = static_cast<uint8_t>((label_[i] & ~3) | label);
-    }
+    void SetLabel(int32_t i, int tree) { label[i] = static_cast<uint8_t>((label[i] & ~3) | tree); }
     // In 3-D bit 2 + d of the label byte tells whether direction d has capacity.
     bool Open(int32_t i, int d) const {
-        if constexpr (Dims == 3) return (label_[i] >> (2 + d)) & 1;
+        if constexpr (Dims == 3) return (label[i] >> (2 + d)) & 1;
         return residual_[d][i] > 0;
     }
     void SetResidual(int32_t i, int d, float r) {
         residual_[d][i] = r;
         if constexpr (Dims == 3) {
             const uint8_t bit = static_cast<uint8_t>(4u << d);
-            label_[i] = static_cast<uint8_t>(r > 0 ? (label_[i] | bit) : (label_[i] & ~bit));
+            label[i] = static_cast<uint8_t>(r > 0 ? (label[i] | bit) : (label[i] & ~bit));
         }
     }
     void Activate(int32_t i);
@@ -84,20 +82,20 @@ class GridGraph {
     int64_t n_ = 0;
     void* block_ = nullptr;
 
-    uint8_t* label_ = nullptr;
-    uint8_t* parentDir_ = nullptr;
-    int32_t* parent_ = nullptr;
+    uint8_t* label = nullptr;
+    uint8_t* parentDir = nullptr;
+    int32_t* parent = nullptr;
     float* residual_[kDirs] = {};
-    float* terminalResidual_ = nullptr;
-    int32_t* timestamp_ = nullptr;
-    int32_t* activeNext_ = nullptr;
+    float* terminalResidual = nullptr;
+    int32_t* timestamp = nullptr;
+    int32_t* activeNext = nullptr;
     int32_t* orphanFifo_ = nullptr;
     int32_t* orphanStack_ = nullptr;
 
     int32_t activeHead_ = 0, activeTail_ = 0;
     int64_t orphanHead_ = 0, orphanCount_ = 0;
     int32_t time_ = 1;
-    float flow_ = 0;
+    float flow = 0;
 };
 
 extern template class GridGraph<2>;
