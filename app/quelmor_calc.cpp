@@ -7,6 +7,9 @@
 //
 // -r reads a workspace before the equations, -w writes one after them. A crash writes the
 // crash workspace, as the program does.
+// --unwrap OUT=PHASE[,QUALITY] unwraps the whole stack of PHASE after the equations and
+// before the prints (OUT=PHASE in place); --unwrap-method 0|1|2, --unwrap-range LOW,HIGH
+// (default -pi,pi), --unwrap-thresh T (mask: quality >= T) and --unwrap-3d set its options.
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -23,6 +26,7 @@
 #include "eval/equation_bar.h"
 #include "files/zrk_file.h"
 #include "ops/function_rows.h"
+#include "ops/unwrap/unwrap.h"
 #include "shell/crash_hooks.h"
 #include "shell/paths.h"
 #include "shell/trace.h"
@@ -50,7 +54,9 @@ int Usage() {
     std::fprintf(stderr,
                  "usage: quelmor-calc [-s SCRIPT_DIR] [-k] [-r WORKSPACE] [-e EQUATION]... "
                  "[-p NAME]... [-w WORKSPACE]\n"
-                 "       quelmor-calc --functions\n");
+                 "       quelmor-calc --functions\n"
+                 "       --unwrap OUT=PHASE[,QUALITY] [--unwrap-method 0|1|2]\n"
+                 "       [--unwrap-range LOW,HIGH] [--unwrap-thresh T] [--unwrap-3d]\n");
     return 2;
 }
 
@@ -79,6 +85,62 @@ void PrintRecord(const CZrkData* r) {
     }
 }
 
+// The --unwrap options: the request and the driver's settings.
+struct CUnwrapRequest {
+    std::string out, phase, quality;
+    CUnwrap options;
+};
+
+// Takes one --unwrap option at argv[*k]; false when it is not one or is malformed.
+bool UnwrapOption(CUnwrapRequest& u, int argc, char** argv, int* k) {
+    const std::string arg = argv[*k];
+    if (arg == "--unwrap-3d") {
+        u.options.unwrap_do_3d = 1;
+        return true;
+    }
+    if (arg.rfind("--unwrap", 0) != 0 || *k + 1 >= argc) return false;
+    const std::string value = argv[++*k];
+    if (arg == "--unwrap") {
+        const size_t eq = value.find('='), comma = value.find(',');
+        if (eq == std::string::npos || eq == 0) return false;
+        u.out = value.substr(0, eq);
+        u.phase = value.substr(eq + 1, comma == std::string::npos ? comma : comma - eq - 1);
+        if (comma != std::string::npos) u.quality = value.substr(comma + 1);
+        return !u.phase.empty();
+    }
+    if (arg == "--unwrap-method") {
+        u.options.unwrap_method = std::atoi(value.c_str());
+        return u.options.unwrap_method >= 0 && u.options.unwrap_method <= 2;
+    }
+    if (arg == "--unwrap-range") {
+        u.options.preset = UNWRAP_RANGE_OTHER;
+        return std::sscanf(value.c_str(), "%lf,%lf", &u.options.low, &u.options.high) == 2;
+    }
+    if (arg == "--unwrap-thresh") {
+        u.options.thresh_check = true;
+        u.options.unwrap_thresh = std::atoi(value.c_str());
+        return true;
+    }
+    return false;
+}
+
+// Runs the driver over the whole stack; 0 or 1 with the reason on standard error.
+int RunUnwrap(CDataSpace& space, const CUnwrapRequest& u) {
+    CZrkData* phase = space.FindData(u.phase.c_str());
+    const CZrkData* quality = u.quality.empty() ? nullptr : space.FindData(u.quality.c_str());
+    if (!phase || (!u.quality.empty() && !quality)) {
+        std::fprintf(stderr, "unwrap: no array %s\n", (phase ? u.quality : u.phase).c_str());
+        return 1;
+    }
+    CZrkData* out = u.out == u.phase ? nullptr : space.FindOrNew(u.out.c_str());
+    const int status = Reported({.func = "unwrap"}, 1, [&] {
+        u.options.Unwrap({.phase = phase, .output = out, .quality = quality});
+        return 0;
+    });
+    if (status) std::fprintf(stderr, "%s\n", ErrorText().c_str());
+    return status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -86,9 +148,12 @@ int main(int argc, char** argv) {
     std::vector<std::string> equations, prints;
     std::string read_path, write_path;
     bool keep_going = false;
+    CUnwrapRequest unwrap;
     for (int k = 1; k < argc; ++k) {
         const std::string arg = argv[k];
-        if (arg == "--functions") {
+        if (arg.rfind("--unwrap", 0) == 0) {
+            if (!UnwrapOption(unwrap, argc, argv, &k)) return Usage();
+        } else if (arg == "--functions") {
             ListFunctions();
             return 0;
         } else if (arg == "-k") {
@@ -141,6 +206,7 @@ int main(int argc, char** argv) {
             if (!run(text)) break;
     }
     if (exit_status && !keep_going) return exit_status;
+    if (!unwrap.phase.empty() && RunUnwrap(space, unwrap)) return 1;
     // Message has told the failure already.
     if (!write_path.empty() && CZrkFile(write_path).Write() != 1) return 1;
     for (const std::string& name : prints) {

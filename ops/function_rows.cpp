@@ -6,7 +6,7 @@
 void InstallFunctions() {
     static const bool kInstalled = [] {
         for (auto* family : {BasicRows, ComplexRows, MathRows, StructuralRows, TransformRows,
-                             ConvolutionRows, ReduceRows, MatrixRows})
+                             ConvolutionRows, ReduceRows, MatrixRows, UnwrapRows})
             RegisterFunctions(family());
         SetMatrixOperator(MatrixOperate);
         return true;

@@ -18,3 +18,4 @@ std::vector<CFuncDecl> TransformRows();
 std::vector<CFuncDecl> ConvolutionRows();
 std::vector<CFuncDecl> ReduceRows();
 std::vector<CFuncDecl> MatrixRows();
+std::vector<CFuncDecl> UnwrapRows();

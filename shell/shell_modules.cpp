@@ -13,6 +13,9 @@ void CShellModules::Register(COptionTable& table, CDataSpace& space) {
         OPT_HISTORY, [this](FILE* f) { history.PrintfOptions(f); },
         [this](CKeyReader& r) { return history.ScanfOptions(r); });
     table.Set(
+        OPT_UNWRAP, [this](FILE* f) { unwrap.PrintfOptions(f); },
+        [this](CKeyReader& r) { return unwrap.ScanfOptions(r); });
+    table.Set(
         OPT_DATA_SPACE, [&space](FILE* f) { space.PrintfOptions(f); },
         [&space](CKeyReader& r) { return space.ScanfOptions(r); });
 }

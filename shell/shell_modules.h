@@ -2,6 +2,7 @@
 // module table together with the data space. The application holds one for its life.
 #pragma once
 
+#include "ops/unwrap/unwrap.h"
 #include "shell/desktop.h"
 #include "shell/history.h"
 #include "shell/main_frame_options.h"
@@ -18,4 +19,5 @@ struct CShellModules {
     CDesktop desktop;
     CHistory history;
     CRename rename;
+    CUnwrap unwrap;
 };

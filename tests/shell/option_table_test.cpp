@@ -158,7 +158,7 @@ TEST_F(OptionTableTest, AtMostFivePathsAreRead) {
 
 TEST_F(OptionTableTest, EmptySlotsAreSkippedAndTheInversionSectionHasItsHook) {
     EXPECT_TRUE(table_.Has(OPT_DATA_SPACE));
-    EXPECT_FALSE(table_.Has(OPT_UNWRAP));
+    EXPECT_FALSE(table_.Has(OPT_WAVE_DIRECTION));
     WriteFile("mu_estimation_options\nlfe_scales= 6\nview_history= 0\n");
     // Without the hook the section's words are passed over like any other.
     table_.ReadOptions(path_);
