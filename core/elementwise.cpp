@@ -261,9 +261,7 @@ CZrkData* BinaryOperation(CDataSpace& temp, int op, CZrkData* a, CZrkData* b, un
     res_t res[6];
     header.GetRes(res);
 
-    // The checked kernels of %, pow and atan2 look at their operands again after writing the
-    // result, so they never write over one.
-    const bool in_place = a != b && op != OP_MOD && op != OP_POW && op != OP_ATAN2;
+    const bool in_place = a != b;
     auto fits = [&](const CZrkData* r) { return r->Type() == type && header.SameRes(*r); };
     CZrkData* out;
     if (in_place && (spare & SPARE_LEFT) && fits(a)) {

@@ -62,13 +62,16 @@ void CheckedMap(unsigned rules, const W* in, W* out, size_t n, F f) {
     }
 }
 
-// The same for two arguments; x is the argument the rules look at (the base of pow).
+// The same for two arguments; x is the argument the rules look at (the base of pow). One
+// pass, so `out` may be `a` or `b` itself: each result is classified before it is stored.
 template <class W, class F>
 void CheckedMap2(unsigned rules, const W* a, const W* b, W* out, size_t n, F f) {
-    for (size_t j = 0; j < n; ++j) out[j] = f(a[j], b[j]);
     for (size_t j = 0; j < n; ++j) {
-        if (std::isfinite(out[j]) && out[j] != 0) continue;
-        if (!std::isfinite(b[j])) continue;  // limits and NaN in, no error of ours
-        out[j] = static_cast<W>(ClassifyMath(a[j], out[j], rules));
+        const W x = a[j], y = b[j];
+        W r = f(x, y);
+        // limits and NaN in are no error of ours
+        if (!(std::isfinite(r) && r != 0) && std::isfinite(y))
+            r = static_cast<W>(ClassifyMath(x, r, rules));
+        out[j] = r;
     }
 }
