@@ -389,7 +389,7 @@ CZrkData* CCorr1d(CDataSpace& temp, int dir, const CZrkData* a, const CZrkData* 
 
 CZrkData* Ssd(CDataSpace& temp, int dir, const CZrkData* a, const CZrkData* k) {
     if (dir < 0 || dir > 5) Raise("direction invalid");
-    if (kSsdLabel[dir]) SetOpText(kSsdLabel[dir]);
+    if (kSsdLabel[dir]) SetErrFunc(kSsdLabel[dir]);
     return LogFailure({kSsdFailed[dir]}, [&] {
         return Dispatch(temp, a, k, Job{dir, false, false, true});
     });
@@ -397,7 +397,7 @@ CZrkData* Ssd(CDataSpace& temp, int dir, const CZrkData* a, const CZrkData* k) {
 
 CZrkData* CSsd(CDataSpace& temp, int dir, const CZrkData* a, const CZrkData* k) {
     if (dir < 0 || dir > 5) Raise("direction invalid");
-    SetOpText(kCssdLabel[dir]);
+    SetErrFunc(kCssdLabel[dir]);
     return LogFailure({kCssdFailed[dir]}, [&] {
         return Dispatch(temp, a, k, Job{dir, false, true, true});
     });

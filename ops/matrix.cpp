@@ -501,7 +501,7 @@ CZrkData* MatrixInverse(CDataSpace& temp, const CZrkData* pair, const CZrkData* 
     int p = -1, q = -1;
     const bool found = PairOf(pair, &p, &q);
     const std::string letters = found ? PairLetters(p, q) : "";
-    SetOpText(("minv('" + letters + "')").c_str());
+    SetErrFunc(("minv('" + letters + "')").c_str());
     const std::string name = "MatrixInverse" + (found ? PairName(p, q) : "");
     return LogFailure({CaughtLine(name.c_str(), -1)}, [&] {
         if (!found) Raise("invalid direction");
@@ -521,7 +521,7 @@ CZrkData* Diag(CDataSpace& temp, const CZrkData* pair, const CZrkData* a) {
     int p = -1, q = -1;
     const bool found = PairOf(pair, &p, &q);
     const std::string letters = found ? PairLetters(p, q) : "";
-    SetOpText(("diag('" + letters + "')").c_str());
+    SetErrFunc(("diag('" + letters + "')").c_str());
     return LogFailure({"diag('" + letters + "') failed\r\n"}, [&] {
         if (!found) Raise("invalid direction");
         RequireData(a);
@@ -578,7 +578,7 @@ void TraceTyped(const CZrkData* a, CZrkData* r, int p, int q) {
 CZrkData* Trace(CDataSpace& temp, const CZrkData* pair, const CZrkData* a) {
     int p = -1, q = -1;
     const bool found = PairOf(pair, &p, &q);
-    SetOpText(("trace('" + (found ? PairLetters(p, q) : std::string()) + "')").c_str());
+    SetErrFunc(("trace('" + (found ? PairLetters(p, q) : std::string()) + "')").c_str());
     return LogFailure({CaughtLine("eval_diag", -1)}, [&] {
         if (!found) Raise("invalid direction");
         RequireData(a);

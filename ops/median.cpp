@@ -184,13 +184,13 @@ CZrkData* ExtremeOf(CDataSpace& temp, const CZrkData* list, const CZrkData* a, b
 
 CZrkData* Median(CDataSpace& temp, int dir, const CZrkData* a) {
     CheckDir(dir);
-    SetOpText(kMedianLabel[dir]);
+    SetErrFunc(kMedianLabel[dir]);
     return LogFailure({CaughtLine("EvalMedian", -1)}, [&] { return Lines(temp, dir, a, true); });
 }
 
 CZrkData* Sort(CDataSpace& temp, int dir, const CZrkData* a) {
     CheckDir(dir);
-    SetOpText(kSortLabel[dir]);
+    SetErrFunc(kSortLabel[dir]);
     return LogFailure({CaughtLine("EvalSort", -1)}, [&] { return Lines(temp, dir, a, false); });
 }
 

@@ -319,7 +319,7 @@ CZrkData* Trans(CDataSpace& temp, const CZrkData* pair, const CZrkData* a) {
     for (int d = 0; d < 6 && k < 2; ++d)
         if (text.find(kDirLetters[d]) != std::string::npos) found[k++] = d;
     std::string letters = k == 2 ? std::string{kDirLetters[found[0]], kDirLetters[found[1]]} : "";
-    SetOpText(("trans('" + letters + "')").c_str());
+    SetErrFunc(("trans('" + letters + "')").c_str());
     std::string name = "Transpose";
     if (k == 2) name += {kDirCapitals[found[0]], kDirLetters[found[1]]};
     return LogFailure({"trans('" + letters + "') failed\r\n", CaughtLine(name.c_str(), -1)}, [&] {

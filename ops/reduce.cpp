@@ -264,7 +264,7 @@ CZrkData* Mean(CDataSpace& temp, int dir, const CZrkData* a) {
 }
 
 CZrkData* Sd(CDataSpace& temp, int dir, const CZrkData* a) {
-    SetOpText(dir >= 0 && dir < 6 ? kSdLabels[dir] : "sd()");
+    SetErrFunc(dir >= 0 && dir < 6 ? kSdLabels[dir] : "sd()");
     return LogFailure({CaughtLine("Sd", dir)}, [&] {
         return FloatFormReduce(temp, dir, a, [](auto* x, auto* out, const CWalk& w, uint64_t m) {
             SdLines(x, out, w, m);

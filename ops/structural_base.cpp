@@ -59,8 +59,6 @@ void EndStream(bool stream) {
     if (stream) _mm_sfence();
 }
 
-void SetOpText(const char* text) { err_func = text; }
-
 void CheckResultSize(int type, const res_t res[6]) {
     if (!IsValidType(type)) Raise("invalid data type");
     uint64_t bytes = static_cast<uint64_t>(TypeInfo(type)->elem_bytes);

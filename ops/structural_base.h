@@ -22,9 +22,6 @@
 // Sets err_func to "name('x')" for direction `dir`, or "name()" when dir is negative.
 void SetOpFunc(const char* name, int dir);
 
-// Sets err_func to a text as it stands.
-void SetOpText(const char* text);
-
 // A new record on `temp` (the evaluator's NewTemp) with the steps of `steps` when given.
 // Raises "invalid data type" and "out of memory", the latter also for a size that overflows
 // or exceeds physical memory, before anything is asked of the allocator.

@@ -264,7 +264,7 @@ CZrkData* Strip(CDataSpace& temp, int dir, const CZrkData* a, int64_t i, int64_t
 }
 
 CZrkData* FillR(CDataSpace& temp, const CZrkData* a, double i, double j, const CZrkData* value) {
-    SetOpText("fill('r')");
+    SetErrFunc("fill('r')");
     return LogFailure({CaughtLine("FillR", -1)}, [&] {
         RequireData(a);
         return FillPattern(temp, a, Radial(a, i, j, false), value, false);
@@ -272,7 +272,7 @@ CZrkData* FillR(CDataSpace& temp, const CZrkData* a, double i, double j, const C
 }
 
 CZrkData* FillS(CDataSpace& temp, const CZrkData* a, double i, double j, const CZrkData* value) {
-    SetOpText("fill('s')");
+    SetErrFunc("fill('s')");
     return LogFailure({CaughtLine("FillS", -1)}, [&] {
         RequireData(a);
         return FillPattern(temp, a, Radial(a, i, j, true), value, false);
@@ -280,7 +280,7 @@ CZrkData* FillS(CDataSpace& temp, const CZrkData* a, double i, double j, const C
 }
 
 CZrkData* StripR(CDataSpace& temp, const CZrkData* a, double i, double j, const CZrkData* value) {
-    SetOpText("strip('r')");
+    SetErrFunc("strip('r')");
     return LogFailure({CaughtLine("StripR", -1)}, [&] {
         RequireData(a);
         return FillPattern(temp, a, Radial(a, i, j, false), value, true);
@@ -288,7 +288,7 @@ CZrkData* StripR(CDataSpace& temp, const CZrkData* a, double i, double j, const 
 }
 
 CZrkData* StripS(CDataSpace& temp, const CZrkData* a, double i, double j, const CZrkData* value) {
-    SetOpText("strip('s')");
+    SetErrFunc("strip('s')");
     return LogFailure({CaughtLine("StripS", -1)}, [&] {
         RequireData(a);
         return FillPattern(temp, a, Radial(a, i, j, true), value, true);

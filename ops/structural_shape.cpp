@@ -297,7 +297,7 @@ CZrkData* EFlip(CDataSpace& temp, const CZrkData* a, int64_t etl) {
 }
 
 CZrkData* ESort(CDataSpace& temp, const CZrkData* a, int64_t etl) {
-    SetOpText("esor('t')");
+    SetErrFunc("esor('t')");
     return LogFailure({CaughtLine("ESort", -1)}, [&] {
         RequireData(a);
         CheckEtl(etl);

@@ -233,6 +233,7 @@ void BlocksAgreeWithElements() {
 
 TEST(DataCursor, BlocksAgreeWithElements) {
     BlocksAgreeWithElements<float>();
+    BlocksAgreeWithElements<double>();
     BlocksAgreeWithElements<int32_t>();
     BlocksAgreeWithElements<int64_t>();
     BlocksAgreeWithElements<uint64_t>();
