@@ -8,9 +8,22 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "core/window_space.h"
 #include "display/look.h"
+
+// One picture of a display for the picture and movie writers: 8-bit indices into `palette`
+// (r, g, b) or 32-bit B, G, R, 0 words as QImage::Format_RGB32 lays them out; rows top
+// first, each `stride` bytes (a multiple of 4).
+struct CFrame {
+    int width = 0;
+    int height = 0;
+    int bits = 8;
+    int stride = 0;
+    std::vector<uint8_t> pixels;
+    uint8_t palette[256][3] = {};
+};
 
 struct CWindowLoc {
     int top = 0, left = 0, bottom = 0, right = 0;
@@ -19,6 +32,14 @@ struct CWindowLoc {
 class CDisplayEntry : public CWindowEntry {
   public:
     explicit CDisplayEntry(const CLook& a_look) : look(a_look) { kind = a_look.flags; }
+
+    // Draws the display at page (z, t, u, v) into `frame`; 0 when this display can't (the
+    // views override it).
+    virtual int RenderFrame(const uint64_t page[4], CFrame& frame) {
+        (void)page;
+        (void)frame;
+        return 0;
+    }
 
     CLook look;
     std::string caption;
