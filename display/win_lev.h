@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "core/zrk_data.h"
 #include "display/look.h"
 
 class CDataSpace;
