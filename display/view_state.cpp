@@ -92,7 +92,8 @@ std::string CMdiView::ReadoutPrefix() const {
     if (!a) return {};
     const int iqmp = doc_.kind == LOOK_RGB ? Look().rplane.iqmp : Look().palplane.iqmp;
     std::string text = a->name;
-    if (a->IsComplex() && iqmp >= 2) return text + " mag/phase:";
+    // A real array shows its samples whatever the channel.
+    if (!a->IsComplex()) return text + " i/q:";
     static const char* kChannel[4] = {" i/q:", " i/q:", " mag:", " phase:"};
     return text + kChannel[std::clamp(iqmp, 0, 3)];
 }

@@ -57,7 +57,7 @@ class CMdiView {
     uint64_t PageSize(int k) const;
     // "[z][t]..." of the directions above 1, or "[mm]" forms with the look's units.
     std::string PositionText() const;
-    // The array's name and its channel: " mag:", " phase:", " i/q:", " mag/phase:".
+    // The array's name and its channel: " mag:", " phase:", " i/q:" (real arrays always).
     std::string ReadoutPrefix() const;
 
     // Histograms of the current plane, of every plane of the sequence together, and of each z
