@@ -254,7 +254,7 @@ QImage CFormWL::PlotPicture(int width, int height) const {
     const QRect bar = vertical ? QRect(width / 2 - 20, 20, 40, height - 40) : QRect(10, height / 2 - 20, width - 20, 40);
     const int n = vertical ? bar.height() : bar.width();
     for (int i = 0; i < n; ++i) {
-        int index = std::clamp(i * 256 / std::max(1, n), 0, 255);
+        int index = n > 1 ? i * 255 / (n - 1) : 0;
         if (vertical) index = 255 - index;
         const uint8_t* e = pal->entries[plane.inv ? 255 - index : index];
         p.setPen(QColor(e[0], e[1], e[2]));

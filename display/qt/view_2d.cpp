@@ -79,6 +79,7 @@ int CView2d::Render(CFrame& frame) {
 
 void CView2d::RebuildImage() {
     dirty = false;
+    ++renders_;
     image_ = QImage();
     if (detached_) return;
     const CZrkData* a = Data(0);

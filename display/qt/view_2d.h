@@ -45,6 +45,9 @@ class CView2d : public QWidget, public CImageView, public CWinLevTarget {
     CDataSpace& Space() const { return space_; }
     QTimer& Timer() { return timer_; }
 
+    // Renders of the off-screen picture so far.
+    int Renders() const { return renders_; }
+
     CLook& TargetLook() override { return Look(); }
     CZrkData* TargetData() override { return Data(0); }
     void TargetRedraw() override { Draw(); }
@@ -81,6 +84,7 @@ class CView2d : public QWidget, public CImageView, public CWinLevTarget {
     QImage image_;
     QLabel* status_line_ = nullptr;
     bool detached_ = false;
+    int renders_ = 0;
     int drag_ = 0;  // the button held: 0 none, 1 left, 4 middle
     QPoint last_;
     QPointF press_data_;
