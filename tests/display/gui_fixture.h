@@ -52,22 +52,7 @@ class DisplayGuiTest : public ::testing::Test {
     }
     // The view of the display of `name`, opened through the 2d (or rgb) factory.
     CView2d* Open(const char* name, uint32_t kind = LOOK_2D, const char* g = nullptr,
-                  const char* b = nullptr) {
-        CDisplayRequest r;
-        r.kind = kind;
-        r.data[0] = space_.FindData(name);
-        if (g) r.data[1] = space_.FindData(g);
-        if (b) r.data[2] = space_.FindData(b);
-        CLook look(kind);
-        for (int k = 0; k < 4; ++k)
-            if (CPlane* p = look.Plane(k)) p->window = 256, p->level = 128;
-        r.look = &look;
-        r.name = name;
-        CDisplayEntry* e = DisplayWindow(kind)(r);
-        if (!e) return nullptr;
-        auto* doc = static_cast<CMdiDoc*>(e);
-        return qobject_cast<CView2d*>(doc->Frame()->View());
-    }
+                  const char* b = nullptr);
     int Windows() const { return static_cast<int>(frame_->Mdi()->subWindowList().size()); }
 
     CDataSpace space_;
