@@ -6,6 +6,10 @@
 #include <string>
 #include <vector>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include "core/data_cursor.h"
 #include "core/data_space.h"
 
@@ -43,29 +47,40 @@ class CRowMapper {
         if (level_) lc_.emplace_back(level_, 0);
     }
 
-    void Map(uint64_t row, int width, uint8_t* out) {
+    void Map(uint64_t row, int width, uint8_t* __restrict out) {
         samples_.resize(width);
         cursor_.GetBlock(samples_.data(), RowStart(a_, page_, row), width);
-        const float* x = samples_.data();
+        const float* __restrict x = samples_.data();
         if (!window_ && !level_ && map_.wscale == 0) {
-            // The common case, written to vectorise: one window and level for the row.
+            // The common case: one window and level for the row. The clamp keeps t at most
+            // 255, so the cycles' upper clamp and modulo never change an index here.
             const float w = plane_.window, l = plane_.level, span = map_.span;
-            const int top = map_.top, inv = map_.inv ? 255 : 0;
-            if (map_.cycles >= 2) {
-                for (int i = 0; i < width; ++i) {
-                    float t = ((x[i] - l) / w + 0.5f) * span;
-                    t = t > 0.0f ? t : 0.0f;
-                    t = t < 255.0f ? t : 255.0f;
-                    int k = static_cast<int>(t + 0.5f);
-                    out[i] = static_cast<uint8_t>(((k < top ? k : top) & 255) ^ inv);
+            const int inv = map_.inv ? 255 : 0;
+            int i = 0;
+#ifdef __SSE2__
+            const __m128 vl = _mm_set1_ps(l), vw = _mm_set1_ps(w), half = _mm_set1_ps(0.5f);
+            const __m128 vspan = _mm_set1_ps(span), zero = _mm_setzero_ps();
+            const __m128 top = _mm_set1_ps(255.0f);
+            const __m128i vinv = _mm_set1_epi16(static_cast<short>(inv));
+            for (; i + 16 <= width; i += 16) {
+                __m128i q[4];
+                for (int k = 0; k < 4; ++k) {
+                    const __m128 v = _mm_loadu_ps(x + i + 4 * k);
+                    __m128 t = _mm_mul_ps(_mm_add_ps(_mm_div_ps(_mm_sub_ps(v, vl), vw), half), vspan);
+                    t = _mm_max_ps(t, zero);  // maxps answers its second operand for NaN
+                    t = _mm_min_ps(t, top);
+                    q[k] = _mm_cvttps_epi32(_mm_add_ps(t, half));
                 }
-            } else {
-                for (int i = 0; i < width; ++i) {
-                    float t = ((x[i] - l) / w + 0.5f) * span;
-                    t = t > 0.0f ? t : 0.0f;
-                    t = t < 255.0f ? t : 255.0f;
-                    out[i] = static_cast<uint8_t>(static_cast<int>(t + 0.5f) ^ inv);
-                }
+                const __m128i lo = _mm_xor_si128(_mm_packs_epi32(q[0], q[1]), vinv);
+                const __m128i hi = _mm_xor_si128(_mm_packs_epi32(q[2], q[3]), vinv);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_packus_epi16(lo, hi));
+            }
+#endif
+            for (; i < width; ++i) {
+                float t = ((x[i] - l) / w + 0.5f) * span;
+                t = t > 0.0f ? t : 0.0f;
+                t = t < 255.0f ? t : 255.0f;
+                out[i] = static_cast<uint8_t>(static_cast<int>(t + 0.5f) ^ inv);
             }
             return;
         }
