@@ -66,7 +66,8 @@ class CRowMapper {
                 __m128i q[4];
                 for (int k = 0; k < 4; ++k) {
                     const __m128 v = _mm_loadu_ps(x + i + 4 * k);
-                    __m128 t = _mm_mul_ps(_mm_add_ps(_mm_div_ps(_mm_sub_ps(v, vl), vw), half), vspan);
+                    __m128 t =
+                        _mm_mul_ps(_mm_add_ps(_mm_div_ps(_mm_sub_ps(v, vl), vw), half), vspan);
                     t = _mm_max_ps(t, zero);  // maxps answers its second operand for NaN
                     t = _mm_min_ps(t, top);
                     q[k] = _mm_cvttps_epi32(_mm_add_ps(t, half));
@@ -87,7 +88,8 @@ class CRowMapper {
         int last = 0;
         const uint64_t z = page_.z;
         for (int i = 0; i < width; ++i) {
-            const float w = window_ ? wc_[0].Get(window_->Offset3dClamped(i, row, z)) : plane_.window;
+            const float w =
+                window_ ? wc_[0].Get(window_->Offset3dClamped(i, row, z)) : plane_.window;
             const float l = level_ ? lc_[0].Get(level_->Offset3dClamped(i, row, z)) : plane_.level;
             last = map_.Raw(x[i], w, l, last);
             out[i] = static_cast<uint8_t>(map_.inv ? 255 - last : last);
@@ -120,8 +122,15 @@ uint32_t Word(const uint8_t rgb[3]) {
 }  // namespace
 
 CIndexMap::CIndexMap(const CPlane& plane)
-    : wscale(plane.wscale), inv(plane.inv), cycles(plane.wlcycles), top(0), span(256.0f),
-      n(plane.nonlin), a(0), b(0), c(1) {
+    : wscale(plane.wscale),
+      inv(plane.inv),
+      cycles(plane.wlcycles),
+      top(0),
+      span(256.0f),
+      n(plane.nonlin),
+      a(0),
+      b(0),
+      c(1) {
     if (cycles >= 2) {
         span = static_cast<float>(cycles) * 256.0f;
         top = cycles * 256 - 1;
@@ -211,8 +220,8 @@ int ImageBitsRgb(const CDataSpace* space, const CZrkData* const data[3],
             for (int i = 0; i < 256; ++i) words[i] = Word(colours[i]);
             CRowMapper mapper(space, data[k], *planes[k], p);
             for (int r = 0; r < out.height; ++r) {
-                auto* row =
-                    reinterpret_cast<uint32_t*>(out.pixels.data() + static_cast<size_t>(r) * out.stride);
+                auto* row = reinterpret_cast<uint32_t*>(out.pixels.data() +
+                                                        static_cast<size_t>(r) * out.stride);
                 mapper.Map(r, out.width, index.data());
                 for (int i = 0; i < out.width; ++i) row[i] |= words[index[i]];
             }
@@ -226,7 +235,8 @@ int ImageBitsRgb(const CDataSpace* space, const CZrkData* const data[3],
 
 int RenderDisplayFrame(const CDataSpace* space, CDisplayEntry& entry, const uint64_t page[4],
                        CFrame& out) {
-    if (entry.kind == LOOK_2D) return ImageBits(space, entry.data[0], entry.look.palplane, page, 8, out) == 0;
+    if (entry.kind == LOOK_2D)
+        return ImageBits(space, entry.data[0], entry.look.palplane, page, 8, out) == 0;
     if (entry.kind == LOOK_RGB) {
         const CPlane* planes[3] = {&entry.look.rplane, &entry.look.gplane, &entry.look.bplane};
         return ImageBitsRgb(space, entry.data, planes, page, out) == 0;

@@ -15,11 +15,10 @@
 #include "ops/structural_shape.h"
 
 const char* const CImageView::kCursorNames[kCursorModes] = {
-    "pointer",         "window/level",     "1d profile",      "measure angle",
-    "x roi",           "y roi",            "rectangle roi",   "ellipse roi",
-    "draw roi",        "+ x roi",          "+ y roi",         "+ rectangle roi",
-    "+ ellipse roi",   "+ draw roi",       "undo add",        "refresh",
-    "end line segment", "line segment"};
+    "pointer", "window/level",     "1d profile",    "measure angle", "x roi",
+    "y roi",   "rectangle roi",    "ellipse roi",   "draw roi",      "+ x roi",
+    "+ y roi", "+ rectangle roi",  "+ ellipse roi", "+ draw roi",    "undo add",
+    "refresh", "end line segment", "line segment"};
 const char* const CImageView::kBitmapKinds[4] = {"normal", "anti-alias x2", "anti-alias x4",
                                                  "24 bit bitmap"};
 
@@ -169,18 +168,21 @@ std::string CImageView::OverlayInfo(int x, int y) const {
         double ph = in.Get(at);
         const bool radians = Look().radians != 0;
         if (!radians) ph = ph * 180.0 / M_PI;
-        std::snprintf(value, sizeof value, "%.3f, %.3f%s", mag, ph, radians ? " radians" : " degrees");
+        std::snprintf(value, sizeof value, "%.3f, %.3f%s", mag, ph,
+                      radians ? " radians" : " degrees");
     } else {
         std::snprintf(value, sizeof value, "%.3f", CDataCursor<double>(a, 0).Get(at));
     }
     char text[512];
     std::snprintf(text, sizeof text, " %s[%d][%d]%s = %s", a->name, x, y, rest.c_str(), value);
     std::string out = text;
-    if (cursor_mode == CURSOR_PROFILE || cursor_mode == CURSOR_LINE || cursor_mode == CURSOR_END_LINE) {
+    if (cursor_mode == CURSOR_PROFILE || cursor_mode == CURSOR_LINE ||
+        cursor_mode == CURSOR_END_LINE) {
         const std::vector<float> p =
             Points(space_, cursor_mode == CURSOR_PROFILE ? "zrk_profile" : "zrk_line");
         double d = 0;
-        for (size_t i = 0; i + 3 < p.size(); i += 2) d += LengthMm(p[i + 2] - p[i], p[i + 3] - p[i + 1]);
+        for (size_t i = 0; i + 3 < p.size(); i += 2)
+            d += LengthMm(p[i + 2] - p[i], p[i + 3] - p[i + 1]);
         std::snprintf(text, sizeof text, ", |d|= %.3f", d);
         out += text;
     }
@@ -214,9 +216,9 @@ int CImageView::LoadProfile(const CDataSpace& space, uint64_t z, std::vector<flo
     const int w = std::max(1, options_.profile_width);
     const bool complex = a->IsComplex();
     CDataCursor<float> in(a, 0);
-    const uint64_t plane =
-        (((page[3] * a->nu + page[2]) * a->nt + page[1]) * a->nz + std::min<uint64_t>(z, a->nz - 1)) *
-        a->CountXY();
+    const uint64_t plane = (((page[3] * a->nu + page[2]) * a->nt + page[1]) * a->nz +
+                            std::min<uint64_t>(z, a->nz - 1)) *
+                           a->CountXY();
     out.assign(complex ? 2 * n : n, 0.0f);
     for (uint64_t i = 0; i < n; ++i) {
         const double f = n > 1 ? double(i) / double(n - 1) : 0.0;
@@ -224,7 +226,8 @@ int CImageView::LoadProfile(const CDataSpace& space, uint64_t z, std::vector<flo
         double sum[2] = {0, 0};
         for (int j = 0; j < w; ++j) {
             const double h = w * 0.5 - 0.5 - j;
-            const long px = std::clamp<long>(std::lround(cx - std::sin(angle) * h), 0, Columns() - 1);
+            const long px =
+                std::clamp<long>(std::lround(cx - std::sin(angle) * h), 0, Columns() - 1);
             const long py = std::clamp<long>(std::lround(cy + std::cos(angle) * h), 0, Rows() - 1);
             float pair[2];
             in.GetIQ(pair, plane + static_cast<uint64_t>(py) * a->nx + px);
@@ -311,7 +314,8 @@ int CImageView::PlotThruZ(CDataSpace& space, int x, int y) {
     for (uint64_t i = 0; i < n; ++i) {
         uint64_t p[4] = {page[0], page[1], page[2], page[3]};
         p[k] = i;
-        const uint64_t at = ((((p[3] * a->nu + p[2]) * a->nt + p[1]) * a->nz + p[0]) * a->ny + y) * a->nx + x;
+        const uint64_t at =
+            ((((p[3] * a->nu + p[2]) * a->nt + p[1]) * a->nz + p[0]) * a->ny + y) * a->nx + x;
         float pair[2];
         in.GetIQ(pair, at);
         if (complex) {
@@ -324,7 +328,8 @@ int CImageView::PlotThruZ(CDataSpace& space, int x, int y) {
     std::string name;
     if (!MakeLine(space, line, 1, "_p", name)) return 0;
     char text[512];
-    std::snprintf(text, sizeof text, " %s[%zu,%zu] through plane\r\n", a->name, size_t(x), size_t(y));
+    std::snprintf(text, sizeof text, " %s[%zu,%zu] through plane\r\n", a->name, size_t(x),
+                  size_t(y));
     Host().History(text);
     last_plot_thru_z_ = 0;
     OpenPlot(space.FindData(name.c_str()), nullptr, name);
@@ -363,7 +368,8 @@ int AppendRow(CDataSpace& space, const char* name, const std::vector<float>& lin
     }
     const uint64_t old_bytes = plot->Bytes();
     std::memcpy(grown->Data(), plot->Data(), old_bytes);
-    std::memcpy(static_cast<char*>(grown->Data()) + old_bytes, line.data(), line.size() * sizeof(float));
+    std::memcpy(static_cast<char*>(grown->Data()) + old_bytes, line.data(),
+                line.size() * sizeof(float));
     plot->NewUndo("append", grown);
     return 1;
 }
@@ -423,8 +429,8 @@ void CImageView::OnAngle(CDataSpace& space, float x, float y) {
 }
 
 void CImageView::OnLinePoint(CDataSpace& space, float x, float y, bool end) {
-    std::vector<float> p = cursor_mode == CURSOR_END_LINE ? std::vector<float>{}
-                                                          : Points(space, "zrk_line");
+    std::vector<float> p =
+        cursor_mode == CURSOR_END_LINE ? std::vector<float>{} : Points(space, "zrk_line");
     if (cursor_mode == CURSOR_END_LINE) cursor_mode = CURSOR_LINE;
     p.push_back(x);
     p.push_back(y);
@@ -453,7 +459,8 @@ int CImageView::OnCrop(CDataSpace& space) {
         return 0;
     }
     auto bound = [](float v, int n) { return std::clamp<long>(std::lround(v), 0, n - 1); };
-    const long x0 = bound(std::min(r[0], r[2]), Columns()), x1 = bound(std::max(r[0], r[2]), Columns());
+    const long x0 = bound(std::min(r[0], r[2]), Columns()),
+               x1 = bound(std::max(r[0], r[2]), Columns());
     const long y0 = bound(std::min(r[1], r[3]), Rows()), y1 = bound(std::max(r[1], r[3]), Rows());
     return Reported({.to = REPORT_STATUS}, 0, [&] {
         CDataSpace temp;
@@ -461,15 +468,16 @@ int CImageView::OnCrop(CDataSpace& space) {
         CZrkData* cy = Cut(temp, 1, cx, y0, y1);
         Replace(cy, "crop");
         char text[256];
-        std::snprintf(text, sizeof text, " %s crop [%d][%d] to [%d][%d]\r\n", a->name, int(x0), int(y0),
-                      int(x1), int(y1));
+        std::snprintf(text, sizeof text, " %s crop [%d][%d] to [%d][%d]\r\n", a->name, int(x0),
+                      int(y0), int(x1), int(y1));
         Host().History(text);
         Host().Status("crop complete");
         return 1;
     });
 }
 
-int CImageView::CatWith(CDataSpace& space, const CZrkData* b, int dir, bool before, const char* what) {
+int CImageView::CatWith(CDataSpace& space, const CZrkData* b, int dir, bool before,
+                        const char* what) {
     (void)space;
     CZrkData* a = Data(0);
     if (!a || !b) return 0;

@@ -25,8 +25,14 @@ class CImageView : public CMdiView {
     static constexpr int kCursorModes = 18;
     static const char* const kCursorNames[kCursorModes];
     static const char* const kBitmapKinds[4];
-    enum { CURSOR_POINTER = 0, CURSOR_WINLEV = 1, CURSOR_PROFILE = 2, CURSOR_ANGLE = 3,
-           CURSOR_END_LINE = 16, CURSOR_LINE = 17 };
+    enum {
+        CURSOR_POINTER = 0,
+        CURSOR_WINLEV = 1,
+        CURSOR_PROFILE = 2,
+        CURSOR_ANGLE = 3,
+        CURSOR_END_LINE = 16,
+        CURSOR_LINE = 17
+    };
 
     // `space` holds the arrays and the overlays the view reads.
     CImageView(CDisplayEntry& doc, const C2d& options, const CDataSpace& space)
@@ -85,12 +91,24 @@ class CImageView : public CMdiView {
 
     // Edits of the array; each takes the undo of the array and redraws.
     int OnCrop(CDataSpace& space);
-    int OnCatRight(CDataSpace& space, const CZrkData* b) { return CatWith(space, b, 0, false, "cat right"); }
-    int OnCatLeft(CDataSpace& space, const CZrkData* b) { return CatWith(space, b, 0, true, "cat left"); }
-    int OnCatTop(CDataSpace& space, const CZrkData* b) { return CatWith(space, b, 1, true, "cat top"); }
-    int OnCatBottom(CDataSpace& space, const CZrkData* b) { return CatWith(space, b, 1, false, "cat bottom"); }
-    int OnCatFront(CDataSpace& space, const CZrkData* b) { return CatWith(space, b, 2, true, "cat front"); }
-    int OnCatBack(CDataSpace& space, const CZrkData* b) { return CatWith(space, b, 2, false, "cat back"); }
+    int OnCatRight(CDataSpace& space, const CZrkData* b) {
+        return CatWith(space, b, 0, false, "cat right");
+    }
+    int OnCatLeft(CDataSpace& space, const CZrkData* b) {
+        return CatWith(space, b, 0, true, "cat left");
+    }
+    int OnCatTop(CDataSpace& space, const CZrkData* b) {
+        return CatWith(space, b, 1, true, "cat top");
+    }
+    int OnCatBottom(CDataSpace& space, const CZrkData* b) {
+        return CatWith(space, b, 1, false, "cat bottom");
+    }
+    int OnCatFront(CDataSpace& space, const CZrkData* b) {
+        return CatWith(space, b, 2, true, "cat front");
+    }
+    int OnCatBack(CDataSpace& space, const CZrkData* b) {
+        return CatWith(space, b, 2, false, "cat back");
+    }
     int OnTransposeXy() { return Transpose("xy"); }
     int OnTransposeXz() { return Transpose("xz"); }
     int OnTransposeYz() { return Transpose("yz"); }
@@ -114,8 +132,8 @@ class CImageView : public CMdiView {
     int Transpose(const char* pair);
     // Replaces the samples of the shown array with `result` under `what`, then redraws.
     void Replace(CZrkData* result, const char* what);
-    int MakeLine(CDataSpace& space, const std::vector<float>& line, uint64_t lines,
-                 const char* tag, std::string& name);
+    int MakeLine(CDataSpace& space, const std::vector<float>& line, uint64_t lines, const char* tag,
+                 std::string& name);
 
     const C2d& options_;
     const CDataSpace& space_;

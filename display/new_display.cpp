@@ -228,7 +228,8 @@ int CNewDisplay::OnViewNew(CDataSpace& space) {
         }
         CLook look(kind);
         for (int k = 0; k < 4; ++k)
-            if (CPlane* plane = look.Plane(k); plane && (k == 0 ? kind == 0x20000 : kind == 0x80000)) {
+            if (CPlane* plane = look.Plane(k);
+                plane && (k == 0 ? kind == 0x20000 : kind == 0x80000)) {
                 CZrkData* d = shown[k == 0 ? 0 : k - 1];
                 plane->iqmp = iqmp;
                 if (d) SetRangeWinLev(*plane, d);
@@ -253,8 +254,10 @@ int CNewDisplay::OnViewNew(CDataSpace& space) {
         }
         opened.push_back(entry);
     }
-    status = kind == 0x20000 ? "display 2d" : kind == 0x80000 ? "display rgb"
-             : kind == 0x10000 ? "display 1d" : "scatter xy";
+    status = kind == 0x20000   ? "display 2d"
+             : kind == 0x80000 ? "display rgb"
+             : kind == 0x10000 ? "display 1d"
+                               : "scatter xy";
     Host().Status("");
     Host().RefreshDisplays();
     return 1;
@@ -354,7 +357,8 @@ void CNew1d::PrintfOptions(FILE* file) const {
     std::fprintf(file, "1d_plotsize(pixels)= %d %d\n", plotsize[0], plotsize[1]);
     static const char* kSides[4] = {"top", "bottom", "left", "right"};
     for (int k = 0; k < 4; ++k) std::fprintf(file, "1d_axis_%s= %d\n", kSides[k], axis[k]);
-    for (int k = 0; k < 4; ++k) std::fprintf(file, "1d_axis_%s_text= %d\n", kSides[k], axis_text[k]);
+    for (int k = 0; k < 4; ++k)
+        std::fprintf(file, "1d_axis_%s_text= %d\n", kSides[k], axis_text[k]);
     std::fprintf(file, "1d_lines_overlayed= %d\n", lines_overlayed);
     char font[160];
     FontLine(font, sizeof font, axisfont);

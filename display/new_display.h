@@ -91,7 +91,7 @@ class CNew1d : public CNewDisplay {
              backcolor = 0xffffff;
     int thick = 1, symbol = 0, symsize = 4, scroll_time = 100;
     int plotsize[2] = {512, 256};
-    int axis[4] = {0, 1, 1, 0};       // top, bottom, left, right
+    int axis[4] = {0, 1, 1, 0};  // top, bottom, left, right
     int axis_text[4] = {0, 1, 1, 0};
     int lines_overlayed = 0;
     CFont axisfont;

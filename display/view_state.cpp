@@ -116,8 +116,10 @@ void HistogramCounts(const std::vector<float>& values, int nbins, double lo, dou
     for (float x : values) {
         if (!(x >= lo && x <= hi)) continue;
         int i = std::clamp(static_cast<int>((x - lo) * norm), 0, nbins - 1);
-        if (x < edges[i]) --i;
-        else if (i < nbins - 1 && x >= edges[i + 1]) ++i;
+        if (x < edges[i])
+            --i;
+        else if (i < nbins - 1 && x >= edges[i + 1])
+            ++i;
         counts[std::clamp(i, 0, nbins - 1)] += 1.0f;
     }
 }

@@ -113,7 +113,8 @@ int GWinLev::MakeCompanions(CZrkData* a, CDataSpace& space) const {
         if (c) c->GetRes(have);
         if (!c || c->Type() != TYPE_R4 || !c->Data() || !std::equal(have, have + 6, res)) {
             if (c) space.DelData(c);
-            c = space.NewData(TYPE_R4, res[0], res[1], res[2], res[3], res[4], res[5], name.c_str());
+            c = space.NewData(TYPE_R4, res[0], res[1], res[2], res[3], res[4], res[5],
+                              name.c_str());
             if (!c) return 0;
         }
         const uint64_t n = c->Count();
@@ -126,9 +127,7 @@ int GWinLev::MakeCompanions(CZrkData* a, CDataSpace& space) const {
     return 1;
 }
 
-int GWinLev::Apply(CWinLevTarget& t, CDataSpace& space) {
-    return ApplyAll({&t}, space);
-}
+int GWinLev::Apply(CWinLevTarget& t, CDataSpace& space) { return ApplyAll({&t}, space); }
 
 int GWinLev::ApplyAll(const std::vector<CWinLevTarget*>& targets, CDataSpace& space) {
     Host().Trace("GWinLev::Apply");
@@ -194,8 +193,8 @@ int GWinLev::WindowSlider() const {
 int GWinLev::LevelSlider() const {
     const float range = values.datamax - values.datamin;
     if (!(range > 0)) return 0;
-    return std::clamp(static_cast<int>(std::lround((values.level - values.datamin) * 100.0f / range)),
-                      0, 100);
+    return std::clamp(
+        static_cast<int>(std::lround((values.level - values.datamin) * 100.0f / range)), 0, 100);
 }
 
 void GWinLev::SetScale(int wscale) {
@@ -232,8 +231,8 @@ void GWinLev::Paste(CWinLevTarget& t, CDataSpace& space) {
         copy_.To(look.palplane);
         const char* name =
             copy_source_.empty() ? CPal::TableName(copy_palette_) : copy_source_.c_str();
-        look.palplane.SetPalette(look.palplane.palette_word ? look.palplane.palette_word : 7,
-                                 name, &space);
+        look.palplane.SetPalette(look.palplane.palette_word ? look.palplane.palette_word : 7, name,
+                                 &space);
     } else if (look.flags == LOOK_RGB) {
         for (int k = 0; k < 3; ++k)
             if (channel_mask & (1u << k)) copy_.To(*look.Plane(k + 1));

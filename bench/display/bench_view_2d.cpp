@@ -1,6 +1,6 @@
-// A real image view offscreen: scrolling 64 planes of 512 x 512 (step, render, paint into a picture) in
-// planes per second against 60, and one paint of that plane at 6400 % in a 1024 x 1024 view
-// against a 16 ms frame.
+// A real image view offscreen: scrolling 64 planes of 512 x 512 (step, render, paint into a
+// picture) in planes per second against 60, and one paint of that plane at 6400 % in a 1024 x 1024
+// view against a 16 ms frame.
 #include <QApplication>
 #include <chrono>
 #include <cstdio>

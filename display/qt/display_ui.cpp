@@ -52,7 +52,10 @@ void CDisplayModules::Register(COptionTable& table) {
 
 CDisplayUi::CDisplayUi(QMainWindow& frame, QMdiArea& mdi, CDataSpace& space,
                        CDisplayModules& modules)
-    : frame_(frame), mdi_(mdi), space_(space), modules_(modules),
+    : frame_(frame),
+      mdi_(mdi),
+      space_(space),
+      modules_(modules),
       form_(new CFormWL(GlobalWinLev(), space, &frame)) {
     g_ui = this;
     previous_[0] = SetDisplayWindow(LOOK_2D, OpenImage);
@@ -108,8 +111,8 @@ CDisplayEntry* CDisplayUi::Open(const CDisplayRequest& request) {
     for (int k = 0; k < 3; ++k) doc->data[k] = request.data[k];
     doc->caption = request.caption;
     const std::string name = !request.name.empty() ? request.name
-                             : request.data[0]    ? request.data[0]->name
-                                                  : "image";
+                             : request.data[0]     ? request.data[0]->name
+                                                   : "image";
     std::snprintf(doc->name, sizeof doc->name, "%s", name.c_str());
     CDoc2d* raw = doc.get();
     CView2d* view = request.kind == LOOK_RGB ? new CViewRgb(*raw, space_, Global2d())
@@ -121,7 +124,8 @@ CDisplayEntry* CDisplayUi::Open(const CDisplayRequest& request) {
         delete frame;
         return nullptr;
     }
-    frame->setWindowTitle(QString::fromUtf8(raw->caption.empty() ? raw->name : raw->caption.c_str()));
+    frame->setWindowTitle(
+        QString::fromUtf8(raw->caption.empty() ? raw->name : raw->caption.c_str()));
     mdi_.addSubWindow(frame);
     connect(view, &CView2d::activated, this, &CDisplayUi::Activate);
     connect(view, &CView2d::detached, this, [this](CView2d* v) {

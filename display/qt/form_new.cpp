@@ -63,7 +63,8 @@ CFormNew::CFormNew(CNewDisplay& holder, CDataSpace& space, const QStringList& la
 }
 
 void CFormNew::Store() {
-    for (int k = 0; k < names_.size(); ++k) holder_.names[k] = names_[k]->currentText().toStdString();
+    for (int k = 0; k < names_.size(); ++k)
+        holder_.names[k] = names_[k]->currentText().toStdString();
     holder_.iqmp = iqmp_->currentIndex();
     holder_.ft_x = ft_x_->isChecked();
     holder_.ft_y = ft_y_->isChecked();

@@ -232,10 +232,14 @@ QImage CFormWL::PlotPicture(int width, int height) const {
                 y0 = w / span;
                 y1 = (l - lo) / span * 2;
             } else {
-                y0 = map.Index(static_cast<float>(lo + f * (hi - lo)), plane.window, plane.level, 0) / 255.0;
+                y0 = map.Index(static_cast<float>(lo + f * (hi - lo)), plane.window, plane.level,
+                               0) /
+                     255.0;
             }
-            curve << QPointF(box.left() + f * box.width(), box.bottom() - std::clamp(y0, 0.0, 1.0) * box.height());
-            second << QPointF(box.left() + f * box.width(), box.bottom() - std::clamp(y1, 0.0, 1.0) * box.height());
+            curve << QPointF(box.left() + f * box.width(),
+                             box.bottom() - std::clamp(y0, 0.0, 1.0) * box.height());
+            second << QPointF(box.left() + f * box.width(),
+                              box.bottom() - std::clamp(y1, 0.0, 1.0) * box.height());
         }
         p.setPen(QPen(Qt::blue, 2));
         p.drawPolyline(curve);
@@ -249,9 +253,11 @@ QImage CFormWL::PlotPicture(int width, int height) const {
         return image;
     }
     // Colour bars, labelled with the ends of the window.
-    const float w0 = wl_.values.level - wl_.values.window / 2, w1 = wl_.values.level + wl_.values.window / 2;
+    const float w0 = wl_.values.level - wl_.values.window / 2,
+                w1 = wl_.values.level + wl_.values.window / 2;
     const bool vertical = kind == 4;
-    const QRect bar = vertical ? QRect(width / 2 - 20, 20, 40, height - 40) : QRect(10, height / 2 - 20, width - 20, 40);
+    const QRect bar = vertical ? QRect(width / 2 - 20, 20, 40, height - 40)
+                               : QRect(10, height / 2 - 20, width - 20, 40);
     const int n = vertical ? bar.height() : bar.width();
     for (int i = 0; i < n; ++i) {
         int index = n > 1 ? i * 255 / (n - 1) : 0;

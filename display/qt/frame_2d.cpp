@@ -74,7 +74,8 @@ void CFrame2d::BuildMenus(CView2d* view) {
     add(scroll, "faster", "scroll_plus", [view] { view->OnScrollPlus(); });
     add(scroll, "slower", "scroll_minus", [view] { view->OnScrollMinus(); });
     scroll->addSeparator();
-    static const char* kPeriods[8] = {"50 ms", "100 ms", "200 ms", "500 ms", "1 s", "2 s", "5 s", "10 s"};
+    static const char* kPeriods[8] = {"50 ms", "100 ms", "200 ms", "500 ms",
+                                      "1 s",   "2 s",    "5 s",    "10 s"};
     for (int k = 0; k < 8; ++k) {
         const int period = CMdiView::kPeriods[k];
         add(scroll, kPeriods[k], QString("scroll_%1ms").arg(period),
@@ -110,29 +111,46 @@ void CFrame2d::BuildMenus(CView2d* view) {
     CDataSpace& space = view->Space();
     add(image, "copy", "image_copy", [view] { view->OnCopy(); });
     add(image, "histogram", "image_hist", [view, &space] { view->CalcHist(space); });
-    add(image, "histogram all planes", "image_hist_all", [view, &space] { view->CalcHistAll(space); });
+    add(image, "histogram all planes", "image_hist_all",
+        [view, &space] { view->CalcHistAll(space); });
     add(image, "histogram each z", "image_hist_z", [view, &space] { view->CalcHistZAll(space); });
     add(image, "plot profile", "image_profile", [view, &space] { view->PlotProfile(space); });
-    add(image, "plot profile thru z", "image_profile_z", [view, &space] { view->PlotProfileThruZ(space); });
-    add(image, "append profile", "image_append_profile", [view, &space] { view->AppendLastProfile(space); });
+    add(image, "plot profile thru z", "image_profile_z",
+        [view, &space] { view->PlotProfileThruZ(space); });
+    add(image, "append profile", "image_append_profile",
+        [view, &space] { view->AppendLastProfile(space); });
     add(image, "crop", "image_crop", [view, &space] { view->OnCrop(space); });
-    static const char* kCats[6] = {"cat right", "cat left", "cat top", "cat bottom", "cat front", "cat back"};
+    static const char* kCats[6] = {"cat right",  "cat left",  "cat top",
+                                   "cat bottom", "cat front", "cat back"};
     for (int k = 0; k < 6; ++k)
         add(image, kCats[k], QString("image_cat_%1").arg(k), [this, view, &space, k] {
             QStringList names;
             for (int i = 0; i < space.Count(); ++i)
                 if (const CZrkData* a = space.GetData(i); a && a->Data()) names << a->name;
             bool ok = false;
-            const QString name = QInputDialog::getItem(this, kCats[k], "array", names, 0, false, &ok);
+            const QString name =
+                QInputDialog::getItem(this, kCats[k], "array", names, 0, false, &ok);
             const CZrkData* b = ok ? space.FindData(name.toUtf8().constData()) : nullptr;
             if (!b) return;
             switch (k) {
-                case 0: view->OnCatRight(space, b); break;
-                case 1: view->OnCatLeft(space, b); break;
-                case 2: view->OnCatTop(space, b); break;
-                case 3: view->OnCatBottom(space, b); break;
-                case 4: view->OnCatFront(space, b); break;
-                default: view->OnCatBack(space, b); break;
+                case 0:
+                    view->OnCatRight(space, b);
+                    break;
+                case 1:
+                    view->OnCatLeft(space, b);
+                    break;
+                case 2:
+                    view->OnCatTop(space, b);
+                    break;
+                case 3:
+                    view->OnCatBottom(space, b);
+                    break;
+                case 4:
+                    view->OnCatFront(space, b);
+                    break;
+                default:
+                    view->OnCatBack(space, b);
+                    break;
             }
         });
     add(image, "transpose xy", "image_transpose_xy", [view] { view->OnTransposeXy(); });
@@ -143,5 +161,6 @@ void CFrame2d::BuildMenus(CView2d* view) {
     image->addSeparator();
     add(image, "print...", "image_print", [view] { view->OnPrint(); });
     add(image, "save data and close", "image_save_close", [view] { view->OnSaveDataAndClose(); });
-    add(image, "delete data and close", "image_delete_close", [view] { view->OnDeleteDataAndClose(); });
+    add(image, "delete data and close", "image_delete_close",
+        [view] { view->OnDeleteDataAndClose(); });
 }

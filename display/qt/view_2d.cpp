@@ -123,10 +123,13 @@ void CView2d::paintEvent(QPaintEvent*) {
     // than any screen.
     const int x0 = std::clamp(static_cast<int>(std::floor(p.pan[0] / zx)), 0, image.width());
     const int y0 = std::clamp(static_cast<int>(std::floor(p.pan[1] / zy)), 0, image.height());
-    const int x1 = std::clamp(static_cast<int>(std::ceil((p.pan[0] + width()) / zx)), 0, image.width());
-    const int y1 = std::clamp(static_cast<int>(std::ceil((p.pan[1] + height()) / zy)), 0, image.height());
+    const int x1 =
+        std::clamp(static_cast<int>(std::ceil((p.pan[0] + width()) / zx)), 0, image.width());
+    const int y1 =
+        std::clamp(static_cast<int>(std::ceil((p.pan[1] + height()) / zy)), 0, image.height());
     if (x1 > x0 && y1 > y0) {
-        painter.setRenderHint(QPainter::SmoothPixmapTransform, bitmap_kind == 1 || bitmap_kind == 2);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform,
+                              bitmap_kind == 1 || bitmap_kind == 2);
         const QRectF target(x0 * zx - p.pan[0], y0 * zy - p.pan[1], (x1 - x0) * zx, (y1 - y0) * zy);
         if (bitmap_kind == 1 || bitmap_kind == 2) {
             // Anti-alias: the part is first smoothed up by 2 or 4, then put on the surface.
@@ -218,7 +221,8 @@ void CView2d::mouseMoveEvent(QMouseEvent* event) {
         wl.MouseStep(d.x(), -d.y());
         wl.Apply(*this, space_);
         char text[96];
-        std::snprintf(text, sizeof text, " window=%.3f level=%.3f", wl.values.window, wl.values.level);
+        std::snprintf(text, sizeof text, " window=%.3f level=%.3f", wl.values.window,
+                      wl.values.level);
         ShowStatus(text);
         return;
     }
@@ -250,7 +254,8 @@ void CView2d::SetCursorMode(int mode) {
     cursor_mode = std::clamp(mode, 0, kCursorModes - 1);
     angle_clicks = 0;
     if (cursor_mode == CURSOR_ANGLE) ShowStatus(" click left button 3 times to define angle");
-    if (cursor_mode == CURSOR_LINE) ShowStatus(" click left button define lines; double click to end");
+    if (cursor_mode == CURSOR_LINE)
+        ShowStatus(" click left button define lines; double click to end");
     if (cursor_mode == 15) {  // refresh
         float lo = 0, hi = 0;
         CPlane& p = Doc().kind == LOOK_RGB ? Look().rplane : Look().palplane;
@@ -275,7 +280,8 @@ void CView2d::SetZoomMode(int mode) {
 
 void CView2d::SetPalette(const QString& name) {
     CPlane& plane = Look().palplane;
-    plane.SetPalette(plane.palette_word ? plane.palette_word : 7, name.toUtf8().constData(), &space_);
+    plane.SetPalette(plane.palette_word ? plane.palette_word : 7, name.toUtf8().constData(),
+                     &space_);
     Draw();
 }
 

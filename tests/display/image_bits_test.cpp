@@ -211,10 +211,12 @@ TEST_F(ImageBitsTest, AgreesWithNumPyOnAMillionSamples) {
         bool companions;
     };
     const Case cases[] = {
-        {0, 1, 1, 0, 256, 128, false}, {0, 1, 1, 1, 37.5f, 90, false}, {0, 1, 0, 0, 0, 100, false},
-        {0, 1, 2, 0, 300, 80, false},  {0, 1, 5, 1, 90, 10, false},    {1, 10, 1, 0, 200, 100, false},
-        {1, 2, 1, 1, 0, 50, false},    {1, 3.5f, 1, 0, -120, 60, false}, {2, 5, 1, 0, 150, 70, false},
-        {2, 100, 1, 1, 400, 0, false}, {2, 1, 1, 0, 0, 30, false},     {0, 1, 1, 0, 1, 1, true},
+        {0, 1, 1, 0, 256, 128, false}, {0, 1, 1, 1, 37.5f, 90, false},
+        {0, 1, 0, 0, 0, 100, false},   {0, 1, 2, 0, 300, 80, false},
+        {0, 1, 5, 1, 90, 10, false},   {1, 10, 1, 0, 200, 100, false},
+        {1, 2, 1, 1, 0, 50, false},    {1, 3.5f, 1, 0, -120, 60, false},
+        {2, 5, 1, 0, 150, 70, false},  {2, 100, 1, 1, 400, 0, false},
+        {2, 1, 1, 0, 0, 30, false},    {0, 1, 1, 0, 1, 1, true},
     };
     peer::Peer p;
     p.Put("x", a);

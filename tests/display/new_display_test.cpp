@@ -154,7 +154,8 @@ TEST_F(NewDisplayTest, OptionsOf2dGoOutAndComeBack) {
     FILE* out = fmemopen(buffer, sizeof buffer, "w");
     n.PrintfOptions(out);
     std::fclose(out);
-    EXPECT_NE(std::string(buffer).find("\n// 2d plot options\n2d_nameformat= img%03d\n"), std::string::npos);
+    EXPECT_NE(std::string(buffer).find("\n// 2d plot options\n2d_nameformat= img%03d\n"),
+              std::string::npos);
     EXPECT_NE(std::string(buffer).find("2d_roicolor= ff00\n"), std::string::npos);
     CNew2d back;
     FILE* in = fmemopen(buffer, std::strlen(buffer), "r");

@@ -16,7 +16,8 @@ namespace {
 
 std::string WriteFile(const std::string& name, const std::vector<uint8_t>& bytes) {
     const std::string path = ::testing::TempDir() + name;
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     return path;
 }
 
@@ -33,18 +34,19 @@ TEST(Palette, SampleRowsComeOutExactlyAndBetweenThemLinearly) {
         int at;
         int rgb[3];
     };
-    for (const Row& r : {Row{"jet", 128, {131, 255, 128}}, Row{"jet", 255, {128, 0, 0}},
-                         Row{"awave", 96, {247, 0, 0}}, Row{"aaasmo", 32, {91, 0, 99}},
-                         Row{"spectrum", 224, {255, 155, 0}}, Row{"thallium", 0, {0, 0, 4}},
-                         Row{"black body yellow", 96, {255, 33, 0}},
-                         Row{"black body red", 96, {255, 0, 33}},
-                         Row{"black body green", 96, {0, 255, 33}},
-                         Row{"black body blue", 96, {0, 33, 255}}, Row{"grey", 77, {77, 77, 77}},
-                         // halfway between jet's rows at 0 (0,0,131) and 32 (0,4,255)
-                         Row{"jet", 16, {0, 2, 193}}}) {
+    for (const Row& r :
+         {Row{"jet", 128, {131, 255, 128}}, Row{"jet", 255, {128, 0, 0}},
+          Row{"awave", 96, {247, 0, 0}}, Row{"aaasmo", 32, {91, 0, 99}},
+          Row{"spectrum", 224, {255, 155, 0}}, Row{"thallium", 0, {0, 0, 4}},
+          Row{"black body yellow", 96, {255, 33, 0}}, Row{"black body red", 96, {255, 0, 33}},
+          Row{"black body green", 96, {0, 255, 33}}, Row{"black body blue", 96, {0, 33, 255}},
+          Row{"grey", 77, {77, 77, 77}},
+          // halfway between jet's rows at 0 (0,0,131) and 32 (0,4,255)
+          Row{"jet", 16, {0, 2, 193}}}) {
         CPal p(7);
         p.SetByName(r.name, nullptr);
-        for (int c = 0; c < 3; ++c) EXPECT_EQ(p.entries[r.at][c], r.rgb[c]) << r.name << " " << r.at;
+        for (int c = 0; c < 3; ++c)
+            EXPECT_EQ(p.entries[r.at][c], r.rgb[c]) << r.name << " " << r.at;
     }
     CPal red(1);
     red.SetByName("jet", nullptr);
@@ -92,7 +94,8 @@ TEST(Palette, FilesBySize) {
         const CZrkData* a = space.FindData(name.c_str());
         EXPECT_NE(a, nullptr) << name;
         EXPECT_EQ(a ? a->Type() : -1, TYPE_N1);
-        return a ? std::vector<uint8_t>(static_cast<uint8_t*>(a->Data()), static_cast<uint8_t*>(a->Data()) + 768)
+        return a ? std::vector<uint8_t>(static_cast<uint8_t*>(a->Data()),
+                                        static_cast<uint8_t*>(a->Data()) + 768)
                  : std::vector<uint8_t>(768);
     };
 

@@ -19,7 +19,8 @@ class View2dTest : public DisplayGuiTest {
         CZrkData* a = space_.NewData(TYPE_R4, nx, ny, 1, 1, 1, 1, name);
         auto* f = static_cast<float*>(a->Data());
         for (res_t y = 0; y < ny; ++y)
-            for (res_t x = 0; x < nx; ++x) f[y * nx + x] = float(down ? 255 - x % 256 : x % 256) + y * 0;
+            for (res_t x = 0; x < nx; ++x)
+                f[y * nx + x] = float(down ? 255 - x % 256 : x % 256) + y * 0;
         return a;
     }
     static void Trigger(CView2d* view, const char* name) {
@@ -163,8 +164,8 @@ TEST_F(View2dTest, DeleteDataAndCloseTakesTheArrayToo) {
     QApplication::processEvents();
     EXPECT_EQ(space_.FindData("a"), nullptr);
     EXPECT_EQ(Windows(), 1);
-    CView2d* vb = qobject_cast<CView2d*>(
-        static_cast<CFrame2d*>(frame_->Mdi()->subWindowList()[0])->View());
+    CView2d* vb =
+        qobject_cast<CView2d*>(static_cast<CFrame2d*>(frame_->Mdi()->subWindowList()[0])->View());
     Trigger(vb, "image_save_close");
     QApplication::processEvents();
     EXPECT_NE(space_.FindData("b"), nullptr);

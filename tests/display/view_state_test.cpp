@@ -36,7 +36,8 @@ TEST_F(ViewStateTest, ScrollAllCarriesFromZThroughToV) {
                        std::to_string(view.page[2]) + std::to_string(view.page[3]));
     }
     // z, t (size 1), u, v (size 1): z wraps straight into u.
-    EXPECT_EQ(seen, (std::vector<std::string>{"1000", "0010", "1010", "0020", "1020", "0000", "1000"}));
+    EXPECT_EQ(seen,
+              (std::vector<std::string>{"1000", "0010", "1010", "0020", "1020", "0000", "1000"}));
     EXPECT_EQ(view.redraws, 7);
     EXPECT_EQ(view.shown.back().rfind("a i/q:[1][0] a[0][0][1][0] = ", 0), 0u) << view.shown.back();
     view.OnScrollPrior();
@@ -94,7 +95,8 @@ TEST_F(ViewStateTest, PositionTextAndPrefix) {
 TEST_F(ViewStateTest, HistogramsEqualNumPy) {
     CZrkData* a = space_.NewData(TYPE_R4, 50, 40, 3, 1, 1, 1, "a");
     auto* f = static_cast<float*>(a->Data());
-    for (int i = 0; i < 6000; ++i) f[i] = std::sin(i * 0.37f) * 40 + (i % 7) * 3.3f + (i / 2000) * 20;
+    for (int i = 0; i < 6000; ++i)
+        f[i] = std::sin(i * 0.37f) * 40 + (i % 7) * 3.3f + (i / 2000) * 20;
     f[11] = std::numeric_limits<float>::quiet_NaN();
     f[12] = std::numeric_limits<float>::infinity();
     CTestDoc doc(LOOK_2D, a);
@@ -112,18 +114,19 @@ TEST_F(ViewStateTest, HistogramsEqualNumPy) {
 
     peer::Peer p;
     p.Put("a", a);
-    ASSERT_TRUE(p.RunText(
-        "a = peer.load(FOLDER, 'a')[:, :, :, 0, 0, 0].astype(np.float32)\n"
-        "def h(v, **kw):\n"
-        "    v = v.ravel(order='F'); v = v[np.isfinite(v)]\n"
-        "    c, e = np.histogram(v, **kw)\n"
-        "    peer.save(FOLDER, 'c%d' % h.n, c.astype(np.float32))\n"
-        "    peer.save(FOLDER, 'x%d' % h.n, ((e[:-1].astype(np.float64) + e[1:]) / 2).astype(np.float32))\n"
-        "    h.n += 1\n"
-        "h.n = 0\n"
-        "h(a[:, :, 1], bins=256)\n"
-        "h(a, bins=256)\n"
-        "for z in range(3): h(a[:, :, z], bins=17, range=(-10, 30))\n"));
+    ASSERT_TRUE(
+        p.RunText("a = peer.load(FOLDER, 'a')[:, :, :, 0, 0, 0].astype(np.float32)\n"
+                  "def h(v, **kw):\n"
+                  "    v = v.ravel(order='F'); v = v[np.isfinite(v)]\n"
+                  "    c, e = np.histogram(v, **kw)\n"
+                  "    peer.save(FOLDER, 'c%d' % h.n, c.astype(np.float32))\n"
+                  "    peer.save(FOLDER, 'x%d' % h.n, ((e[:-1].astype(np.float64) + e[1:]) / "
+                  "2).astype(np.float32))\n"
+                  "    h.n += 1\n"
+                  "h.n = 0\n"
+                  "h(a[:, :, 1], bins=256)\n"
+                  "h(a, bins=256)\n"
+                  "for z in range(3): h(a[:, :, z], bins=17, range=(-10, 30))\n"));
     const char* names[5] = {"a_h00", "a_h01", "a_h02", "a_h03", "a_h04"};
     for (int k = 0; k < 5; ++k) {
         const CZrkData* y = space_.FindData((std::string(names[k]) + ".y").c_str());
@@ -145,7 +148,8 @@ TEST(HistogramCounts, EqualEndsWidenAndOutsideValuesAreLeftOut) {
     EXPECT_FLOAT_EQ(edges.front(), 4.5f);
     EXPECT_FLOAT_EQ(edges.back(), 5.5f);
     EXPECT_EQ(counts, (std::vector<float>{0, 0, 3, 0}));
-    HistogramCounts({0, 1, 2, 3, 4, -1, 9, std::numeric_limits<float>::quiet_NaN()}, 2, 0, 4, edges, counts);
+    HistogramCounts({0, 1, 2, 3, 4, -1, 9, std::numeric_limits<float>::quiet_NaN()}, 2, 0, 4, edges,
+                    counts);
     EXPECT_EQ(counts, (std::vector<float>{2, 3}));  // the last bin is closed
 }
 
