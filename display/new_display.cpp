@@ -138,7 +138,7 @@ bool CNewXy::Check(const CDataSpace& space, CZrkData* found[3]) {
 int CNewDisplay::AppendTo(CDataSpace& space, CZrkData* const found[3]) {
     (void)space;
     const CZrkData* a = found[0];
-    if (!a || Volumes(const_cast<CZrkData**>(found)) > 1) {
+    if (!a || Volumes(found) > 1) {
         status = "zarnik cannot append to multiple windows";
         return 0;
     }
@@ -202,7 +202,7 @@ int CNewDisplay::OnViewNew(CDataSpace& space) {
                 shown[k] = a;
                 continue;
             }
-            std::string copy_name = k == 0 ? name : name + "_" + "rgb"[k];
+            const std::string copy_name = kind == 0x80000 ? name + "_" + "rgb"[k] : name;
             CZrkData* c = space.NewData(a->type, a->nx, a->ny, a->nz, 1, 1, 1, copy_name.c_str());
             if (!c) {
                 status = "alloc failed";

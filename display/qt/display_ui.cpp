@@ -61,6 +61,15 @@ CDisplayUi::CDisplayUi(QMainWindow& frame, QMdiArea& mdi, CDataSpace& space,
     previous_[0] = SetDisplayWindow(LOOK_2D, OpenImage);
     previous_[1] = SetDisplayWindow(LOOK_RGB, OpenImage);
     frame.addDockWidget(Qt::RightDockWidgetArea, form_);
+    // Locked window and level reach the images chosen in the window list.
+    form_->SetLockedTargets([this] {
+        std::vector<CWinLevTarget*> targets;
+        for (QMdiSubWindow* w : mdi_.subWindowList())
+            if (auto* f = qobject_cast<CFrame2d*>(w))
+                if (auto* v = qobject_cast<CView2d*>(f->View()); v && (v->Doc().select & 1))
+                    targets.push_back(v);
+        return targets;
+    });
     connect(&mdi, &QMdiArea::subWindowActivated, this, [this](QMdiSubWindow* w) {
         auto* f = qobject_cast<CFrame2d*>(w);
         if (f) Activate(qobject_cast<CView2d*>(f->View()));

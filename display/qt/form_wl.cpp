@@ -15,6 +15,7 @@
 #include "core/data_space.h"
 #include "core/host.h"
 #include "display/image_bits.h"
+#include "display/image_options.h"
 
 namespace {
 
@@ -194,7 +195,13 @@ void CFormWL::Store() {
 }
 
 void CFormWL::ApplyNow() {
-    if (target_) wl_.Apply(*target_, space_);
+    if (target_) {
+        std::vector<CWinLevTarget*> targets{target_};
+        if (Global2d().lock_wl && locked_)
+            for (CWinLevTarget* t : locked_())
+                if (t != target_) targets.push_back(t);
+        wl_.ApplyAll(targets, space_);
+    }
     Load();
 }
 

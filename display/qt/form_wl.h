@@ -6,6 +6,8 @@
 
 #include <QDockWidget>
 #include <QImage>
+#include <functional>
+#include <vector>
 
 #include "display/win_lev.h"
 
@@ -24,6 +26,10 @@ class CFormWL : public QDockWidget {
 
     // Takes the values of `target` (null: none; edits then only change the working set).
     void SetTarget(CWinLevTarget* target);
+    // The other displays an edit reaches when window and level are locked.
+    void SetLockedTargets(std::function<std::vector<CWinLevTarget*>()> locked) {
+        locked_ = std::move(locked);
+    }
     CWinLevTarget* Target() const { return target_; }
     // Fields from the working values, and the picture.
     void Load();
@@ -37,6 +43,7 @@ class CFormWL : public QDockWidget {
     GWinLev& wl_;
     CDataSpace& space_;
     CWinLevTarget* target_ = nullptr;
+    std::function<std::vector<CWinLevTarget*>()> locked_;
     bool loading_ = false;
     QLineEdit *window_, *level_, *nonlin_;
     QLabel *range_, *picture_;

@@ -6,6 +6,7 @@
 #include <QTest>
 #include <cstring>
 
+#include "display/image_options.h"
 #include "display/qt/form_wl.h"
 #include "tests/display/gui_fixture.h"
 
@@ -43,6 +44,25 @@ TEST_F(FormWLTest, FollowsTheActiveViewAndWritesEditsBack) {
     Field<QComboBox>("wl_scale")->setCurrentIndex(1);
     EXPECT_EQ(view->Look().palplane.wscale, 1);
     EXPECT_GE(view->Look().palplane.nonlin, 2.0f);
+}
+
+TEST_F(FormWLTest, LockedWindowAndLevelReachTheChosenImages) {
+    CView2d* a = OpenRamp();
+    CZrkData* b = space_.NewData(TYPE_R4, 4, 4, 1, 1, 1, 1, "b");
+    std::memset(b->Data(), 0, b->Bytes());
+    CView2d* vb = Open("b");
+    space_.NewData(TYPE_R4, 4, 4, 1, 1, 1, 1, "c");
+    CView2d* vc = Open("c");
+    vb->Doc().select = 1;
+    Form()->SetTarget(a);
+    Global2d().lock_wl = 1;
+    auto* window = Field<QLineEdit>("wl_window");
+    window->setText("12");
+    emit window->editingFinished();
+    Global2d().lock_wl = 0;
+    EXPECT_EQ(a->Look().palplane.window, 12);
+    EXPECT_EQ(vb->Look().palplane.window, 12);
+    EXPECT_EQ(vc->Look().palplane.window, 256);
 }
 
 TEST_F(FormWLTest, PicturesOfEachPlotKind) {
