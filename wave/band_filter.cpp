@@ -92,9 +92,10 @@ void announce(const filter_spec* spec, const char* verbose_head, const char* qui
 
 bool configured(const filter_spec* spec) { return spec && spec->type >= 0 && spec->type <= 7; }
 
-int run_filter(float* data, int nimages, int pair, uint8_t* mask, wave_params* p,
-               filter_spec* spec, int volume, const char* head, const char* quiet) {
+int run_filter(float* data, int nimages, int pair, uint8_t* mask, wave_params* p, filter_spec* spec,
+               int volume, const char* head, const char* quiet) {
     if (!configured(spec)) return 0;
+    if (spec->type >= 2 && !valid_spec(spec)) return 1;
     announce(spec, head, quiet);
     return apply_filter_spec(data, nimages, pair, mask, p, spec, volume);
 }
@@ -313,7 +314,8 @@ int apply_filter_spec(float* images, int nimages, int pair, const uint8_t* mask,
     if (real_path)
         filter_real_images(images, nx, ny, nimages, f, nz);
     else if (pair)
-        for (int i = 0; i + 1 < nimages; i += 2) filter_complex_pair(images + i * npix, nx, ny, f, nz);
+        for (int i = 0; i + 1 < nimages; i += 2)
+            filter_complex_pair(images + i * npix, nx, ny, f, nz);
     else
         for (int i = 0; i < nimages; ++i)
             filter_real_as_complex(images + i * npix, npix, nx, ny, nz, f);

@@ -36,8 +36,8 @@ int filter_real_images(float* images, int nx, int ny, int n, const float* filter
 // One planar pair of nx*ny*nz points through the 3-D transform and a "complex" filter.
 int filter_complex_pair(float* pair, int nx, int ny, const float* filter, int nz = 1);
 // Mean (median 0) or median (median 1) of the window res[0] x res[1] x res[2] (res[2] only with
-// nz > 1) over each image. Inside the mask only masked neighbours count, outside all neighbours in the
-// image; fewer than 3 values keep the pixel. A null mask counts as all inside.
+// nz > 1) over each image. Inside the mask only masked neighbours count, outside all neighbours in
+// the image; fewer than 3 values keep the pixel. A null mask counts as all inside.
 void spatial_filter(float* images, int nimages, const uint8_t* mask, int nx, int ny, int nz,
                     const int* res, int median);
 

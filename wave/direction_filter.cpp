@@ -75,8 +75,8 @@ bool times_band(float* f, const Sizes& z, const wave_params* p) {
     band.cut[1] = p->dirf_cut[1];
     band.order = p->dirf_order;
     std::vector<float> b(z.compact());
-    if (fill_band_filter(b.data(), "complex", z.c[0], z.c[1], z.c[2],
-                         double(p->fov[0]) / p->fov[1], double(p->fov[0]) / p->fov[2], &band))
+    if (fill_band_filter(b.data(), "complex", z.c[0], z.c[1], z.c[2], double(p->fov[0]) / p->fov[1],
+                         double(p->fov[0]) / p->fov[2], &band))
         return false;
     for (size_t i = 0; i < b.size(); ++i) f[i] *= b[i];
     return true;
@@ -149,8 +149,8 @@ int direction_2d(float* data, wave_params* p, int mode, bool volume, const char*
         z.n[2] = std::max(p->nz, 1);
         z.s[2] = -z.n[2];
     }
-    std::string verbose = prefix + wave_fmt("Direction filter %.2f ", p->dirf_angle) +
-                          axes_text(z, 2) + band_text(p);
+    std::string verbose =
+        prefix + wave_fmt("Direction filter %.2f ", p->dirf_angle) + axes_text(z, 2) + band_text(p);
     std::string quiet = prefix + wave_fmt("DirFilt %.2f ", p->dirf_angle);
     wave_say(WF_FILTER, quiet.c_str(), verbose.c_str());
 
@@ -244,8 +244,7 @@ void spread_filter_3d(float* filter, int nx, int ny, int nz) {
     std::vector<float> src(filter, filter + size_t(c[0]) * c[1] * c[2]);
     for (int z = 0; z < n[2]; ++z)
         for (int y = 0; y < n[1]; ++y) {
-            const float* s =
-                &src[(size_t(c[2] > 1 ? z : 0) * c[1] + (c[1] > 1 ? y : 0)) * c[0]];
+            const float* s = &src[(size_t(c[2] > 1 ? z : 0) * c[1] + (c[1] > 1 ? y : 0)) * c[0]];
             float* d = filter + (size_t(z) * n[1] + y) * n[0];
             for (int x = 0; x < n[0]; ++x) d[x] = s[c[0] > 1 ? x : 0];
         }
@@ -319,12 +318,11 @@ int direction_filter(float* stack, wave_params* p, int mode) {
 int zonly_filter(float* stack, wave_params* p) {
     stopwatch(0);
     int arg = int(p->zonly_arg);
-    std::string verbose =
-        p->zonly_arg != 0.0f
-            ? wave_fmt("Z-only direction filter %d (%.2f %.2f %d) ", arg, p->zonly_cut[0],
-                       p->zonly_cut[1], p->zonly_order)
-            : wave_fmt("Z-only direction filter (%.2f %.2f %d) ", p->zonly_cut[0],
-                       p->zonly_cut[1], p->zonly_order);
+    std::string verbose = p->zonly_arg != 0.0f
+                              ? wave_fmt("Z-only direction filter %d (%.2f %.2f %d) ", arg,
+                                         p->zonly_cut[0], p->zonly_cut[1], p->zonly_order)
+                              : wave_fmt("Z-only direction filter (%.2f %.2f %d) ", p->zonly_cut[0],
+                                         p->zonly_cut[1], p->zonly_order);
     std::string quiet = p->zonly_arg != 0.0f ? wave_fmt("Z-only direction filtering (%d)", arg)
                                              : std::string("Z-only direction filtering ");
     wave_say(WF_FILTER, quiet.c_str(), verbose.c_str());

@@ -19,8 +19,8 @@ namespace {
 constexpr double kPi = std::numbers::pi;
 
 // Images of the pair over one cycle, masked on request, as planes of `output`.
-int cycle_images(float* pair, uint8_t* mask, wave_params* p, int nsteps, float offset,
-                 int masked, wave_output output, int pass, int npasses) {
+int cycle_images(float* pair, uint8_t* mask, wave_params* p, int nsteps, float offset, int masked,
+                 wave_output output, int pass, int npasses) {
     int npix = p->nx * p->ny * std::max(p->nz, 1);
     int level = mem_next_level();
     float *out = nullptr, *temp = nullptr;

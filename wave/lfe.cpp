@@ -26,8 +26,8 @@ struct Bank {
     int sx, sy, sz;  // signed transform sizes
     float fov[3];
     int nfilters;
-    double ratio;         // between band centres
-    bool running_float;   // centres as a running float product (the ratio banks)
+    double ratio;        // between band centres
+    bool running_float;  // centres as a running float product (the ratio banks)
     float lp_sigma;
     FilterFn make;
 };
@@ -54,8 +54,7 @@ int run_bank(const Bank& b, float* buf, float* est, float* cert, int nbands, flo
     double f_double = base;
     for (int band = 0; band < nbands; ++band) {
         if (nseq > 0)
-            run_progress(1, band * nbands / (nbands - 1) + nbands * seq, nbands * nseq, 0, 0, 0,
-                         0);
+            run_progress(1, band * nbands / (nbands - 1) + nbands * seq, nbands * nseq, 0, 0, 0, 0);
         double f = b.running_float ? double(f_float) : f_double;
         float* q = bands + size_t(band) * npix;
         for (int k = 0; k < b.nfilters; ++k) {
@@ -63,7 +62,8 @@ int run_bank(const Bank& b, float* buf, float* est, float* cert, int nbands, flo
             std::memcpy(work, buf, sizeof(float) * 2 * npix);
             complex_times_real(work, filter, npix);
             GENERAL_cvfft_3d(work, b.sx, b.sy, b.sz, -1);
-            for (int i = 0; i < npix; ++i) q[i] += std::sqrt(work[2 * i] * work[2 * i] + work[2 * i + 1] * work[2 * i + 1]);
+            for (int i = 0; i < npix; ++i)
+                q[i] += std::sqrt(work[2 * i] * work[2 * i] + work[2 * i + 1] * work[2 * i + 1]);
         }
         f_float *= float(b.ratio);
         f_double *= b.ratio;
@@ -248,8 +248,8 @@ bool run_images(const Job& j, const float* in, const float* amp2, int n, int pai
 // The input checks shared by lfe_2d and lfe_3d, in order; false after reporting.
 bool valid_input(const Job& j, const float* amp2, int n, int pairs, int average) {
     std::string quiet, verbose;
-    std::string flags_n = wave_fmt("  pairs_flag = %d, average_flag = %d, n = %d \n\n", pairs,
-                                   average, n);
+    std::string flags_n =
+        wave_fmt("  pairs_flag = %d, average_flag = %d, n = %d \n\n", pairs, average, n);
     std::string flags = wave_fmt("  pairs_flag = %d, average_flag = %d \n\n", pairs, average);
     if (n < 1) {
         quiet = wave_fmt("\nInvalid number of input images in %s\n", j.name);
@@ -319,9 +319,9 @@ void lfe_combine(const float* bands, float* est, float* cert, int npix, int nx, 
     }
 }
 
-int lfe_core_real_2d(float* buf, float* est, float* cert, int nx, int ny, float fov_x,
-                     float fov_y, int nbands, float base, float lp_sigma, int stiff_flag,
-                     float ratio, int seq, int nseq) {
+int lfe_core_real_2d(float* buf, float* est, float* cert, int nx, int ny, float fov_x, float fov_y,
+                     int nbands, float base, float lp_sigma, int stiff_flag, float ratio, int seq,
+                     int nseq) {
     Bank b{nx, ny, 1, nx, ny, 1, {fov_x, fov_y, 1.0f}, 2, ratio, true, lp_sigma, real_filters};
     return run_bank(b, buf, est, cert, nbands, base, std::sqrt(ratio), stiff_flag, seq, nseq);
 }
@@ -375,11 +375,12 @@ int lfe_1d(const float* image, float* est, float* cert, int nx, int ny, float fo
 }
 
 int lfe_2d(const float* in, const float* amp2_buf, const uint8_t* mask, int nx, int ny, int n,
-           int pairs_flag, int average_flag, float fov_x, float fov_y, int nbands,
-           float base_freq, float lp_sigma, int stiff_flag, int complex_flag, float ratio,
-           lfe_callback callback, float** est_holder, float** cert_holder, int seq, int nseq) {
-    Job j{"lfe_2d", nx,      ny,         1,         {fov_x, fov_y, 1.0f}, nbands, base_freq,
-          lp_sigma, ratio,   stiff_flag, complex_flag, mask, callback};
+           int pairs_flag, int average_flag, float fov_x, float fov_y, int nbands, float base_freq,
+           float lp_sigma, int stiff_flag, int complex_flag, float ratio, lfe_callback callback,
+           float** est_holder, float** cert_holder, int seq, int nseq) {
+    Job j{"lfe_2d",     nx,        ny,       1,     {fov_x, fov_y, 1.0f},
+          nbands,       base_freq, lp_sigma, ratio, stiff_flag,
+          complex_flag, mask,      callback};
     return dispatch(j, in, amp2_buf, n, pairs_flag, average_flag, est_holder, cert_holder, seq,
                     nseq);
 }
@@ -388,8 +389,8 @@ int lfe_3d(const float* in, const float* amp2_buf, const uint8_t* mask, int nx, 
            int n, int pairs_flag, int average_flag, float fov_x, float fov_y, float fov_z,
            int nbands, float base_freq, lfe_callback callback, float** est_holder,
            float** cert_holder, int seq, int nseq) {
-    Job j{"lfe_3d", nx, ny, std::max(nz, 1), {fov_x, fov_y, fov_z}, nbands, base_freq, 0.0f,
-          2.0f,     0,  0,  mask,            callback};
+    Job j{"lfe_3d", nx, ny,   std::max(nz, 1), {fov_x, fov_y, fov_z}, nbands, base_freq, 0.0f, 2.0f,
+          0,        0,  mask, callback};
     return dispatch(j, in, amp2_buf, n, pairs_flag, average_flag, est_holder, cert_holder, seq,
                     nseq);
 }

@@ -30,9 +30,9 @@ void lfe_combine(const float* bands, float* est, float* cert, int npix, int nx, 
 
 // Real image spread to complex: half-plane filters along y and x per band, ratio R, optional
 // Gaussian low-pass (lp_sigma above 0). `seq` of `nseq` places the image in the progress.
-int lfe_core_real_2d(float* buf, float* est, float* cert, int nx, int ny, float fov_x,
-                     float fov_y, int nbands, float base, float lp_sigma, int stiff_flag,
-                     float ratio, int seq, int nseq);
+int lfe_core_real_2d(float* buf, float* est, float* cert, int nx, int ny, float fov_x, float fov_y,
+                     int nbands, float base, float lp_sigma, int stiff_flag, float ratio, int seq,
+                     int nseq);
 // Interleaved R, I: one isotropic filter per band.
 int lfe_core_complex_2d(float* buf, float* est, float* cert, int nx, int ny, float fov_x,
                         float fov_y, int nbands, float base, float lp_sigma, int stiff_flag,
@@ -57,9 +57,9 @@ int lfe_1d(const float* image, float* est, float* cert, int nx, int ny, float fo
 // holders are allocated through the table at the caller's level. Returns the number of result
 // images, 0 after reporting bad input.
 int lfe_2d(const float* in, const float* amp2_buf, const uint8_t* mask, int nx, int ny, int n,
-           int pairs_flag, int average_flag, float fov_x, float fov_y, int nbands,
-           float base_freq, float lp_sigma, int stiff_flag, int complex_flag, float ratio,
-           lfe_callback callback, float** est_holder, float** cert_holder, int seq, int nseq);
+           int pairs_flag, int average_flag, float fov_x, float fov_y, int nbands, float base_freq,
+           float lp_sigma, int stiff_flag, int complex_flag, float ratio, lfe_callback callback,
+           float** est_holder, float** cert_holder, int seq, int nseq);
 int lfe_3d(const float* in, const float* amp2_buf, const uint8_t* mask, int nx, int ny, int nz,
            int n, int pairs_flag, int average_flag, float fov_x, float fov_y, float fov_z,
            int nbands, float base_freq, lfe_callback callback, float** est_holder,

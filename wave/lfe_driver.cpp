@@ -79,9 +79,8 @@ bool slices_2d(const Run& r, const float* data, const float* amp2, int n, int pa
             for (int k = 0; k < n; ++k)
                 std::memcpy(w + k * plane, amp2 + k * r.npix + z * plane, sizeof(float) * plane);
         ok = lfe_2d(in, w, r.mask ? r.mask + z * plane : nullptr, r.nx, r.ny, n, pairs, average,
-                    p->fov[0], p->fov[1], p->lfe_nbands, p->lfe_base_freq, 0.0f, 0,
-                    complex_flag, p->lfe_octave, nullptr, &es, &cs, seq * r.nz + z,
-                    nseq * r.nz) > 0;
+                    p->fov[0], p->fov[1], p->lfe_nbands, p->lfe_base_freq, 0.0f, 0, complex_flag,
+                    p->lfe_octave, nullptr, &es, &cs, seq * r.nz + z, nseq * r.nz) > 0;
         if (ok) {
             std::memcpy(est + z * plane, es, sizeof(float) * plane);
             std::memcpy(cert + z * plane, cs, sizeof(float) * plane);
@@ -103,16 +102,16 @@ bool estimate_one(const Run& r, const float* image, float* est, float* cert, int
     if (p->lfe_nd == 1 || p->lfe_nd == 2) {
         size_t plane = size_t(r.nx) * r.ny;
         for (int z = 0; z < r.nz; ++z)
-            if (lfe_1d(image + z * plane, est + z * plane, cert + z * plane, r.nx, r.ny,
-                       p->fov[0], p->fov[1], p->lfe_nbands, p->lfe_base_freq, p->lfe_nd == 2,
-                       i * r.nz + z, ncomp * r.nz))
+            if (lfe_1d(image + z * plane, est + z * plane, cert + z * plane, r.nx, r.ny, p->fov[0],
+                       p->fov[1], p->lfe_nbands, p->lfe_base_freq, p->lfe_nd == 2, i * r.nz + z,
+                       ncomp * r.nz))
                 return false;
         return true;
     }
     if (r.volume) return slices_2d(r, image, nullptr, 1, 0, 0, complex_flag, est, cert, i, ncomp);
-    return lfe_2d(image, nullptr, r.mask, r.nx, r.ny, 1, 0, 0, p->fov[0], p->fov[1],
-                  p->lfe_nbands, p->lfe_base_freq, 0.0f, 0, complex_flag, p->lfe_octave,
-                  nullptr, &est, &cert, i, ncomp) > 0;
+    return lfe_2d(image, nullptr, r.mask, r.nx, r.ny, 1, 0, 0, p->fov[0], p->fov[1], p->lfe_nbands,
+                  p->lfe_base_freq, 0.0f, 0, complex_flag, p->lfe_octave, nullptr, &est, &cert, i,
+                  ncomp) > 0;
 }
 
 void post(const Run& r, float* image) {
@@ -153,9 +152,8 @@ std::string post_text(const wave_params* p) {
 std::string offsets_text_2d(const wave_params* p) {
     if (p->lfe_nd == 1) return "LFE pure-1D processing offsets ";
     if (p->lfe_nd == 2) return "LFE soft-1D processing offsets ";
-    std::string t =
-        wave_fmt("LFE base_freq = %.2f (waves/meter), num_bands = %d \n", p->lfe_base_freq,
-                 p->lfe_nbands);
+    std::string t = wave_fmt("LFE base_freq = %.2f (waves/meter), num_bands = %d \n",
+                             p->lfe_base_freq, p->lfe_nbands);
     switch (ratio_kind(p->lfe_octave)) {
         case kHalfOctave:
             return t + "HALF-OCTAVE LFE processing offsets ";
@@ -190,9 +188,8 @@ std::string component_text_2d(const wave_params* p, int i) {
 }
 
 std::string component_text_3d(const wave_params* p, int i) {
-    return wave_fmt(p->lfe_2d_of_3d ? "LFE 2D processing component %d "
-                                    : "LFE processing component %d ",
-                    i);
+    return wave_fmt(
+        p->lfe_2d_of_3d ? "LFE 2D processing component %d " : "LFE processing component %d ", i);
 }
 
 // lfe_2d_1axis and lfe_3d_1axis: `ncomp` images (one woven pair with lfe_complex, R and I, or
@@ -273,13 +270,12 @@ int three_axes(const Run& r, float* data, const float* amp2, const uint8_t* aux_
         mem_allocate(&cert, sizeof(float), uint32_t(n), 0);
         ok = slices_2d(r, data, w, count, pairs, average, complex_flag, est, cert, 0, 1);
     } else if (r.volume) {
-        ok = lfe_3d(data, w, r.mask, r.nx, r.ny, r.nz, count, pairs, average, p->fov[0],
-                    p->fov[1], p->fov[2], p->lfe_nbands, p->lfe_base_freq, nullptr, &est, &cert,
-                    0, 1) > 0;
+        ok = lfe_3d(data, w, r.mask, r.nx, r.ny, r.nz, count, pairs, average, p->fov[0], p->fov[1],
+                    p->fov[2], p->lfe_nbands, p->lfe_base_freq, nullptr, &est, &cert, 0, 1) > 0;
     } else {
         ok = lfe_2d(data, w, r.mask, r.nx, r.ny, count, pairs, average, p->fov[0], p->fov[1],
-                    p->lfe_nbands, p->lfe_base_freq, 0.0f, 0, complex_flag, p->lfe_octave,
-                    nullptr, &est, &cert, 0, 1) > 0;
+                    p->lfe_nbands, p->lfe_base_freq, 0.0f, 0, complex_flag, p->lfe_octave, nullptr,
+                    &est, &cert, 0, 1) > 0;
     }
     if (!ok) return mem_free_level(level, 0), 1;
     post(r, est);

@@ -22,8 +22,7 @@ int folded(int i, int n) { return i <= n / 2 ? i : n - i; }
 
 // axis -1: isotropic; 0, 1, 2: the half-space of non-negative indices along x, y or z,
 // weighted by the squared cosine to that axis.
-void fill(float* filter, int nx, int ny, int nz, const double* fov, double f, double c,
-          int axis) {
+void fill(float* filter, int nx, int ny, int nz, const double* fov, double f, double c, int axis) {
     int n[3] = {nx, ny, nz};
     for (int z = 0; z < nz; ++z)
         for (int y = 0; y < ny; ++y) {
@@ -50,8 +49,8 @@ void fill_2d(float* filter, int nx, int ny, float fov_x, float fov_y, double f, 
     fill(filter, nx, ny, 1, fov, f, c, axis);
 }
 
-void fill_3d(float* filter, int nx, int ny, int nz, float fov_x, float fov_y, float fov_z,
-             double f, int axis) {
+void fill_3d(float* filter, int nx, int ny, int nz, float fov_x, float fov_y, float fov_z, double f,
+             int axis) {
     const double fov[3] = {fov_x, fov_y, fov_z};
     fill(filter, nx, ny, nz, fov, f, kOctaveVolume, axis);
 }
