@@ -59,8 +59,10 @@ int run_bank(const Bank& b, float* buf, float* est, float* cert, int nbands, flo
         float* q = bands + size_t(band) * npix;
         for (int k = 0; k < b.nfilters; ++k) {
             b.make(filter, k, f, &b);
-            std::memcpy(work, buf, sizeof(float) * 2 * npix);
-            complex_times_real(work, filter, npix);
+            for (int i = 0; i < npix; ++i) {
+                work[2 * i] = buf[2 * i] * filter[i];
+                work[2 * i + 1] = buf[2 * i + 1] * filter[i];
+            }
             GENERAL_cvfft_3d(work, b.sx, b.sy, b.sz, -1);
             for (int i = 0; i < npix; ++i)
                 q[i] += std::sqrt(work[2 * i] * work[2 * i] + work[2 * i + 1] * work[2 * i + 1]);

@@ -1,7 +1,9 @@
 #include "wave/lfe_filters.h"
 
 #include <cmath>
+#include <algorithm>
 #include <cstddef>
+#include <vector>
 
 namespace {
 
@@ -21,26 +23,46 @@ double c_of_ratio(double ratio) { return -0.125 / std::log(ratio); }
 int folded(int i, int n) { return i <= n / 2 ? i : n - i; }
 
 // axis -1: isotropic; 0, 1, 2: the half-space of non-negative indices along x, y or z,
-// weighted by the squared cosine to that axis.
-void fill(float* filter, int nx, int ny, int nz, const double* fov, double f, double c, int axis) {
-    int n[3] = {nx, ny, nz};
-    for (int z = 0; z < nz; ++z)
-        for (int y = 0; y < ny; ++y) {
-            float* row = filter + (size_t(z) * ny + y) * nx;
-            for (int x = 0; x < nx; ++x) {
-                int idx[3] = {x, y, z};
-                double w[3], rho2 = 0.0;
-                bool outside = false;
-                for (int a = 0; a < 3; ++a) {
-                    outside = outside || (a == axis && idx[a] > n[a] / 2);
-                    w[a] = folded(idx[a], n[a]) / fov[a];
-                    rho2 += w[a] * w[a];
+// weighted by the squared cosine to that axis. Values depend on the folded indices only, so
+// they are computed once over the first octant and copied out.
+void fill(float* filter, int nx, int ny, int nz, const double* fov, double f, double c,
+          int axis) {
+    int n[3] = {nx, ny, nz}, h[3] = {nx / 2 + 1, ny / 2 + 1, nz / 2 + 1};
+    std::vector<float> octant(size_t(h[0]) * h[1] * h[2]);
+    std::vector<double> w2[3];
+    for (int a = 0; a < 3; ++a) {
+        w2[a].resize(h[a]);
+        for (int i = 0; i < h[a]; ++i) w2[a][i] = (i / fov[a]) * (i / fov[a]);
+    }
+    for (int z = 0; z < h[2]; ++z)
+        for (int y = 0; y < h[1]; ++y)
+            for (int x = 0; x < h[0]; ++x) {
+                double rho2 = w2[0][x] + w2[1][y] + w2[2][z];
+                double v = radial(rho2, f, c);
+                if (axis >= 0 && v != 0.0) {
+                    int idx[3] = {x, y, z};
+                    v *= w2[axis][idx[axis]] / rho2;
                 }
-                double v = outside ? 0.0 : radial(rho2, f, c);
-                if (axis >= 0 && v != 0.0) v *= w[axis] * w[axis] / rho2;
-                row[x] = float(v);
+                octant[(size_t(z) * h[1] + y) * h[0] + x] = float(v);
+            }
+    // Along the filter's own axis the mirror half is 0, not a copy.
+    auto source = [&](int a, int i) { return i <= n[a] / 2 ? i : (a == axis ? -1 : n[a] - i); };
+    for (int z = 0; z < nz; ++z) {
+        int sz = source(2, z);
+        for (int y = 0; y < ny; ++y) {
+            int sy = source(1, y);
+            float* row = filter + (size_t(z) * ny + y) * nx;
+            if (sz < 0 || sy < 0) {
+                std::fill(row, row + nx, 0.0f);
+                continue;
+            }
+            const float* o = &octant[(size_t(sz) * h[1] + sy) * h[0]];
+            for (int x = 0; x < nx; ++x) {
+                int sx = source(0, x);
+                row[x] = sx < 0 ? 0.0f : o[sx];
             }
         }
+    }
 }
 
 void fill_2d(float* filter, int nx, int ny, float fov_x, float fov_y, double f, double c,
