@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "wave/driver.h"
@@ -189,14 +190,18 @@ int filter_real_images(float* images, int nx, int ny, int n, const float* filter
     size_t points = size_t(nx / 2 + 1) * ny * nz;
     int level = mem_next_level();
     float* buf = nullptr;
+    uint8_t* marks = nullptr;
     mem_allocate(&buf, sizeof(float), uint32_t(size_t(nx + 2) * ny * nz), 0);
+    mem_allocate(&marks, 1, uint32_t(npix), 0);
     for (int i = 0; i < n; ++i) {
         float* image = images + i * npix;
         std::memcpy(buf, image, sizeof(float) * npix);
+        int held = hold_nonfinite(buf, marks, int(npix));
         rvfft_3d(buf, nx, ny, nz, 1);
         complex_times_real(buf, filter, int(points));
         rvfft_3d(buf, nx, ny, nz, -1);
         std::memcpy(image, buf, sizeof(float) * npix);
+        if (held) restore_nan(image, marks, int(npix));
     }
     mem_free_level(level, 0);
     return 0;
@@ -206,12 +211,19 @@ int filter_complex_pair(float* pair, int nx, int ny, const float* filter, int nz
     int npix = nx * ny * nz;
     int level = mem_next_level();
     float* buf = nullptr;
+    uint8_t* marks = nullptr;
     mem_allocate(&buf, sizeof(float), uint32_t(2 * npix), 0);
+    mem_allocate(&marks, 1, uint32_t(2 * npix), 0);
+    int held = hold_nonfinite(pair, marks, 2 * npix);
     interleave_planes(pair, buf, npix);
     GENERAL_cvfft_3d(buf, nx, ny, nz, 1);
     complex_times_real(buf, filter, npix);
     GENERAL_cvfft_3d(buf, nx, ny, nz, -1);
     split_planes(buf, pair, npix);
+    if (held)
+        for (int i = 0; i < npix; ++i)
+            if (marks[i] || marks[npix + i])
+                pair[i] = pair[npix + i] = std::numeric_limits<float>::quiet_NaN();
     mem_free_level(level, 0);
     return 0;
 }
@@ -239,16 +251,22 @@ void spatial_filter(float* images, int nimages, const uint8_t* mask, int nx, int
         for (int z = 0; z < nz; ++z)
             for (int y = 0; y < ny; ++y)
                 for (int x = 0; x < nx; ++x) {
+                    // A value that is not finite stays in its pixel and is no one's neighbour.
+                    if (!std::isfinite(in[(size_t(z) * ny + y) * nx + x])) continue;
                     bool inside = label[(size_t(z + h[2]) * py + y + h[1]) * px + x + h[0]] == 1;
                     vals.clear();
                     for (int dz = -h[2]; dz <= h[2]; ++dz)
                         for (int dy = -h[1]; dy <= h[1]; ++dy) {
+                            // Rows beyond the image hold label 2 only.
+                            if (z + dz < 0 || z + dz >= nz || y + dy < 0 || y + dy >= ny) continue;
                             const uint8_t* lrow =
                                 &label[(size_t(z + dz + h[2]) * py + y + dy + h[1]) * px + h[0]];
                             const float* vrow = in.data() + (size_t(z + dz) * ny + y + dy) * nx;
                             for (int dx = -h[0]; dx <= h[0]; ++dx) {
                                 uint8_t l = lrow[x + dx];
-                                if (inside ? l == 1 : l != 2) vals.push_back(vrow[x + dx]);
+                                if (inside ? l != 1 : l == 2) continue;
+                                float v = vrow[x + dx];
+                                if (std::isfinite(v)) vals.push_back(v);
                             }
                         }
                     if (vals.size() < 3) continue;

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <numbers>
 #include <string>
 #include <vector>
@@ -86,12 +87,17 @@ bool times_band(float* f, const Sizes& z, const wave_params* p) {
 void filter_pair(float* pair, const Sizes& z, const float* F) {
     int npix = int(z.npix());
     float* buf = nullptr;
+    uint8_t* marks = nullptr;
     mem_allocate(&buf, sizeof(float), uint32_t(2 * npix), 0);
+    mem_allocate(&marks, 1, uint32_t(2 * npix), 0);
+    int held = hold_nonfinite(pair, marks, 2 * npix);
     interleave_planes(pair, buf, npix);
     GENERAL_cvfft_3d(buf, z.s[0], z.s[1], z.s[2], 1);
     complex_times_real(buf, F, npix);
     GENERAL_cvfft_3d(buf, z.s[0], z.s[1], z.s[2], -1);
     split_planes(buf, pair, npix);
+    if (held) restore_nan(pair, marks, 2 * npix);
+    mem_free(&marks, 0);
     mem_free(&buf, 0);
 }
 
@@ -100,7 +106,10 @@ void filter_pair(float* pair, const Sizes& z, const float* F) {
 void filter_stack(float* stack, int nt, const Sizes& z, const float* Fp, const float* Fm) {
     size_t npix = z.npix();
     float* buf = nullptr;
+    uint8_t* marks = nullptr;
     mem_allocate(&buf, sizeof(float), uint32_t(2 * npix * nt), 0);
+    mem_allocate(&marks, 1, uint32_t(npix * nt), 0);
+    int held = hold_nonfinite(stack, marks, int(npix * nt));
     for (size_t i = 0; i < npix * nt; ++i) {
         buf[2 * i] = stack[i];
         buf[2 * i + 1] = 0.0f;
@@ -118,6 +127,8 @@ void filter_stack(float* stack, int nt, const Sizes& z, const float* Fp, const f
     GENERAL_cvfft_3d(buf, -plane, -z.n[2], nt, -1);
     for (int t = 0; t < nt; ++t) GENERAL_cvfft_3d(buf + 2 * t * npix, z.s[0], z.s[1], z.s[2], -1);
     for (size_t i = 0; i < npix * nt; ++i) stack[i] = buf[2 * i];
+    if (held) restore_nan(stack, marks, int(npix * nt));
+    mem_free(&marks, 0);
     mem_free(&buf, 0);
 }
 
@@ -343,10 +354,18 @@ int zonly_filter(float* stack, wave_params* p) {
     int level = mem_next_level();
     size_t plane = size_t(p->nx) * p->ny;
     float* line = nullptr;
-    mem_allocate(&line, sizeof(float), uint32_t(2 * size_t(nz) * nt), 0);
+    uint8_t* marks = nullptr;
+    int nline = nz * nt;
+    mem_allocate(&line, sizeof(float), uint32_t(2 * nline), 0);
+    mem_allocate(&marks, 1, uint32_t(nline), 0);
     for (size_t xy = 0; xy < plane; ++xy) {
-        for (size_t k = 0; k < size_t(nz) * nt; ++k) {
-            line[2 * k] = stack[k * plane + xy];
+        // A value that is not finite stays where it is instead of filling its column.
+        bool held = false;
+        for (int k = 0; k < nline; ++k) {
+            float v = stack[k * plane + xy];
+            marks[k] = !std::isfinite(v);
+            held = held || marks[k];
+            line[2 * k] = marks[k] ? 0.0f : v;
             line[2 * k + 1] = 0.0f;
         }
         GENERAL_cvfft_3d(line, nz, nt, 1, 1);
@@ -358,7 +377,9 @@ int zonly_filter(float* stack, wave_params* p) {
                 complex_times_real(row, t < nt / 2 ? A.data() : B.data(), nz);
         }
         GENERAL_cvfft_3d(line, nz, nt, 1, -1);
-        for (size_t k = 0; k < size_t(nz) * nt; ++k) stack[k * plane + xy] = line[2 * k];
+        for (int k = 0; k < nline; ++k)
+            stack[k * plane + xy] =
+                (held && marks[k]) ? std::numeric_limits<float>::quiet_NaN() : line[2 * k];
     }
     mem_free_level(level, 0);
     say_time();

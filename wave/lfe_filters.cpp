@@ -1,7 +1,7 @@
 #include "wave/lfe_filters.h"
 
-#include <cmath>
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <vector>
 
@@ -25,8 +25,7 @@ int folded(int i, int n) { return i <= n / 2 ? i : n - i; }
 // axis -1: isotropic; 0, 1, 2: the half-space of non-negative indices along x, y or z,
 // weighted by the squared cosine to that axis. Values depend on the folded indices only, so
 // they are computed once over the first octant and copied out.
-void fill(float* filter, int nx, int ny, int nz, const double* fov, double f, double c,
-          int axis) {
+void fill(float* filter, int nx, int ny, int nz, const double* fov, double f, double c, int axis) {
     int n[3] = {nx, ny, nz}, h[3] = {nx / 2 + 1, ny / 2 + 1, nz / 2 + 1};
     std::vector<float> octant(size_t(h[0]) * h[1] * h[2]);
     std::vector<double> w2[3];

@@ -92,15 +92,13 @@ TEST(DirectionFilters, Cos2AndSectorEqualTheirFormulas) {
     };
     const Sector sectors[] = {{9, 8, 30.0f, 1.0}, {10, 7, -60.0f, 1.5}, {8, 8, 120.0f, 3.0}};
     for (const Sector& s : sectors)
-        ids.push_back(py.Case(
-            wave_fmt("sector %d %d %.9g %.9g %.9g %.9g", s.nx, s.ny, fov[0], fov[1], s.angle,
-                     s.ncos)));
+        ids.push_back(py.Case(wave_fmt("sector %d %d %.9g %.9g %.9g %.9g", s.nx, s.ny, fov[0],
+                                       fov[1], s.angle, s.ncos)));
     ASSERT_TRUE(py.Run(kScript));
     size_t k = 0;
     for (const Cos2& c : cases) {
         std::vector<float> f(c.nx * c.ny * c.nz), g(f.size());
-        cos2_filter_3d(f.data(), c.nx, c.ny, c.nz, fov[0], fov[1], fov[2], c.v[0], c.v[1],
-                       c.v[2]);
+        cos2_filter_3d(f.data(), c.nx, c.ny, c.nz, fov[0], fov[1], fov[2], c.v[0], c.v[1], c.v[2]);
         EXPECT_LT(max_error(f, floats(py.Get(ids[k++]))), 1e-5);
         // The opposite vector keeps the other half-space: the supports never overlap but at
         // the origin (index 0 after the shift), where both are 1.0, and together they give
@@ -261,9 +259,9 @@ TEST(DirectionFilters, TextsQuietAndVerbose) {
     p.dirf_mode = 0;
     direction_filter(pair.data(), &p, 1);
     std::string out = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(out.rfind("Direction filter, vector 1.000 0.000 1.000 (x z ) (bandpass 1.00 3.00 2) (",
-                        0),
-              0u)
+    EXPECT_EQ(
+        out.rfind("Direction filter, vector 1.000 0.000 1.000 (x z ) (bandpass 1.00 3.00 2) (", 0),
+        0u)
         << out;
     testing::internal::CaptureStdout();
     p.dirf_use[1] = 1;
@@ -312,11 +310,11 @@ TEST(BandFilters, TypesTwoToSevenEqualTheirFormulas) {
         int order;
     };
     const Case cases[] = {
-        {"complex", 2, 10, 8, 1, 2.5f, 0, 1}, {"real", 2, 10, 7, 1, 3.0f, 0, 1},
-        {"complex", 3, 9, 8, 1, 2.0f, 0, 1},  {"real", 4, 12, 8, 1, 2.0f, 5.0f, 1},
-        {"complex", 5, 10, 9, 1, 3.0f, 0, 3}, {"real", 6, 10, 8, 1, 2.0f, 0, 2},
+        {"complex", 2, 10, 8, 1, 2.5f, 0, 1},    {"real", 2, 10, 7, 1, 3.0f, 0, 1},
+        {"complex", 3, 9, 8, 1, 2.0f, 0, 1},     {"real", 4, 12, 8, 1, 2.0f, 5.0f, 1},
+        {"complex", 5, 10, 9, 1, 3.0f, 0, 3},    {"real", 6, 10, 8, 1, 2.0f, 0, 2},
         {"complex", 7, 11, 8, 1, 1.5f, 4.0f, 2}, {"complex", 7, 8, 6, 5, 1.0f, 3.0f, 4},
-        {"real", 4, 8, 6, 4, 1.0f, 3.0f, 1},  {"real", 5, 8, 6, 4, 2.0f, 0, 2},
+        {"real", 4, 8, 6, 4, 1.0f, 3.0f, 1},     {"real", 5, 8, 6, 4, 2.0f, 0, 2},
     };
     const float fov[3] = {0.24f, 0.2f, 0.15f};
     double sy = double(fov[0]) / fov[1], sz = double(fov[0]) / fov[2];

@@ -45,8 +45,8 @@ struct Estimate {
 Estimate run_lfe_2d(const std::vector<float>& img, int nx, int ny, float fov_x, float fov_y,
                     int nbands, float base, float ratio, int complex_flag = 0) {
     float *est = nullptr, *cert = nullptr;
-    int n = lfe_2d(img.data(), nullptr, nullptr, nx, ny, 1, 0, 0, fov_x, fov_y, nbands, base, 0,
-                   0, complex_flag, ratio, nullptr, &est, &cert, 0, 0);
+    int n = lfe_2d(img.data(), nullptr, nullptr, nx, ny, 1, 0, 0, fov_x, fov_y, nbands, base, 0, 0,
+                   complex_flag, ratio, nullptr, &est, &cert, 0, 0);
     EXPECT_EQ(n, 1);
     Estimate e{{est, est + nx * ny}, {cert, cert + nx * ny}};
     mem_free_all(0);
@@ -75,9 +75,9 @@ TEST(LfeFilters, LognormalFamilyEqualsItsFormula) {
         double f, ratio;
         int axis;
     };
-    const Case cases[] = {{12, 10, 1, 20.0, 2.0, 0},  {11, 9, 1, 35.0, 1.4142135, 1},
-                          {12, 9, 1, 15.0, 4.0, -1},  {10, 8, 6, 25.0, 2.0, 0},
-                          {9, 8, 5, 25.0, 2.0, 1},    {8, 7, 6, 40.0, 2.0, 2}};
+    const Case cases[] = {{12, 10, 1, 20.0, 2.0, 0}, {11, 9, 1, 35.0, 1.4142135, 1},
+                          {12, 9, 1, 15.0, 4.0, -1}, {10, 8, 6, 25.0, 2.0, 0},
+                          {9, 8, 5, 25.0, 2.0, 1},   {8, 7, 6, 40.0, 2.0, 2}};
     const float fov[3] = {0.24f, 0.2f, 0.09f};
     std::vector<std::string> ids;
     for (const Case& c : cases)
@@ -91,7 +91,9 @@ TEST(LfeFilters, LognormalFamilyEqualsItsFormula) {
             auto fn = c.axis == 0 ? lognormal_x_3d : c.axis == 1 ? lognormal_y_3d : lognormal_z_3d;
             fn(f.data(), c.nx, c.ny, c.nz, fov[0], fov[1], fov[2], c.f);
         } else {
-            auto fn = c.axis == 0 ? lognormal_x_2d : c.axis == 1 ? lognormal_y_2d : lognormal_iso_2d;
+            auto fn = c.axis == 0   ? lognormal_x_2d
+                      : c.axis == 1 ? lognormal_y_2d
+                                    : lognormal_iso_2d;
             fn(f.data(), c.nx, c.ny, fov[0], fov[1], c.f, c.ratio);
         }
         EXPECT_LT(max_error(f, floats(py.Get(ids[k]))), 1e-6) << k;
@@ -157,16 +159,15 @@ TEST(Lfe, ToneBetweenTwoBandsGivesItsFrequency) {
     lfe_combine(bands.data(), &est, &cert, 1, 1, nbands, float(base), float(std::sqrt(ratio)), 0);
     EXPECT_NEAR(est, k, 1e-4 * k);
     EXPECT_NEAR(cert, 1.0f, 1e-4);
-    lfe_combine(bands.data(), &est, &cert, 1, 64, nbands, float(base), float(std::sqrt(ratio)),
-                1);
+    lfe_combine(bands.data(), &est, &cert, 1, 64, nbands, float(base), float(std::sqrt(ratio)), 1);
     EXPECT_NEAR(est, 64.0 / (k * k), 1e-4 * 64.0 / (k * k));
 
     // Sampled: a tone of 16 px per wavelength on a periodic grid.
     const int n = 64;
     const float fov = 0.128f;
     double kk = n / 16.0 / fov;
-    Estimate e = run_lfe_2d(plane_wave(n, n, fov / n, kk, 0.0), n, n, fov, fov, 6,
-                            float(kk / 5.66), 2.0f);
+    Estimate e =
+        run_lfe_2d(plane_wave(n, n, fov / n, kk, 0.0), n, n, fov, fov, 6, float(kk / 5.66), 2.0f);
     std::vector<double> err;
     for (float v : e.est) err.push_back(std::fabs(v - kk) / kk);
     EXPECT_LT(median(err), 0.015);
@@ -204,8 +205,8 @@ TEST(Lfe, InputChecksInOrderQuietAndVerbose) {
     std::vector<float> img(64, 1.0f);
     float *est = nullptr, *cert = nullptr;
     auto call2 = [&](int n, int pairs, int avg, int nbands = 6, float base = 5, float ratio = 2) {
-        return lfe_2d(img.data(), nullptr, nullptr, 8, 8, n, pairs, avg, 0.24f, 0.24f, nbands,
-                      base, 0, 0, 0, ratio, nullptr, &est, &cert, 0, 0);
+        return lfe_2d(img.data(), nullptr, nullptr, 8, 8, n, pairs, avg, 0.24f, 0.24f, nbands, base,
+                      0, 0, 0, ratio, nullptr, &est, &cert, 0, 0);
     };
     auto call3 = [&](int n, int pairs, int avg) {
         return lfe_3d(img.data(), nullptr, nullptr, 4, 4, 4, n, pairs, avg, 0.24f, 0.24f, 0.2f, 6,
@@ -293,7 +294,8 @@ TEST(Lfe, AmplitudeWeightedAverageOfPairs) {
     std::vector<float> pairs;
     const double ks[3] = {60.0, 90.0, 120.0};
     for (double k : ks) {
-        std::vector<float> r = plane_wave(n, n, fov / n, k, 0.0), i = plane_wave(n, n, fov / n, k, 90);
+        std::vector<float> r = plane_wave(n, n, fov / n, k, 0.0),
+                           i = plane_wave(n, n, fov / n, k, 90);
         pairs.insert(pairs.end(), r.begin(), r.end());
         pairs.insert(pairs.end(), i.begin(), i.end());
     }
@@ -301,8 +303,8 @@ TEST(Lfe, AmplitudeWeightedAverageOfPairs) {
     std::fill(amp2.begin() + npix, amp2.begin() + 2 * npix, 0.0f);  // the second pair weighs 0
     std::fill(amp2.begin() + 2 * npix, amp2.end(), 3.0f);
     float *est = nullptr, *cert = nullptr;
-    ASSERT_EQ(lfe_2d(pairs.data(), amp2.data(), nullptr, n, n, 3, 1, 2, fov, fov, 6, 15, 0, 0, 0,
-                     2, nullptr, &est, &cert, 0, 0),
+    ASSERT_EQ(lfe_2d(pairs.data(), amp2.data(), nullptr, n, n, 3, 1, 2, fov, fov, 6, 15, 0, 0, 0, 2,
+                     nullptr, &est, &cert, 0, 0),
               1);
     std::vector<float> got(est, est + npix);
     mem_free_all(0);
@@ -311,11 +313,12 @@ TEST(Lfe, AmplitudeWeightedAverageOfPairs) {
     for (int k = 0; k < 3; k += 2) {
         Estimate r = run_lfe_2d({pairs.begin() + 2 * k * npix, pairs.begin() + (2 * k + 1) * npix},
                                 n, n, fov, fov, 6, 15, 2);
-        Estimate i = run_lfe_2d(
-            {pairs.begin() + (2 * k + 1) * npix, pairs.begin() + (2 * k + 2) * npix}, n, n, fov,
-            fov, 6, 15, 2);
+        Estimate i =
+            run_lfe_2d({pairs.begin() + (2 * k + 1) * npix, pairs.begin() + (2 * k + 2) * npix}, n,
+                       n, fov, fov, 6, 15, 2);
         for (int p = 0; p < npix; ++p)
-            each[k].push_back(float(0.5 * (double(r.est[p]) * r.est[p] + double(i.est[p]) * i.est[p])));
+            each[k].push_back(
+                float(0.5 * (double(r.est[p]) * r.est[p] + double(i.est[p]) * i.est[p])));
     }
     for (int p = 0; p < npix; ++p)
         EXPECT_NEAR(got[p], std::sqrt((each[0][p] + 3 * each[2][p]) / 4), 1e-3 * got[p]) << p;
@@ -329,11 +332,11 @@ TEST(Lfe, WindowWeightedMeanModesAndTheWedge) {
     mask[0] = 0;
     w[7] = 3.0f;
     window_weighted_mean(v.data(), w.data(), mask.data(), out.data(), nx, ny, 1, 3, 3, 1, 0);
-    EXPECT_FLOAT_EQ(out[0], (0 + 1 + 5 + 6) / 4.0f);                       // mode 0: all pixels
+    EXPECT_FLOAT_EQ(out[0], (0 + 1 + 5 + 6) / 4.0f);  // mode 0: all pixels
     EXPECT_FLOAT_EQ(out[6], (0 + 1 + 2 + 5 + 6 + 3 * 7 + 10 + 11 + 12) / 11.0f);
     std::fill(out.begin(), out.end(), -1.0f);
     window_weighted_mean(v.data(), w.data(), mask.data(), out.data(), nx, ny, 1, 3, 3, 1, 2);
-    EXPECT_EQ(out[0], -1.0f);                                                // outside: kept
+    EXPECT_EQ(out[0], -1.0f);                                 // outside: kept
     EXPECT_FLOAT_EQ(out[1], (1 + 2 + 5 + 6 + 3 * 7) / 7.0f);  // masked neighbours only
     std::vector<float> zero(nx * ny, 0.0f);
     out[3] = 7.0f;
@@ -427,6 +430,36 @@ TEST(LfeChain, TwoRegionPhantomStiffnessMap2d) {
     wave_2d_1axis(&p);
     for (float v : d.images[&stiff][0]) EXPECT_EQ(v, 0.0f);
     for (float v : d.images[&est][0]) EXPECT_EQ(v, 0.0f);
+}
+
+TEST(LfeChain, NanStaysInItsPixelThroughTheFilters) {
+    buffer_driver d;
+    Phantom ph(1);
+    wave_params p = ph.params(d);
+    const size_t bad = 60 * ph.nx + 40;
+    d.phase[3 * size_t(ph.nx) * ph.ny + bad] = std::numeric_limits<float>::quiet_NaN();
+    p.pre_on = 1;
+    p.pre_filter.type = 7;
+    p.pre_filter.cut[0] = 1.0f;
+    p.pre_filter.cut[1] = 60.0f;
+    p.pre_filter.order = 2;
+    p.mid_on = 1;
+    p.mid_filter = p.pre_filter;
+    p.dirf_on = 1;
+    p.dirf_ncos = 0;
+    p.dirf_cut[0] = 1.0f;
+    p.dirf_cut[1] = 60.0f;
+    p.dirf_order = 2;
+    int est = 0, stiff = 0;
+    p.lfe_est = &est;
+    p.lfe_stiff = &stiff;
+    wave_2d_1axis(&p);
+    EXPECT_EQ(d.log.find("not available"), std::string::npos) << d.log;
+    const std::vector<float>& e = d.images[&est][0];
+    ASSERT_EQ(e.size(), size_t(ph.nx) * ph.ny);
+    for (size_t i = 0; i < e.size(); ++i) EXPECT_EQ(std::isnan(e[i]), i == bad) << i;
+    EXPECT_EQ(d.images[&stiff][0][bad], 0.0f);
+    ph.expect_regions(d.images[&stiff][0], "filtered");
 }
 
 TEST(LfeChain, TwoRegionPhantomStiffnessMap3d) {
