@@ -97,19 +97,23 @@ void chain_against_bound_and_numpy() {
     omp_set_num_threads(threads);
     end_of_run();
     const std::vector<double> py = PeerFigures("lfe_numpy.py", "bank", 2);
-    std::printf("wave_3d_XYZ + LFE 128x80x25, 3 components, 8 offsets: %.3f s per frequency on "
-                "%d threads, %.3f s on one  ratio to the 1 s bound %.2f (one thread %.2f)\n",
-                full, threads, full_one, full / 1.0, full_one / 1.0);
-    std::printf("  the same with lfe_2d_of_3d:                        %.3f s per frequency on "
-                "%d threads, %.3f s on one  ratio to the 1 s bound %.2f (one thread %.2f)\n",
-                sliced, threads, sliced_one, sliced / 1.0, sliced_one / 1.0);
+    std::printf(
+        "wave_3d_XYZ + LFE 128x80x25, 3 components, 8 offsets: %.3f s per frequency on "
+        "%d threads, %.3f s on one  ratio to the 1 s bound %.2f (one thread %.2f)\n",
+        full, threads, full_one, full / 1.0, full_one / 1.0);
+    std::printf(
+        "  the same with lfe_2d_of_3d:                        %.3f s per frequency on "
+        "%d threads, %.3f s on one  ratio to the 1 s bound %.2f (one thread %.2f)\n",
+        sliced, threads, sliced_one, sliced / 1.0, sliced_one / 1.0);
     if (py.size() == 2) {
-        std::printf("  NumPy filter bank, 3-D:            %.3f s  NumPy / ours %.2f, one thread "
-                    "%.2f (goal at least 1)\n",
-                    py[0], py[0] / full, py[0] / full_one);
-        std::printf("  NumPy filter bank, slice by slice: %.3f s  NumPy / ours %.2f, one thread "
-                    "%.2f (goal at least 1)\n",
-                    py[1], py[1] / sliced, py[1] / sliced_one);
+        std::printf(
+            "  NumPy filter bank, 3-D:            %.3f s  NumPy / ours %.2f, one thread "
+            "%.2f (goal at least 1)\n",
+            py[0], py[0] / full, py[0] / full_one);
+        std::printf(
+            "  NumPy filter bank, slice by slice: %.3f s  NumPy / ours %.2f, one thread "
+            "%.2f (goal at least 1)\n",
+            py[1], py[1] / sliced, py[1] / sliced_one);
     }
 }
 
@@ -189,8 +193,7 @@ void run_pair(buffer_driver& d, wave_params& p, const std::vector<float>& pair, 
 void accuracy_tables() {
     const int n = 200;
     const double dx = 0.001, f = 60.0;
-    std::printf("\nPlane waves, %dx%d px of 1 mm, 60 Hz: signed error of the median in %%\n", n,
-                n);
+    std::printf("\nPlane waves, %dx%d px of 1 mm, 60 Hz: signed error of the median in %%\n", n, n);
     std::printf("  px/wave angle   est     stiff   | sigma 0.1 rad: est     stiff\n");
     for (double px : {11.0, 16.0, 22.0, 32.0, 44.0})
         for (double angle : {0.0, 30.0, 45.0}) {
@@ -198,8 +201,7 @@ void accuracy_tables() {
             std::vector<double> phi(size_t(n) * n);
             for (int y = 0; y < n; ++y)
                 for (int x = 0; x < n; ++x)
-                    phi[size_t(y) * n + x] =
-                        2 * kPi * k * dx * (x * std::cos(a) + y * std::sin(a));
+                    phi[size_t(y) * n + x] = 2 * kPi * k * dx * (x * std::cos(a) + y * std::sin(a));
             std::printf("  %5.0f  %5.0f", px, angle);
             for (double sigma : {0.0, 0.1}) {
                 buffer_driver d;
@@ -259,8 +261,9 @@ void accuracy_tables() {
         }
         std::printf("\n");
     }
-    std::printf("Goals: within 5 %% at 11 to 44 px per wavelength without noise, 10 %% at "
-                "sigma 0.1\n");
+    std::printf(
+        "Goals: within 5 %% at 11 to 44 px per wavelength without noise, 10 %% at "
+        "sigma 0.1\n");
     end_of_run();
 }
 
