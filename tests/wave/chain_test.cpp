@@ -84,6 +84,50 @@ TEST(Chain, ComplexInputRunsToTheEstimatorsAndStoresTheMask) {
     EXPECT_EQ(mem_count(), 0);
 }
 
+TEST(Chain, PairComesFromOffsetPlanesOneAndTwoAndDirectionOutputs) {
+    buffer_driver d;
+    const int n = 64;
+    wave_params p = small_run(d, 8, 8);
+    for (size_t i = 0; i < d.phase.size(); ++i) d.phase[i] = float(i % 7) - float(i / n);
+    int pair_target = 0, dirf_target = 0;
+    p.r1i1_out = &pair_target;
+    // Two offsets: no harmonic fits, so the pair is offset 1 and a cleared third plane.
+    p.nt = 2;
+    d.phase.resize(2 * n);
+    wave_2d_1axis(&p);
+    std::vector<float> want(d.phase.begin() + n, d.phase.end());
+    want.resize(2 * n, 0.0f);
+    EXPECT_EQ(d.images[&pair_target][0], want);
+
+    // The direction output: ninterp images of the filtered pair in pair mode, the filtered
+    // offsets when the raw stack is filtered first.
+    p.nt = 4;
+    d.phase.assign(4 * n, 0.0f);
+    for (int t = 0; t < 4; ++t)
+        for (int i = 0; i < n; ++i)
+            d.phase[t * n + i] = float(std::cos(2 * M_PI * (i % 8) / 8.0 - M_PI * t / 2));
+    p.dirf_on = 1;
+    p.dirf_out = &dirf_target;
+    p.dirf_ncos = 0;
+    p.dirf_cut[0] = 0.5f;
+    p.dirf_cut[1] = 2.0f;  // full gain at their geometric mean, 1 cycle per row
+    p.dirf_order = 2;
+    p.ninterp = 4;
+    wave_2d_1axis(&p);
+    EXPECT_EQ(d.log, "");
+    EXPECT_EQ(d.images[&dirf_target].size(), 4u);
+    d.images.clear();
+    p.dirf_all = 1;
+    p.nt = 4;
+    wave_2d_1axis(&p);
+    ASSERT_EQ(d.images[&dirf_target].size(), 4u);
+    // A wave of one cycle per row passes the band-pass unchanged, offset by offset.
+    for (int t = 0; t < 4; ++t)
+        for (int i = 0; i < n; ++i)
+            EXPECT_NEAR(d.images[&dirf_target][t][i], d.phase[t * n + i], 1e-5) << t << " " << i;
+    EXPECT_EQ(mem_count(), 0);
+}
+
 TEST(Conditioning, DisplacementScaleForTheThreeEncodings) {
     wave_params p;
     p.phase_min = -3.14f;

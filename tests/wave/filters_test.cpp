@@ -73,6 +73,35 @@ TEST(Harmonic, AboveTheLimitLeavesTheStackAndTellsTheTimeWhenVerbose) {
     EXPECT_EQ(out.substr(out.size() - 3), "s) ");
 }
 
+TEST(Harmonic, InterpolatedImagesOverOneCycle) {
+    buffer_driver d;
+    const int nx = 4, ny = 2, n = nx * ny;
+    std::vector<float> pair = noise(2 * n, 8);
+    wave_params p;
+    p.nx = nx;
+    p.ny = ny;
+    p.ninterp = 6;
+    p.harmonic_number = 2;
+    p.type_code = 8;
+    p.interp_mask = 1;
+    int out = 0;
+    p.interp_out = &out;
+    std::vector<uint8_t> mask(n, 1);
+    mask[3] = 0;
+    ASSERT_EQ(interp_images(pair.data(), mask.data(), &p, 1, 2), 0);
+    EXPECT_EQ(d.status, "interpolating images");
+    for (int s = 0; s < 6; ++s) {
+        const std::vector<float>& img = d.images[&out][6 + s];  // after the first pass's
+        ASSERT_EQ(img.size(), size_t(n));
+        double x = 2.0 * s * 2 * kPi / 6;
+        for (int i = 0; i < n; ++i) {
+            double want = mask[i] ? pair[i] * std::cos(x) - pair[n + i] * std::sin(x) + 128 : 0;
+            EXPECT_NEAR(img[i], want, 1e-4) << s << " " << i;
+        }
+    }
+    EXPECT_EQ(mem_count(), 0);
+}
+
 TEST(DirectionFilters, Cos2AndSectorEqualTheirFormulas) {
     peer::Peer py;
     struct Cos2 {

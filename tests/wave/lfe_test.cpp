@@ -413,13 +413,20 @@ TEST(LfeChain, TwoRegionPhantomStiffnessMap2d) {
     buffer_driver d;
     Phantom ph(1);
     wave_params p = ph.params(d);
-    int stiff = 0, est = 0, stack = 0;
+    int stiff = 0, est = 0, stack = 0, imu = 0, icert = 0;
     p.lfe_stiff = &stiff;
     p.lfe_est = &est;
     p.lfe_stack_out = &stack;
+    p.lfe_individual = 1;
+    p.lfe_imu = &imu;
+    p.lfe_icert = &icert;
     wave_2d_1axis(&p);
     EXPECT_EQ(d.log, "");
     ph.expect_regions(d.images[&stiff][0], "2-D");
+    // R and I each give the map on their own; certainty is stored times 1000.
+    ph.expect_regions(d.images[&imu][0], "2-D, R alone");
+    ph.expect_regions(d.images[&imu][1], "2-D, I alone");
+    EXPECT_GT(median({d.images[&icert][0].begin(), d.images[&icert][0].end()}), 900.0);
     EXPECT_EQ(d.images[&stack].size(), 4u);  // estimate, certainty, stiffness and the mask
     EXPECT_EQ(d.images[&stack][5], std::vector<float>(size_t(ph.nx) * ph.ny, 1.0f));
     EXPECT_EQ(mem_count(), 0);
