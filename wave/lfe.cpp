@@ -32,9 +32,21 @@ struct Bank {
     FilterFn make;
 };
 
+// Our own checks of a bank, shared by the cores and the dispatchers; false after reporting.
+bool bank_ok(int nbands, float base, float ratio) {
+    const char* text = nullptr;
+    if (nbands < 2)
+        text = "lfe: at least 2 bands are needed\n";
+    else if (!(base > 0.0f) || !(ratio > 1.0f))
+        text = "lfe: base frequency must be above 0 and ratio above 1\n";
+    if (text) wave_warn(WF_LFE, text, text);
+    return !text;
+}
+
 // The shared core: forward transform, bands of summed envelopes, combination.
 int run_bank(const Bank& b, float* buf, float* est, float* cert, int nbands, float base,
              float ratio_root, int stiff_flag, int seq, int nseq) {
+    if (!bank_ok(nbands, base, float(b.ratio))) return 1;
     int npix = b.nx * b.ny * b.nz;
     int level = mem_next_level();
     float* bands = nullptr;
@@ -123,13 +135,13 @@ struct Job {
 void one_image(const Job& j, const float* image, float* est, float* cert, int seq, int nseq) {
     int npix = int(j.npix());
     int level = mem_next_level();
-    float* buf = nullptr;
+    // Holders live as long as the level that frees them.
+    float *buf = nullptr, *planar = nullptr;
     uint8_t* marks = nullptr;
     mem_allocate(&buf, sizeof(float), uint32_t(2 * npix), 0);
     mem_allocate(&marks, 1, uint32_t(npix), 0);
     int held;
     if (j.complex_flag) {
-        float* planar = nullptr;
         std::vector<uint8_t> second(npix);
         mem_allocate(&planar, sizeof(float), uint32_t(2 * npix), 0);
         std::memcpy(planar, image, sizeof(float) * 2 * npix);
@@ -264,12 +276,8 @@ bool valid_input(const Job& j, const float* amp2, int n, int pairs, int average)
         verbose = wave_fmt("\nNULL amp2_buf in %s; amp2_buf is REQUIRED \n", j.name) +
                   "for squared-amplitude-weighted averaging when input \n" +
                   "array is multiple single images. \n" + flags;
-    } else if (j.nbands < 2) {
-        quiet = verbose = "lfe: at least 2 bands are needed\n";
-    } else if (!(j.base > 0.0f) || !(j.ratio > 1.0f)) {
-        quiet = verbose = "lfe: base frequency must be above 0 and ratio above 1\n";
     } else {
-        return true;
+        return bank_ok(j.nbands, j.base, j.ratio);
     }
     wave_warn(WF_LFE, quiet.c_str(), verbose.c_str());
     return false;
@@ -355,6 +363,7 @@ int lfe_core_3d(float* buf, float* est, float* cert, int nx, int ny, int nz, flo
 
 int lfe_1d(const float* image, float* est, float* cert, int nx, int ny, float fov_x, float fov_y,
            int nbands, float base, int soft, int seq, int nseq) {
+    if (!bank_ok(nbands, base, 2.0f)) return 1;
     int npix = nx * ny;
     int level = mem_next_level();
     float* buf = nullptr;

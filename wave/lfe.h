@@ -48,7 +48,8 @@ int lfe_core_3d(float* buf, float* est, float* cert, int nx, int ny, int nz, flo
                 float fov_y, float fov_z, int nbands, float base, int seq, int nseq);
 
 // One real image through lfe_pure_1d (soft 0) or lfe_soft_1d (soft 1), non-finite values set
-// aside as in lfe_2d. Returns 0.
+// aside as in lfe_2d. Returns 0, or 1 after reporting fewer than 2 bands or a base not above 0.
+// The cores return 1 after the same reports.
 int lfe_1d(const float* image, float* est, float* cert, int nx, int ny, float fov_x, float fov_y,
            int nbands, float base, int soft, int seq, int nseq);
 

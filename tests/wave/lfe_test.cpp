@@ -241,6 +241,21 @@ TEST(Lfe, InputChecksInOrderQuietAndVerbose) {
               "\nrequired amp2_buf is null in lfe_3d\n");
     EXPECT_EQ(mem_count(), 0);
 
+    // The 1-D paths and the cores check their banks too.
+    wave_params p;
+    p.nx = p.ny = 8;
+    p.lfe_nd = 1;
+    p.lfe_nbands = 1;
+    float* temp = nullptr;
+    d.log.clear();
+    EXPECT_NE(lfe_2d_1axis(&p, img.data(), nullptr, nullptr, 1, &temp), 0);
+    std::vector<float> buf(128, 0.0f), e(64), c(64);
+    EXPECT_NE(lfe_core_3d(buf.data(), e.data(), c.data(), 4, 4, 4, 1, 1, 1, 6, -1, 0, 1), 0);
+    EXPECT_EQ(d.log,
+              "lfe: at least 2 bands are needed\n"
+              "lfe: base frequency must be above 0 and ratio above 1\n");
+    EXPECT_EQ(mem_count(), 0);
+
     wave_quiet[WF_LFE] = 0;
     testing::internal::CaptureStderr();
     call2(0, 0, 1);
