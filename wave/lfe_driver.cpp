@@ -55,10 +55,10 @@ Run make_run(wave_params* p, bool volume, const uint8_t* mask, float** temp) {
 }
 
 // The pair goes in as one complex image; lfe_3d has no such form.
-int woven(const Run& r) {
-    const wave_params* p = r.p;
-    return (p->lfe_complex && !p->lfe_noft && (!r.volume || p->lfe_2d_of_3d)) ? 1 : 0;
+int woven(const wave_params* p, bool volume) {
+    return (p->lfe_complex && !p->lfe_noft && (!volume || p->lfe_2d_of_3d)) ? 1 : 0;
 }
+int woven(const Run& r) { return woven(r.p, r.volume); }
 
 // lfe_2d on every slice of `n` images (pairs with pairs 1, or woven pairs with complex_flag):
 // one result volume in est and cert. amp2 holds n weight volumes, or is null.
@@ -381,8 +381,7 @@ int lfe_weight_3d(float* stiff, const float* cert, const uint8_t* mask, wave_par
 
 int lfe_ncomp(const wave_params* p, int volume) {
     if (p->lfe_noft) return p->nt;
-    Run r{const_cast<wave_params*>(p), volume != 0, 0, 0, 0, 0, nullptr, nullptr};
-    return woven(r) ? 1 : 2;
+    return woven(p, volume != 0) ? 1 : 2;
 }
 
 int lfe_2d_1axis(wave_params* p, float* data, uint8_t* mask, uint8_t* aux_mask, int ncomp,
