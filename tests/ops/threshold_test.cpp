@@ -53,8 +53,8 @@ TEST(ThresholdNumpy, EveryTypeMatchesClipAndWhere) {
         p.Put(name, a);
         const double low = std::stod(l.low), high = std::stod(l.high);
         CZrkData* value = Scalar(s, std::stod(l.value));
-        results.push_back({p.Case("clip " + name + " " + l.low + " " + l.high + " 0"),
-                           Clip(t, a, low, high)});
+        results.push_back(
+            {p.Case("clip " + name + " " + l.low + " " + l.high + " 0"), Clip(t, a, low, high)});
         results.push_back({p.Case("where " + name + " " + l.low + " " + l.high + " " + l.value),
                            Thresh(t, a, low, high, value)});
     }
@@ -77,7 +77,8 @@ for line in open(FOLDER + "/cases.txt"):
     for (const Result& r : results) {
         const peer::Array want = p.Get(r.id);
         EXPECT_EQ(peer::FromRecord(r.got).dtype, peer::DType(r.got->type)) << r.id;
-        EXPECT_TRUE(peer::Near(peer::FromRecord(r.got), want, 0)) << r.id << " " << TypeName(r.got->type);
+        EXPECT_TRUE(peer::Near(peer::FromRecord(r.got), want, 0))
+            << r.id << " " << TypeName(r.got->type);
     }
 }
 
