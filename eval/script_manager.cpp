@@ -118,7 +118,8 @@ void CScript::Remember(const std::string& path) {
 }
 
 std::vector<std::string> CScript::FolderEntries() const {
-    std::vector<std::string> entries(script_path, script_path + std::clamp(script_npath, 0, kMaxPaths));
+    std::vector<std::string> entries(script_path,
+                                     script_path + std::clamp(script_npath, 0, kMaxPaths));
     entries.emplace_back(kBrowse);
     entries.emplace_back(kNone);
     return entries;
@@ -224,7 +225,8 @@ std::string CScript::Delete(CScriptSpace& space, const std::vector<std::string>&
     std::string failed;
     for (const std::string& name : names) {
         std::error_code ec;
-        if (!fs::remove(InFolder(space, name), ec) || ec) failed += (failed.empty() ? "" : ", ") + name;
+        if (!fs::remove(InFolder(space, name), ec) || ec)
+            failed += (failed.empty() ? "" : ", ") + name;
     }
     const std::string status = Refresh(space);
     if (!failed.empty()) return "could not delete " + failed;

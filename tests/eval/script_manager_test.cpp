@@ -66,7 +66,8 @@ TEST_F(ScriptManager, FoldersAreRememberedNewestFirstUpToFive) {
 
 TEST_F(ScriptManager, OptionsComeBackAfterExitAndStart) {
     ASSERT_EQ(manager.SetFolder(space, Dir("one")), "");
-    ASSERT_EQ(manager.SetFolder(space, Dir("two path")), "script folder not found: " + Dir("two path"));
+    ASSERT_EQ(manager.SetFolder(space, Dir("two path")),
+              "script folder not found: " + Dir("two path"));
     fs::create_directories(root_ / "two path");
     ASSERT_EQ(manager.SetFolder(space, Dir("two path")), "");
     manager.view_script = 1;
@@ -147,7 +148,8 @@ TEST_F(ScriptManager, NewDuplicateAndDeleteWorkOnTheDisk) {
     Write("one", "s.x", "a = 1;");
     EXPECT_EQ(manager.Duplicate(space, "s.x"), "copied to s.x.dup");
     EXPECT_EQ(manager.Duplicate(space, "s.x"), "copied to s.x.dup.dup");
-    EXPECT_EQ(Names(), (std::vector<std::string>{".new", ".new.new", "s.x", "s.x.dup", "s.x.dup.dup"}));
+    EXPECT_EQ(Names(),
+              (std::vector<std::string>{".new", ".new.new", "s.x", "s.x.dup", "s.x.dup.dup"}));
     std::ifstream copy(root_ / "one" / "s.x.dup");
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(copy), {}), "a = 1;");
 
