@@ -47,12 +47,12 @@ CDialogFunc::CDialogFunc(QWidget* parent)
     side->addWidget(help_, 3);
     side->addWidget(variants_, 1);
     auto* panes = new QHBoxLayout;
-    panes->addWidget(list_, 3);
-    panes->addLayout(side, 2);
+    panes->addWidget(list_, 1);
+    panes->addLayout(side, 1);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(panes, 1);
     layout->addWidget(buttons);
-    resize(860, 520);
+    resize(980, 560);
 
     connect(list_, &QTreeWidget::currentItemChanged, this, &CDialogFunc::OnRow);
     connect(list_, &QTreeWidget::itemDoubleClicked, this, [this] {
@@ -90,7 +90,7 @@ void CDialogFunc::OnInsert() {
     QTreeWidgetItem* item = list_->currentItem();
     if (!item) return;
     QListWidgetItem* variant = variants_->currentItem();
-    chosen_ = variant && variant->isSelected() ? variant->data(Qt::UserRole).toString()
-                                               : item->text(0);
+    chosen_ =
+        variant && variant->isSelected() ? variant->data(Qt::UserRole).toString() : item->text(0);
     accept();
 }

@@ -118,7 +118,7 @@ void CFormScript::ShowList() {
         for (const std::string& name : keep)
             if (item->text(0).toStdString() == name) item->setSelected(true);
     }
-    list_->resizeColumnToContents(0);
+    for (int c = 0; c + 1 < list_->columnCount(); ++c) list_->resizeColumnToContents(c);
 }
 
 void CFormScript::Watch() {
@@ -140,7 +140,8 @@ QString CFormScript::StatusText() const { return status_->text(); }
 
 std::vector<std::string> CFormScript::Selected() const {
     std::vector<std::string> names;
-    for (QTreeWidgetItem* item : list_->selectedItems()) names.push_back(item->text(0).toStdString());
+    for (QTreeWidgetItem* item : list_->selectedItems())
+        names.push_back(item->text(0).toStdString());
     return names;
 }
 

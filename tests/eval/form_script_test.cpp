@@ -152,8 +152,7 @@ TEST_F(FormScriptTest, FolderComboBrowsesRemembersAndEmpties) {
     // A remembered folder that vanished gives a text and leaves things as they are.
     fs::remove_all(other_);
     form_->OnFolder(1);
-    EXPECT_EQ(form_->StatusText().toStdString(),
-              "script folder not found: " + other_.string());
+    EXPECT_EQ(form_->StatusText().toStdString(), "script folder not found: " + other_.string());
     EXPECT_EQ(space_.Directory(), "");
 }
 
@@ -164,8 +163,8 @@ TEST_F(FormScriptTest, AScriptSavedElsewhereIsListedAtOnce) {
     // Written in place, as some editors save: the first line follows.
     std::ofstream(dir_ / "alpha") << "changed = 1;\n";
     QTreeWidget* list = Find<QTreeWidget>("script_list");
-    EXPECT_TRUE(QTest::qWaitFor([&] { return list->topLevelItem(0)->text(2) == "changed = 1;"; },
-                                3000));
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return list->topLevelItem(0)->text(2) == "changed = 1;"; }, 3000));
 }
 
 TEST_F(FormScriptTest, FrameTakesAndKeepsItsPlace) {

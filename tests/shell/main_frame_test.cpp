@@ -14,9 +14,9 @@
 #include <fstream>
 #include <string>
 
+#include "core/data_cursor.h"
 #include "core/data_space.h"
 #include "core/script_space.h"
-#include "core/data_cursor.h"
 #include "core/zrk_data.h"
 #include "eval/qt/bar_equ.h"
 #include "eval/qt/form_script.h"
