@@ -25,6 +25,14 @@ CZrkData* RandomBytes(CDataSpace& s, int type, std::mt19937& g) {
     return a;
 }
 
+// Puts `v` into component k of `a`, in a's own type.
+void SetComponent(CZrkData* a, uint64_t k, double v) {
+    WithComponent(a->type, [&](auto zero) {
+        using T = decltype(zero);
+        static_cast<T*>(a->data)[k] = static_cast<T>(v);
+    });
+}
+
 // Limits inside each type's range, so NumPy keeps the type, and a float pair exact in r4.
 struct Limits {
     std::string low, high, value;
@@ -47,16 +55,23 @@ TEST(ThresholdNumpy, EveryTypeMatchesClipAndWhere) {
     std::vector<Result> results;
     for (int type = 0; type < TYPE_COUNT; ++type) {
         CZrkData* a = RandomBytes(s, type, g);
-        // Some components exactly on the limits, which stay.
         const Limits l = LimitsOf(type);
+        // Components on the limits and just beyond them; NaN and infinities for floats.
+        const double lo = std::stod(l.low), hi = std::stod(l.high);
+        const double edges[] = {lo, hi, lo - 1, hi + 1};
+        for (int k = 0; k < 4; ++k) SetComponent(a, k, edges[k]);
+        if (IsFloatType(type)) {
+            const double inf = std::numeric_limits<double>::infinity();
+            const double specials[] = {std::nan(""), inf, -inf};
+            for (int k = 0; k < 3; ++k) SetComponent(a, 4 + k, specials[k]);
+        }
         const std::string name = std::string("a") + std::to_string(type);
         p.Put(name, a);
-        const double low = std::stod(l.low), high = std::stod(l.high);
         CZrkData* value = Scalar(s, std::stod(l.value));
         results.push_back(
-            {p.Case("clip " + name + " " + l.low + " " + l.high + " 0"), Clip(t, a, low, high)});
+            {p.Case("clip " + name + " " + l.low + " " + l.high + " 0"), Clip(t, a, lo, hi)});
         results.push_back({p.Case("where " + name + " " + l.low + " " + l.high + " " + l.value),
-                           Thresh(t, a, low, high, value)});
+                           Thresh(t, a, lo, hi, value)});
     }
     ASSERT_TRUE(p.RunText(R"(
 import warnings
