@@ -47,7 +47,8 @@ void CScalarChain::Run() {
             Ready r{ArithmeticKernel<W>(s.op, comps), s.scalar_left,
                     std::unique_ptr<W[]>(new W[kBlockElements * comps])};
             for (size_t j = 0; j < kBlockElements; ++j)
-                for (int c = 0; c < comps; ++c) r.spread[j * comps + c] = static_cast<W>(s.value[c]);
+                for (int c = 0; c < comps; ++c)
+                    r.spread[j * comps + c] = static_cast<W>(s.value[c]);
             ready.push_back(std::move(r));
         }
         const uint64_t count = out_->Count();
