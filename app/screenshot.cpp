@@ -33,9 +33,9 @@ void ShowScripts(CMainFrame* frame) {
     const std::string folder = ScriptFolder();
     std::filesystem::create_directories(folder);
     std::ofstream(folder + "/double_it") << "script (p) { p = p * 2; }\n";
-    std::ofstream(folder + "/mask_clean") << "mask = thresh(mag, 2, 9, 0) > 0;\n";
+    std::ofstream(folder + "/mask_clean") << "mask = thresh(magn, 2, 9, 0) > 0;\n";
     std::ofstream(folder + "/stiff_range") << "stiff = clip(stiff, 0, 20);\n";
-    std::ofstream(folder + "/wave.prep") << "// phase to complex wave\nwave = cexp(phase);\n";
+    std::ofstream(folder + "/wave.prep") << "// phase to complex wave\nwave = cexp(ph);\n";
     CFormScript* form = frame->Scripts()->Form();
     form->choose_folder = [folder] { return QString::fromStdString(folder); };
     frame->Scripts()->show();
@@ -60,12 +60,13 @@ int main(int argc, char** argv) {
     CMainFrame* frame = app.Frame();
     frame->setGeometry(0, 0, 1180, 760);
     CBarEqu* bar = frame->EquationBar();
-    for (const char* line : {"mag = {3, 1, 4, 1, 5, 9, 2, 6}", "phase = mag * 0.25 - 1",
-                             "wave = (complex r4) phase", "mask = mag > 2"}) {
+    // Names of their own: "mag" and "phase" are functions, not names for data.
+    for (const char* line : {"magn = {3, 1, 4, 1, 5, 9, 2, 6}", "ph = magn * 0.25 - 1",
+                             "wave = (complex r4) ph", "mask = magn > 2"}) {
         bar->Edit()->setText(line);
         bar->OnEquEval();
     }
-    bar->Edit()->setText("stiff = mag * mag * 1.2");
+    bar->Edit()->setText("stiff = magn * magn * 1.2");
     CAboutWave about(frame);
     int status = 0;
     const auto finish = [&] {
