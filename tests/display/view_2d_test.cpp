@@ -40,6 +40,8 @@ TEST_F(View2dTest, PictureHoldsThePaletteColourOfEachIndexRowZeroOnTop) {
     EXPECT_EQ(image.width(), 256);
     for (int x = 0; x < 256; x += 9) EXPECT_EQ(image.pixel(x, 0), qRgb(x, x, x)) << x;
     EXPECT_EQ(image.pixel(7, 3), qRgb(200, 200, 200));
+    Trigger(view, "cursor_15");  // refresh
+    EXPECT_EQ(view->Frame()->StatusLine()->text(), " min,max= 0.000, 255.000");
     Trigger(view, "palette_jet");
     EXPECT_EQ(view->Picture().pixel(128, 1), qRgb(131, 255, 128));
     Trigger(view, "bitmap_3");
