@@ -83,6 +83,9 @@ void CView2d::RebuildImage() {
     ++renders_;
     image_ = QImage();
     if (detached_) return;
+    // z and t as the document has them (a workspace sets them after the view is made).
+    page[0] = static_cast<uint64_t>(std::max(0, Doc().page_z));
+    page[1] = static_cast<uint64_t>(std::max(0, Doc().page_t));
     const CZrkData* a = Data(0);
     if (Render(bits_) != 0) {
         if (a && a->Data() && a->Count()) ShowStatus("sorry, can not allocate bitmap!");

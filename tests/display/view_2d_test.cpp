@@ -93,6 +93,13 @@ TEST_F(View2dTest, ScrollMenuRunsTheTimerAndStepsPlanes) {
     Trigger(view, "scroll_next");
     Trigger(view, "scroll_next");
     EXPECT_EQ(view->page[0], 2u);
+    EXPECT_EQ(view->Doc().page_z, 2);
+    // A workspace sets the page on the document after the view is made.
+    static_cast<float*>(a->Data())[16] = 300;
+    view->Doc().page_z = 1;
+    view->Draw();
+    EXPECT_EQ(view->Picture().pixel(0, 0), qRgb(255, 255, 255));
+    EXPECT_EQ(view->page[0], 1u);
     EXPECT_TRUE(view->Frame()->StatusLine()->text().startsWith("stack i/q:[2]"));
 }
 
