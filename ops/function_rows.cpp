@@ -5,8 +5,9 @@
 
 void InstallFunctions() {
     static const bool kInstalled = [] {
-        for (auto* family : {BasicRows, ComplexRows, MathRows, StructuralRows, TransformRows,
-                             ConvolutionRows, ReduceRows, MatrixRows, UnwrapRows, ThresholdRows})
+        for (auto* family :
+             {BasicRows, ComplexRows, MathRows, StructuralRows, TransformRows, ConvolutionRows,
+              ReduceRows, MatrixRows, UnwrapRows, ThresholdRows, PaletteRows})
             RegisterFunctions(family());
         SetMatrixOperator(MatrixOperate);
         return true;

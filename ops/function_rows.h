@@ -20,3 +20,4 @@ std::vector<CFuncDecl> ReduceRows();
 std::vector<CFuncDecl> MatrixRows();
 std::vector<CFuncDecl> UnwrapRows();
 std::vector<CFuncDecl> ThresholdRows();
+std::vector<CFuncDecl> PaletteRows();
