@@ -2,6 +2,7 @@
 // module table together with the data space. The application holds one for its life.
 #pragma once
 
+#include "files/file_options.h"
 #include "ops/unwrap/unwrap.h"
 #include "shell/desktop.h"
 #include "shell/history.h"
@@ -20,4 +21,6 @@ struct CShellModules {
     CHistory history;
     CRename rename;
     CUnwrap unwrap;
+    COpenOptions open;
+    CSaveOptions save;
 };
