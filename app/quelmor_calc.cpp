@@ -183,8 +183,8 @@ bool SetOption(const COptionTable& table, const std::string& setting) {
     const size_t eq = setting.find('=');
     if (eq == std::string::npos || eq == 0) return false;
     const std::string line = setting.substr(0, eq + 1) + " " + setting.substr(eq + 1) + "\n";
-    std::unique_ptr<FILE, int (*)(FILE*)> f(fmemopen(const_cast<char*>(line.data()), line.size(), "r"),
-                                          std::fclose);
+    std::unique_ptr<FILE, int (*)(FILE*)> f(
+        fmemopen(const_cast<char*>(line.data()), line.size(), "r"), std::fclose);
     if (!f) return false;
     CKeyReader reader(f.get());
     try {

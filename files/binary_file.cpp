@@ -41,7 +41,8 @@ CLayout Layout(const FileEntry& entry) {
     l.elem = h.ElementBytes();
     uint64_t unit = static_cast<uint64_t>(l.elem);
     for (int k = 0; k < 6; ++k) {
-        l.stride[k] = k == 0 ? MulAdd(1, unit, entry.skip[0]) : MulAdd(1, l.a[k - 1], entry.skip[k]);
+        l.stride[k] =
+            k == 0 ? MulAdd(1, unit, entry.skip[0]) : MulAdd(1, l.a[k - 1], entry.skip[k]);
         l.a[k] = MulAdd(l.stride[k], l.n[k], 0);
     }
     // The last sample's offset plus its bytes: trailing skips need not be in the file.
@@ -115,7 +116,8 @@ bool ReadSamples(int fd, const FileEntry& entry, const CLayout& l, CZrkData& tar
     target.GetRes(tn);
     // Directions 0 .. merged-1 travel as one run.
     int merged = 0;
-    while (merged < 6 && entry.skip[merged] == 0 && (merged == 0 || tn[merged - 1] == l.n[merged - 1]))
+    while (merged < 6 && entry.skip[merged] == 0 &&
+           (merged == 0 || tn[merged - 1] == l.n[merged - 1]))
         ++merged;
     uint64_t run = 1;
     for (int k = 0; k < merged; ++k) run *= l.n[k];
@@ -151,9 +153,9 @@ uint64_t TypedCount(const std::string& text) {
 }
 
 void HeaderFromOptions(const COpenOptions& options, FileEntry& entry) {
-    const std::string* res[6] = {&options.res4d[0], &options.res4d[1], &options.res4d[2],
+    const std::string* res[6] = {&options.res4d[0], &options.res4d[1],  &options.res4d[2],
                                  &options.res4d[3], &options.res_uv[0], &options.res_uv[1]};
-    const std::string* skip[6] = {&options.skip4d[0], &options.skip4d[1], &options.skip4d[2],
+    const std::string* skip[6] = {&options.skip4d[0], &options.skip4d[1],  &options.skip4d[2],
                                   &options.skip4d[3], &options.skip_uv[0], &options.skip_uv[1]};
     res_t n[6];
     for (int k = 0; k < 6; ++k) {

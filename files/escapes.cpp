@@ -11,19 +11,29 @@ int HexDigit(char c) {
 
 char Simple(char c) {
     switch (c) {
-        case 'n': return '\n';
-        case 'r': return '\r';
-        case 't': return '\t';
-        case 'v': return '\v';
-        case 'f': return '\f';
-        case 'a': return '\a';
-        case 'b': return '\b';
-        case 's': return ' ';
+        case 'n':
+            return '\n';
+        case 'r':
+            return '\r';
+        case 't':
+            return '\t';
+        case 'v':
+            return '\v';
+        case 'f':
+            return '\f';
+        case 'a':
+            return '\a';
+        case 'b':
+            return '\b';
+        case 's':
+            return ' ';
         case '\\':
         case '"':
         case '\'':
-        case '?': return c;
-        default: return 0;
+        case '?':
+            return c;
+        default:
+            return 0;
     }
 }
 

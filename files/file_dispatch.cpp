@@ -59,8 +59,9 @@ void ShowInfo(COpenModel& dialog, const FileEntry& entry) {
     dialog.info = BinarySizeLine(entry);
     const CZrkData& h = entry.header;
     char title[160];
-    std::snprintf(title, sizeof title, "%s (%d,%d,%d,%d)", TypeName(h.Type()), static_cast<int>(h.nx),
-                  static_cast<int>(h.ny), static_cast<int>(h.nz), static_cast<int>(h.nt));
+    std::snprintf(title, sizeof title, "%s (%d,%d,%d,%d)", TypeName(h.Type()),
+                  static_cast<int>(h.nx), static_cast<int>(h.ny), static_cast<int>(h.nz),
+                  static_cast<int>(h.nt));
     dialog.title = title;
 }
 
@@ -72,9 +73,8 @@ int LoadOne(CLoadModel& dialog, FileEntry& entry) {
         return 0;
     }
     if (reader->load_space) {
-        const int ok = Guarded(entry.status, [&] {
-            return reader->load_space(dialog.options, entry, dialog.space);
-        });
+        const int ok = Guarded(
+            entry.status, [&] { return reader->load_space(dialog.options, entry, dialog.space); });
         entry.failed = ok ? 0 : 1;
         return ok;
     }

@@ -6,20 +6,26 @@
 
 namespace {
 
-// Up to `n` blank-separated words of the rest of the line; missing words stay as they were.
-// Read as one line, since an empty field would otherwise take the next key as its value.
+// Fields typed in the dialog, one word each on one line; an empty field is written "-" so
+// that the fields behind it keep their places.
 int Words(CKeyReader& reader, const char* key, std::string* out, int n) {
     std::string line;
     if (!reader.String(key, &line)) return 0;
     std::istringstream words(line);
-    for (int k = 0; k < n && words >> out[k]; ++k) {
-    }
+    for (int k = 0; k < n && words >> out[k]; ++k)
+        if (out[k] == "-") out[k].clear();
     return 1;
 }
 
 void PrintWords(FILE* file, const char* key, const std::string* words, int n) {
     std::fprintf(file, "%s", key);
-    for (int k = 0; k < n; ++k) std::fprintf(file, " %s", words[k].c_str());
+    for (int k = 0; k < n; ++k) {
+        // A typed blank would split the field.
+        std::string word = words[k].empty() ? "-" : words[k];
+        for (char& c : word)
+            if (c == ' ' || c == '\t') c = '_';
+        std::fprintf(file, " %s", word.c_str());
+    }
     std::fprintf(file, "\n");
 }
 

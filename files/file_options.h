@@ -9,12 +9,12 @@
 class CKeyReader;
 
 struct COpenOptions {
-    std::string res4d[4] = {"", "", "1", "1"};  // x y z t resolutions, as typed
+    std::string res4d[4] = {"", "", "1", "1"};     // x y z t resolutions, as typed
     std::string skip4d[4] = {"0", "0", "0", "0"};  // byte skips, as typed
     // u and v of the binary reader, kept under keys of their own.
     std::string res_uv[2] = {"1", "1"};
     std::string skip_uv[2] = {"0", "0"};
-    std::string offset = "0";  // header bytes, as typed
+    std::string offset = "0";      // header bytes, as typed
     int baselines[3] = {1, 0, 0};  // ignore, add, subtract
     int swap = 0;
     int swapxy = 0;
@@ -25,8 +25,8 @@ struct COpenOptions {
     int dicom_scale = 0;
     int stay = 0;
     std::string data_format = "data%d";  // naming rule 3, with the running count
-    int name_is_file = 1;  // naming rule 1 to 4
-    int display[3] = {1, 0, 0};  // none, 1d, 2d
+    int name_is_file = 1;                // naming rule 1 to 4
+    int display[3] = {1, 0, 0};          // none, 1d, 2d
     int report = 0;
 
     int ScanfOptions(CKeyReader& reader);

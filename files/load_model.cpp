@@ -93,27 +93,32 @@ FileEntry* CLoadModel::Current() {
     return &entries[index];
 }
 
-std::string CLoadModel::Name(const CZrkData& header) {
-    const FileEntry* e = Current();
-    if (!e) return "";
-    if (options.name_is_file == 2 && !HasNumbers(e->code)) options.name_is_file = 1;
+std::string DataName(COpenOptions& options, const FileEntry& entry, const CZrkData& header,
+                     int count, const std::string& typed) {
+    if (options.name_is_file == 2 && !HasNumbers(entry.code)) options.name_is_file = 1;
     char text[160];
     switch (options.name_is_file) {
         case 2:
             if (header.nz == 1)
-                std::snprintf(text, sizeof text, "e%ds%03di%03d", e->exam, e->series, e->image);
+                std::snprintf(text, sizeof text, "e%ds%03di%03d", entry.exam, entry.series,
+                              entry.image);
             else
-                std::snprintf(text, sizeof text, "e%ds%03d", e->exam, e->series);
+                std::snprintf(text, sizeof text, "e%ds%03d", entry.exam, entry.series);
             return text;
         case 3: {
             const std::string name = FormatCount(options.data_format, count);
-            return name.empty() ? e->title : name;
+            return name.empty() ? entry.title : name;
         }
         case 4:
-            return typed_name.empty() ? e->title : typed_name;
+            return typed.empty() ? entry.title : typed;
         default:
-            return e->title;
+            return entry.title;
     }
+}
+
+std::string CLoadModel::Name(const CZrkData& header) {
+    const FileEntry* e = Current();
+    return e ? DataName(options, *e, header, count, typed_name) : "";
 }
 
 bool CLoadModel::MakeTargets(const FileEntry& entry, const CZrkData& header,
@@ -179,8 +184,7 @@ int CLoadModel::Skip() {
 
 int CLoadModel::LoadInStack() {
     if (!Current()) return 0;
-    const CStackPlan plan =
-        PlanStack(entries, index, [this](FileEntry& e) { return Header(e); });
+    const CStackPlan plan = PlanStack(entries, index, [this](FileEntry& e) { return Header(e); });
     FileEntry& first = entries[index];
     auto fail = [&](CZrkData* targets[3]) {
         if (targets) DropTargets(targets);

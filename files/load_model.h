@@ -34,6 +34,12 @@ struct CStackPlan {
 CStackPlan PlanStack(std::vector<FileEntry>& entries, size_t first,
                      const std::function<bool(FileEntry&)>& header);
 
+// The data name of `entry` for an array of `header`'s sizes by the naming rule of the
+// options, `count` the running count of rule 3, `typed` the name of rule 4. Rule 2 on a kind
+// without exam, series and image numbers turns the options back to rule 1.
+std::string DataName(COpenOptions& options, const FileEntry& entry, const CZrkData& header,
+                     int count, const std::string& typed);
+
 class CLoadModel {
   public:
     CLoadModel(COpenOptions& options, CDataSpace& space, std::vector<FileEntry>& entries);

@@ -10,12 +10,9 @@
 
 const std::vector<COpenFileType>& OpenFileTypes() {
     static const std::vector<COpenFileType> types = {
-        {1, "dicom file (*.dcm)", "*.dcm;*.*"},
-        {2, "nifti image file (*.nii)", "*.nii;*.*"},
-        {3, "binary file (*.*)", "*.*"},
-        {4, "text file (*.*)", "*.*"},
-        {5, "matlab file (*.mat)", "*.mat;*.*"},
-        {6, "zarnik file (*.zrk)", "*.zrk;*.*"},
+        {1, "dicom file (*.dcm)", "*.dcm;*.*"},  {2, "nifti image file (*.nii)", "*.nii;*.*"},
+        {3, "binary file (*.*)", "*.*"},         {4, "text file (*.*)", "*.*"},
+        {5, "matlab file (*.mat)", "*.mat;*.*"}, {6, "zarnik file (*.zrk)", "*.zrk;*.*"},
     };
     return types;
 }

@@ -28,12 +28,14 @@ void CSaveModel::Fill() {
     items.clear();
     if (options.ftype == 2 || options.ftype == 3) {
         for (int k = 0; k < windows.Count(); ++k)
-            if (dynamic_cast<CDisplayEntry*>(windows.Get(k))) items.push_back({windows.Get(k)->name});
+            if (dynamic_cast<CDisplayEntry*>(windows.Get(k)))
+                items.push_back({windows.Get(k)->name});
         return;
     }
     for (int k = 0; k < space.Count(); ++k) {
         const CZrkData* a = space.GetData(k);
-        if (a && a->Bytes() != 0 && !CDataSpace::IsReservedData(a->name)) items.push_back({a->name});
+        if (a && a->Bytes() != 0 && !CDataSpace::IsReservedData(a->name))
+            items.push_back({a->name});
     }
 }
 
@@ -72,8 +74,7 @@ std::vector<CZrkData*> CSaveModel::Arrays() const {
 CDisplayEntry* CSaveModel::Display() const {
     if (options.ftype != 2 && options.ftype != 3) return nullptr;
     for (const CItem& item : items)
-        if (item.ticked)
-            return dynamic_cast<CDisplayEntry*>(windows.FindByName(item.name.c_str()));
+        if (item.ticked) return dynamic_cast<CDisplayEntry*>(windows.FindByName(item.name.c_str()));
     return nullptr;
 }
 

@@ -1,6 +1,7 @@
 // The numbers a binary or text save writes of one array, as doubles: one a element (the
 // part of save_iqmp: 0 i, 1 q, 2 magnitude, 3 phase) or two (4 i and q, 5 magnitude and
-// phase, or i and q whenever the output type is complex).
+// phase, or i and q whenever the output type is complex). A real array has one part, its
+// value, and writes it whatever part is chosen: a magnitude would drop its signs.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +14,8 @@ class CSaveValues {
     CSaveValues(const CZrkData* array, int iqmp, bool complex_out)
         : pairs_(complex_out || iqmp == 4 || iqmp == 5),
           polar_(!complex_out && iqmp == 5),
-          first_(array, pairs_ ? (polar_ ? 2 : 0) : (iqmp >= 0 && iqmp <= 3 ? iqmp : 2)),
+          first_(array, pairs_ ? (polar_ ? 2 : 0)
+                               : (array->IsComplex() && iqmp >= 0 && iqmp <= 3 ? iqmp : 0)),
           second_(array, 3) {}
 
     int PerElement() const { return pairs_ ? 2 : 1; }
