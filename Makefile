@@ -43,13 +43,20 @@ fuzz: deps
 	cmake -S . -B $(FUZZ) -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang-14 \
 	      -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link \
 	      -DQUELMOR_SANITIZE=ON -DQUELMOR_FUZZ=ON -DQUELMOR_GUI=OFF -DQUELMOR_BENCH=OFF
-	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look files_tests
+	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look files_tests \
+	      fuzz_binary_file fuzz_text_file fuzz_stack_model fuzz_escapes files_open_save_tests
 	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
+	cd $(FUZZ) && ./tests/files/files_open_save_tests --gtest_filter=OpenSaveCorpus.* >/dev/null
 	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look
 	cd $(FUZZ) && ./tests/files/fuzz_zrk_file -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/zrk tests/corpus/zrk
 	cd $(FUZZ) && ./tests/display/fuzz_look -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/look tests/corpus/look
+	for t in binary_file:binary text_file:text stack_model:stack escapes:escapes; do \
+	  mkdir -p $(FUZZ)/work/$${t#*:} && cd $(FUZZ) && ./tests/files/fuzz_$${t%%:*} \
+	      -max_total_time=$(FUZZ_SECONDS) -artifact_prefix=findings/ work/$${t#*:} \
+	      tests/corpus/$${t#*:} && cd $(CURDIR) || exit 1; \
+	done
 
 bench: build
 	@sh scripts/bench.sh $(BUILD)

@@ -84,7 +84,9 @@ class LoadModel : public OpenSaveTest {
     std::vector<FileEntry> Entries(const std::vector<CFake>& fakes) {
         std::vector<FileEntry> entries(fakes.size());
         for (size_t k = 0; k < fakes.size(); ++k) {
-            entries[k].path = "/" + std::to_string(k + 1);
+            char path[32];
+            std::snprintf(path, sizeof path, "/%zu", k + 1);
+            entries[k].path = path;
             entries[k].code = kTestCode;
             Fakes()[entries[k].path] = fakes[k];
         }
