@@ -26,6 +26,7 @@ CSaveModel::CSaveModel(CSaveOptions& a_options, CDataSpace& a_space, CWindowSpac
 
 void CSaveModel::Fill() {
     items.clear();
+    saved = 0;
     if (options.ftype == 2 || options.ftype == 3) {
         for (int k = 0; k < windows.Count(); ++k)
             if (dynamic_cast<CDisplayEntry*>(windows.Get(k)))
@@ -40,6 +41,8 @@ void CSaveModel::Fill() {
 }
 
 void CSaveModel::Tick(const std::string& name, bool on) {
+    // A tick on an empty list begins a new series.
+    if (on && Ticked() == 0) saved = 0;
     for (CItem& item : items)
         if (item.name == name) item.ticked = on;
 }

@@ -116,9 +116,10 @@ TEST_F(BinaryFile, SizeLineAndTitleOfTheOpenDialog) {
     EXPECT_EQ(open.entry.status, open.info);
     EXPECT_EQ(open.entry.failed, 0);
 
-    const std::pair<const char*, const char*> nonsense[] = {
-        {"4 0 2 1", "a resolution of 0"}, {"abc 3 2 1", "text"}, {"-5 3 2 1", "negative"},
-        {"4 3 2", "missing t"}};
+    const std::pair<const char*, const char*> nonsense[] = {{"4 0 2 1", "a resolution of 0"},
+                                                            {"abc 3 2 1", "text"},
+                                                            {"-5 3 2 1", "negative"},
+                                                            {"4 3 2", "missing t"}};
     for (const auto& [res, what] : nonsense) {
         Layout(res, TYPE_I2, 0);
         if (std::string(what) == "missing t") open_.res4d[3] = "";
@@ -158,10 +159,11 @@ TEST_F(BinaryFile, ConversionToTheSavedTypeAsksBeforeValuesWrap) {
 
     host_.answer = true;
     ASSERT_EQ(Save("a", Path("yes.raw"), 0), "file saved");
-    const std::vector<double> want = peer::Values(
-        "v = np.array(" + peer::Literal(v, 5) +
-        ", dtype=np.float32)\nprint(*v.astype(np.int64).astype(np.int16))\n"
-        "got = np.fromfile('" + Path("yes.raw") + "', dtype='<i2')\nprint(*got)\n");
+    const std::vector<double> want =
+        peer::Values("v = np.array(" + peer::Literal(v, 5) +
+                     ", dtype=np.float32)\nprint(*v.astype(np.int64).astype(np.int16))\n"
+                     "got = np.fromfile('" +
+                     Path("yes.raw") + "', dtype='<i2')\nprint(*got)\n");
     ASSERT_EQ(want.size(), 10u);
     for (int k = 0; k < 5; ++k) EXPECT_EQ(want[k], want[5 + k]) << k;
 
@@ -175,13 +177,18 @@ TEST_F(BinaryFile, ConversionToTheSavedTypeAsksBeforeValuesWrap) {
     save_.dtype = TYPE_R4;
     save_.iqmp = 5;
     ASSERT_EQ(Save("c", Path("polar.raw"), 0), "file saved");
-    const std::vector<double> check = peer::Values(
-        "iq = np.array(" + peer::Literal(iq, 8) + ", dtype=np.float32)\n"
-        "c = iq[0::2].astype(np.complex64) + 1j * iq[1::2]\n"
-        "m = np.fromfile('" + Path("mag.raw") + "', dtype='<f8')\n"
-        "p = np.fromfile('" + Path("polar.raw") + "', dtype='<f4')\n"
-        "print(np.abs(m - np.abs(c)).max(), np.abs(p[0::2] - np.abs(c)).max(),\n"
-        "      np.abs(p[1::2] - np.angle(c)).max(), m.size, p.size)\n");
+    const std::vector<double> check =
+        peer::Values("iq = np.array(" + peer::Literal(iq, 8) +
+                     ", dtype=np.float32)\n"
+                     "c = iq[0::2].astype(np.complex64) + 1j * iq[1::2]\n"
+                     "m = np.fromfile('" +
+                     Path("mag.raw") +
+                     "', dtype='<f8')\n"
+                     "p = np.fromfile('" +
+                     Path("polar.raw") +
+                     "', dtype='<f4')\n"
+                     "print(np.abs(m - np.abs(c)).max(), np.abs(p[0::2] - np.abs(c)).max(),\n"
+                     "      np.abs(p[1::2] - np.angle(c)).max(), m.size, p.size)\n");
     ASSERT_EQ(check.size(), 5u);
     EXPECT_LT(check[0], 1e-6);
     EXPECT_LT(check[1], 1e-6);

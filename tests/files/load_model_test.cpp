@@ -61,7 +61,8 @@ int FakeLoad(const COpenOptions&, FileEntry& e, CZrkData* const targets[3]) {
                                     targets[k]->Address(x, y, e.dest[0] + z, e.dest[1] + t,
                                                         e.dest[2] + u, e.dest[3] + v);
                                 out.SetI(mark + 100 * k,
-                                         static_cast<uint64_t>(at - static_cast<char*>(targets[k]->Data())) /
+                                         static_cast<uint64_t>(
+                                             at - static_cast<char*>(targets[k]->Data())) /
                                              targets[k]->ElementBytes());
                             }
     }
@@ -110,14 +111,13 @@ TEST_F(LoadModel, StackDirectionComesFromTheFirstEntry) {
         CFake first;
         int direction;
     } table[] = {
-        {Sized(4, 3, 1), 2},       {Sized(4, 3, 5), 3},       {Sized(4, 3, 5, 2), 4},
-        {Sized(4, 3, 1, 2), 5},    {Sized(4, 3, 5, 1, 2), 5}, {Sized(4, 3, 1, 1, 1, 3), 5},
+        {Sized(4, 3, 1), 2},    {Sized(4, 3, 5), 3},       {Sized(4, 3, 5, 2), 4},
+        {Sized(4, 3, 1, 2), 5}, {Sized(4, 3, 5, 1, 2), 5}, {Sized(4, 3, 1, 1, 1, 3), 5},
     };
     for (const auto& row : table) {
         std::vector<FileEntry> entries = Entries({row.first, row.first});
-        const CStackPlan plan = PlanStack(entries, 0, [&](FileEntry& e) {
-            return ReadHeader(open_, e) == 1;
-        });
+        const CStackPlan plan =
+            PlanStack(entries, 0, [&](FileEntry& e) { return ReadHeader(open_, e) == 1; });
         EXPECT_EQ(plan.direction, row.direction) << row.first.res[2] << " " << row.first.res[3];
         EXPECT_EQ(plan.count, 2u);
         res_t want[6];
@@ -239,15 +239,16 @@ TEST_F(LoadModel, NamingRules) {
         const char* want;
         int rule_after;
     } table[] = {
-        {1, 1, &plane, "MR_small", 1},       {2, 1, &plane, "e2s007i012", 2},
-        {2, 7, &volume, "e2s007", 2},        {2, 12, &plane, "e2s007i012", 2},
-        {2, 3, &plane, "MR_small", 1},       {3, 3, &plane, "run05", 3},
+        {1, 1, &plane, "MR_small", 1}, {2, 1, &plane, "e2s007i012", 2},
+        {2, 7, &volume, "e2s007", 2},  {2, 12, &plane, "e2s007i012", 2},
+        {2, 3, &plane, "MR_small", 1}, {3, 3, &plane, "run05", 3},
         {4, 3, &plane, "typed", 4},
     };
     for (const auto& row : table) {
         open_.name_is_file = row.rule;
         e.code = row.code;
-        EXPECT_EQ(DataName(open_, e, *row.header, 5, "typed"), row.want) << row.rule << " " << row.code;
+        EXPECT_EQ(DataName(open_, e, *row.header, 5, "typed"), row.want)
+            << row.rule << " " << row.code;
         EXPECT_EQ(open_.name_is_file, row.rule_after);
     }
     open_.name_is_file = 3;

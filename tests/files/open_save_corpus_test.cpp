@@ -56,8 +56,8 @@ TEST(OpenSaveCorpus, SeedsOfEveryTarget) {
         std::string("\0\0\0\4\3\0\0\4", 8), std::string("\2\17\3\6\2\17\3\6\2\17\3\6\0\0\0\0", 16),
         std::string("\1\0\0\0\1\0\0\4", 8)};
     for (size_t k = 0; k < stacks.size(); ++k) Seed("stack", static_cast<int>(k), stacks[k]);
-    const std::vector<std::string> escapes = {"\\t", "%.9g\\n", ",\\s", "\\x41\\101\\q\\",
-                                              "file%02d.txt", "%s%n", "%5000d", "\\r\\n%e"};
+    const std::vector<std::string> escapes = {
+        "\\t", "%.9g\\n", ",\\s", "\\x41\\101\\q\\", "file%02d.txt", "%s%n", "%5000d", "\\r\\n%e"};
     for (size_t k = 0; k < escapes.size(); ++k) Seed("escapes", static_cast<int>(k), escapes[k]);
 
     // The binary and text seeds load whole; the others are taken as they are.

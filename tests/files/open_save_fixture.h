@@ -70,7 +70,8 @@ class OpenSaveTest : public ::testing::Test {
         const bool is_signed = type % 10 < 4 || type % 10 >= 8;
         for (uint64_t k = 0; k < a->Count(); ++k) {
             const double v = static_cast<double>(k % 97) * (is_signed ? -1.25 : 1.0) + 3;
-            const double pair[2] = {type % 10 >= 8 ? v : std::trunc(v), static_cast<double>(k % 13)};
+            const double pair[2] = {type % 10 >= 8 ? v : std::trunc(v),
+                                    static_cast<double>(k % 13)};
             out.SetIQ(pair, k);
         }
         return a;

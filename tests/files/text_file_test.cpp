@@ -115,10 +115,10 @@ TEST_F(TextFile, FilesWithoutEnoughNumbersFailAndLeaveNothing) {
 
 TEST(Escapes, ExpandAsWritten) {
     const std::pair<const char*, const char*> table[] = {
-        {"\\t", "\t"},       {"\\n", "\n"},   {"\\r\\n", "\r\n"}, {"a\\sb", "a b"},
-        {"\\\\", "\\"},      {"\\x41\\x4a", "AJ"}, {"\\101", "A"},
-        {"\\q", "\\q"},      {"end\\", "end\\"}, {"\\x", "\\x"},  {"\\x4g", "\x04g"},
-        {"\\1234", "S4"},    {"\\\"\\'\\?", "\"'?"},
+        {"\\t", "\t"},          {"\\n", "\n"},        {"\\r\\n", "\r\n"}, {"a\\sb", "a b"},
+        {"\\\\", "\\"},         {"\\x41\\x4a", "AJ"}, {"\\101", "A"},     {"\\q", "\\q"},
+        {"end\\", "end\\"},     {"\\x", "\\x"},       {"\\x4g", "\x04g"}, {"\\1234", "S4"},
+        {"\\\"\\'\\?", "\"'?"},
     };
     for (const auto& [in, want] : table) EXPECT_EQ(ExpandEscapes(in), std::string(want)) << in;
     EXPECT_EQ(ExpandEscapes("\\0"), std::string(1, '\0'));
@@ -126,8 +126,8 @@ TEST(Escapes, ExpandAsWritten) {
 
 TEST(UserFormats, OnlyTheAllowedConversions) {
     const std::pair<const char*, int> table[] = {
-        {"file%02d.txt", 1}, {"plain", 0},     {"100%%", 0},  {"%d%d", 2},  {"%s", -1},
-        {"%*d", -1},         {"%ld", -1},      {"%5000d", -1}, {"%-3.2d", 1}, {"50%", -1},
+        {"file%02d.txt", 1}, {"plain", 0}, {"100%%", 0},   {"%d%d", 2},   {"%s", -1},
+        {"%*d", -1},         {"%ld", -1},  {"%5000d", -1}, {"%-3.2d", 1}, {"50%", -1},
     };
     for (const auto& [format, count] : table)
         EXPECT_EQ(CountConversions(format, "diuxXo"), count) << format;
