@@ -90,8 +90,8 @@ CDialogSaveAs::CDialogSaveAs(CSaveModel& model, QWidget* parent)
         names_->setText(QString::fromStdString(model_.ListText()));
     });
     connect(browse, &QPushButton::clicked, this, [this] {
-        const QString path = QFileDialog::getSaveFileName(this, "save as", file_->text(), QString(),
-                                                          nullptr, QFileDialog::DontConfirmOverwrite);
+        const QString path = QFileDialog::getSaveFileName(
+            this, "save as", file_->text(), QString(), nullptr, QFileDialog::DontConfirmOverwrite);
         if (!path.isEmpty()) file_->setText(path);
     });
     connect(buttons, &QDialogButtonBox::accepted, this, &CDialogSaveAs::OnOk);
@@ -135,8 +135,8 @@ void CDialogSaveAs::OnOk() {
     {
         const QSignalBlocker block(list_);
         for (int k = 0; k < list_->count(); ++k)
-            list_->item(k)->setCheckState(model_.items[static_cast<size_t>(k)].ticked ? Qt::Checked
-                                                                                      : Qt::Unchecked);
+            list_->item(k)->setCheckState(
+                model_.items[static_cast<size_t>(k)].ticked ? Qt::Checked : Qt::Unchecked);
     }
     names_->setText(QString::fromStdString(model_.ListText()));
     emit saved(QString::fromStdString(model_.status));
