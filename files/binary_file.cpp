@@ -196,6 +196,11 @@ int ReadBinaryHeader(const COpenOptions& options, FileEntry& entry) {
         entry.status = "invalid data type";
         return 0;
     }
+    // dataOffset is 32 bits wide; a larger header would be read from the wrong place.
+    if (TypedCount(options.offset) > INT32_MAX) {
+        entry.status = "header offset too large";
+        return 0;
+    }
     bool fits = false;
     entry.status = BinarySizeLine(entry, &fits);
     return fits ? 1 : 0;

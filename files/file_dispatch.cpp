@@ -4,7 +4,6 @@
 #include <new>
 
 #include "core/zrk_error.h"
-#include "files/binary_file.h"
 #include "files/file_kinds.h"
 #include "files/load_model.h"
 #include "files/open_model.h"
@@ -55,8 +54,8 @@ int ReadHeader(const COpenOptions& dialog, FileEntry& entry) {
 void ShowInfo(COpenModel& dialog, const FileEntry& entry) {
     dialog.info = entry.status;
     dialog.title.clear();
+    // The binary header step leaves the size line in the status.
     if (entry.code != 3) return;
-    dialog.info = BinarySizeLine(entry);
     const CZrkData& h = entry.header;
     char title[160];
     std::snprintf(title, sizeof title, "%s (%d,%d,%d,%d)", TypeName(h.Type()),

@@ -18,7 +18,8 @@ class CSaveModel;
 int ReadHeader(const COpenOptions& dialog, FileEntry& entry);
 
 // The info line and preview title of the open dialog for its current entry: the reader's
-// status, and for code 3 the size line and "%s (%d,%d,%d,%d)".
+// status (for code 3 the size line of BinarySizeLine) and for code 3 the title
+// "%s (%d,%d,%d,%d)" with the type and x, y, z, t.
 void ShowInfo(COpenModel& dialog, const FileEntry& entry);
 
 // Loads `entry` under the load dialog's data name as one or three new arrays; 1 on success.

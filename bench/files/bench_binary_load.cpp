@@ -87,7 +87,8 @@ BENCHMARK(Copy)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     for (int k = 1; k < argc; ++k)
-        if (std::strncmp(argv[k], "--mb=", 5) == 0) g_megabytes = std::strtoull(argv[k] + 5, nullptr, 10);
+        if (std::strncmp(argv[k], "--mb=", 5) == 0)
+            g_megabytes = std::strtoull(argv[k] + 5, nullptr, 10);
     if (g_megabytes < 4) g_megabytes = 4;
     g_megabytes -= g_megabytes % 4;
     InstallFileKinds();

@@ -129,6 +129,9 @@ TEST_F(BinaryFile, SizeLineAndTitleOfTheOpenDialog) {
     }
     open.Select(Path("missing.raw"));
     EXPECT_EQ(open.info, "unable to access file");
+    Layout("4 3 2 1", TYPE_I2, 0, "0 0 0 0", "3000000000");
+    open.Select(Path("f.raw"));
+    EXPECT_EQ(open.info, "header offset too large");
 }
 
 TEST_F(BinaryFile, DataBeyondTheFileIsRefusedBeforeAnythingIsMade) {
