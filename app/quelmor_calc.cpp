@@ -8,12 +8,12 @@
 //
 // Files are opened before the equations and saved after them. -r opens any file the open
 // dialog opens (workspace, binary, text, DICOM, NIfTI, MAT), its kind told by its content and
-// extension, with the arrays named as the load dialog names them; NAME=FILE gives the one
-// array NAME. --stack loads the files that follow as one stack. -w NAME=FILE saves one array
-// in the format of the extension, -w FILE the workspace. --set sets one option of the open
-// and save dialogs as the preferences file would ("open_res4d=64 64 1 1"). Statuses go to
-// standard error; a failed open or save ends the run with status 1. A crash writes the crash
-// workspace, as the program does.
+// extension unless --set open_filetype= names it, with the arrays named as the load dialog names
+// them; NAME=FILE gives the one array NAME. --stack loads the files that follow as one stack. -w
+// NAME=FILE saves one array in the format of the extension, -w FILE the workspace. --set sets one
+// option of the open and save dialogs as the preferences file would ("open_res4d=64 64 1 1").
+// Statuses go to standard error; a failed open or save ends the run with status 1. A crash writes
+// the crash workspace, as the program does.
 // --unwrap OUT=PHASE[,QUALITY] unwraps the whole stack of PHASE after the equations and
 // before the prints (OUT=PHASE in place); --unwrap-method 0|1|2, --unwrap-range LOW,HIGH
 // (default -pi,pi), --unwrap-thresh T (mask: quality >= T) and --unwrap-3d set its options.
@@ -196,10 +196,11 @@ bool SetOption(const COptionTable& table, const std::string& setting) {
 }
 
 // Opens as the open dialog does; 0, or 1 with the status on standard error.
-int OpenFiles(CShellModules& modules, CDataSpace& space, const CFileArg& file) {
+// The kind is guessed unless --set open_filetype= named it.
+int OpenFiles(CShellModules& modules, CDataSpace& space, const CFileArg& file, bool guess) {
     const std::vector<std::string> paths = file.stack.empty() ? std::vector{file.path} : file.stack;
     COpenOptions& options = modules.open;
-    options.filetype = GuessOpenCode(paths[0]);
+    if (guess) options.filetype = GuessOpenCode(paths[0]);
     std::string folder;
     COpenModel open(options, space, folder);
     const int rule = options.name_is_file;
@@ -252,6 +253,7 @@ int main(int argc, char** argv) {
     std::vector<std::string> equations, prints;
     std::vector<CFileArg> reads, writes;
     bool keep_going = false;
+    bool guess_kind = true;
     CUnwrapRequest unwrap;
     for (int k = 1; k < argc; ++k) {
         const std::string arg = argv[k];
@@ -270,6 +272,7 @@ int main(int argc, char** argv) {
             if (stack.stack.empty()) return Usage();
             reads.push_back(stack);
         } else if (arg == "--set" && k + 1 < argc) {
+            guess_kind = guess_kind && std::string(argv[k + 1]).rfind("open_filetype=", 0) != 0;
             if (!SetOption(table, argv[++k])) {
                 std::fprintf(stderr, "unknown option: %s\n", argv[k]);
                 return 2;
@@ -296,7 +299,7 @@ int main(int argc, char** argv) {
     space.InitReservedData();
     space.SetUnique();
     for (const CFileArg& file : reads)
-        if (OpenFiles(modules, space, file) != 0) return 1;
+        if (OpenFiles(modules, space, file, guess_kind) != 0) return 1;
 
     int exit_status = 0;
     auto run = [&](const std::string& text) {

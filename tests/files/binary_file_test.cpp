@@ -209,7 +209,7 @@ TEST_F(BinaryFile, FailedAndKilledSavesLeaveTheOldFileWhole) {
     const std::string target = Path("big.raw");
     const std::string old(1 << 20, 'o');
     Spit(target, old);
-    CZrkData* big = space_.NewData(TYPE_R4, 1024, 1024, 16, 1, 1, 1, "big");
+    CZrkData* big = space_.NewData(TYPE_R4, 1024, 1024, 8, 1, 1, 1, "big");
     std::fill_n(static_cast<float*>(big->Data()), big->Count(), 2.0f);
     const std::string fresh = std::string(static_cast<const char*>(big->Data()), big->Bytes());
     save_.dtype = TYPE_R4;

@@ -35,6 +35,11 @@ test "$out" = "$(printf 'c = b - a\nr4 c[3][2]\n0\n0\n0\n0\n0\n0')"
     -w "z0=$dir/stack.raw" -p z0 </dev/null | grep -q "i2 z0\[4\]\[3\]\[3\]"
 cmp "$dir/stack.raw" "$dir/want.raw"
 
+# The kind named overrides the guess: a text file under a binary name.
+printf '1 2\n3 4\n' >"$dir/t.raw"
+"$calc" --set open_filetype=4 --set "open_res4d=2 2 1 1" -r "$dir/t.raw" -p t </dev/null |
+    grep -q "r4 t\[2\]\[2\]"
+
 # Failures: the reader's text on standard error, status 1.
 if "$calc" -r "$dir/missing.raw" 2>"$dir/err" </dev/null; then exit 1; fi
 grep -q "unable to access file" "$dir/err"

@@ -22,7 +22,8 @@ TEST_F(FileKinds, RegistryRefusesDoublesAndMatchesTheLongestExtension) {
     EXPECT_EQ(FindWriterByExtension("x.unknown"), nullptr);
     EXPECT_EQ(FindWriterByExtension(".txt"), nullptr);
     EXPECT_THROW(RegisterReader(3, {}), std::logic_error);
-    EXPECT_THROW(RegisterWriter({.row = 1, .extensions = ".q1", .write = Nothing}), std::logic_error);
+    EXPECT_THROW(RegisterWriter({.row = 1, .extensions = ".q1", .write = Nothing}),
+                 std::logic_error);
     EXPECT_THROW(RegisterWriter({.row = -1, .extensions = ".TXT", .write = Nothing}),
                  std::logic_error);
     // Registering twice over is harmless.
@@ -45,12 +46,12 @@ TEST_F(FileKinds, GuessByContentThenName) {
         std::string bytes;
         int code;
     } table[] = {
-        {"scan.bin", dicom, 1},          {"a.txt", nifti1, 2},
-        {"a.raw", nifti2, 2},            {"b.raw", "MATLAB 5.0 MAT-file", 5},
-        {"c.raw", "zarnik win99\n", 6},  {"d.nii", "", 2},
-        {"e.nii.gz", "\x1f\x8b", 2},     {"f.HDR", "", 2},
-        {"g.mat", "\0\0\0\0", 5},        {"h.zrk", "", 6},
-        {"i.txt", "1 2 3", 4},           {"j", "1 2 3", 3},
+        {"scan.bin", dicom, 1},         {"a.txt", nifti1, 2},
+        {"a.raw", nifti2, 2},           {"b.raw", "MATLAB 5.0 MAT-file", 5},
+        {"c.raw", "zarnik win99\n", 6}, {"d.nii", "", 2},
+        {"e.nii.gz", "\x1f\x8b", 2},    {"f.HDR", "", 2},
+        {"g.mat", "\0\0\0\0", 5},       {"h.zrk", "", 6},
+        {"i.txt", "1 2 3", 4},          {"j", "1 2 3", 3},
         {"k.dcm", "short", 3},
     };
     for (const auto& row : table) {
