@@ -1,7 +1,9 @@
 #include "files/open_model.h"
 
 #include <algorithm>
+#include <cmath>
 
+#include "core/data_cursor.h"
 #include "core/host.h"
 #include "files/file_dispatch.h"
 #include "files/file_kinds.h"
@@ -40,6 +42,62 @@ void COpenModel::Select(const std::string& path) {
 void COpenModel::SetFileType(int code) {
     options.filetype = code;
     Select(entry.path);
+}
+
+bool COpenModel::Preview(CZrkData& plane) {
+    const CFileReader* reader = FindReader(entry.code);
+    if (entry.failed || entry.path.empty() || !reader || !reader->load) return false;
+    // The same entry cut to its first plane: the reader skips nothing it would not skip.
+    FileEntry first = entry;
+    const CZrkData& h = entry.header;
+    first.header.SetHeader(h.Type(), h.nx, h.ny, 1, 1, 1, 1);
+    for (uint64_t& d : first.dest) d = 0;
+    CZrkData planes[3];
+    CZrkData* targets[3] = {};
+    bool made = true;
+    for (int k = 0; k < (entry.isRgb ? 3 : 1); ++k) {
+        planes[k].CopyHeaderFrom(first.header);
+        made = made && planes[k].Allocate();
+        targets[k] = &planes[k];
+    }
+    bool ok = false;
+    if (made) {
+        try {
+            ok = reader->load(options, first, targets) == 1;
+        } catch (...) {
+        }
+    }
+    for (int k = 1; k < 3; ++k) planes[k].FreeData();
+    if (!ok) {
+        planes[0].FreeData();
+        return false;
+    }
+    plane.FreeData();
+    plane = planes[0];
+    return true;
+}
+
+std::vector<uint8_t> COpenModel::PreviewLevels(const CZrkData& plane) {
+    const uint64_t n = plane.CountXY();
+    std::vector<float> v(n);
+    if (!plane.Data() || n == 0) return {};
+    CDataCursor<float> in(&plane, plane.IsComplex() ? 2 : 0);
+    in.GetBlock(v.data(), 0, n);
+    float lo = 0, hi = 0;
+    bool any = false;
+    for (float x : v) {
+        if (!std::isfinite(x)) continue;
+        lo = any ? std::min(lo, x) : x;
+        hi = any ? std::max(hi, x) : x;
+        any = true;
+    }
+    std::vector<uint8_t> grey(n, 0);
+    const double span = hi > lo ? static_cast<double>(hi) - lo : 1.0;
+    for (uint64_t k = 0; k < n; ++k)
+        if (std::isfinite(v[k]))
+            grey[k] =
+                static_cast<uint8_t>(std::lround((v[k] - static_cast<double>(lo)) / span * 255));
+    return grey;
 }
 
 int COpenModel::Ok(const std::vector<std::string>& paths) {

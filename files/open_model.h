@@ -10,6 +10,7 @@
 //   open.Ok({"/data/a.raw"});          // "read success", "read exit" or the entry's status
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -39,6 +40,12 @@ class COpenModel {
     void SetFileType(int code);
     // Loads the selection; 1 when the dialog closes (open_stay= off and the load went well).
     int Ok(const std::vector<std::string>& paths);
+    // The first plane of the selection (the red one of an RGB file) into `plane`, which
+    // this allocates and the caller frees; false when the file gives none.
+    bool Preview(CZrkData& plane);
+    // A plane as grey levels, x fastest, its lowest value 0 and its highest 255 (magnitude
+    // of a complex plane; NaN as 0).
+    static std::vector<uint8_t> PreviewLevels(const CZrkData& plane);
 
     COpenOptions& options;
     CDataSpace& space;

@@ -1,5 +1,6 @@
 #include "files/qt/dialog_open.h"
 
+#include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -7,10 +8,14 @@
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QGridLayout>
+#include <QHBoxLayout>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPixmap>
 #include <QPushButton>
+#include <QRadioButton>
 
 #include "core/element_type.h"
 #include "core/host.h"
@@ -35,6 +40,8 @@ CDialogOpen::CDialogOpen(COpenModel& model, QWidget* parent)
       perline_(new QComboBox(this)),
       dicom_scale_(new QCheckBox("dicom rescale", this)),
       stay_(new QCheckBox("stay open", this)),
+      preview_(new QCheckBox("preview", this)),
+      picture_(new QLabel(this)),
       title_(new QLabel(this)),
       info_(new QLabel(this)) {
     setObjectName("open_dialog");
@@ -76,6 +83,19 @@ CDialogOpen::CDialogOpen(COpenModel& model, QWidget* parent)
     dicom_scale_->setChecked(o.dicom_scale);
     stay_->setObjectName("open_stay");
     stay_->setChecked(o.stay);
+    preview_->setObjectName("open_preview");
+    preview_->setChecked(o.preview);
+    picture_->setObjectName("open_picture");
+    auto* baselines = new QHBoxLayout;
+    auto* baseline_group = new QButtonGroup(this);
+    const char* baseline_texts[3] = {"ignore baselines", "add baselines", "subtract baselines"};
+    for (int k = 0; k < 3; ++k) {
+        baselines_[k] = new QRadioButton(baseline_texts[k], this);
+        baselines_[k]->setObjectName(QString("open_baseline%1").arg(k));
+        baselines_[k]->setChecked(o.baselines[k]);
+        baseline_group->addButton(baselines_[k]);
+        baselines->addWidget(baselines_[k]);
+    }
     title_->setObjectName("open_title");
     info_->setObjectName("open_info");
 
@@ -92,7 +112,10 @@ CDialogOpen::CDialogOpen(COpenModel& model, QWidget* parent)
     form->addRow(swap_);
     form->addRow("text lines", perline_);
     form->addRow(dicom_scale_);
+    form->addRow(baselines);
     form->addRow(stay_);
+    form->addRow(preview_);
+    form->addRow(picture_);
     form->addRow(title_);
     form->addRow(info_);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
@@ -111,6 +134,7 @@ CDialogOpen::CDialogOpen(COpenModel& model, QWidget* parent)
     connect(offset_, &QLineEdit::editingFinished, this, &CDialogOpen::OnSelection);
     connect(datatype_, &QComboBox::currentIndexChanged, this, &CDialogOpen::OnSelection);
     connect(swap_, &QCheckBox::toggled, this, &CDialogOpen::OnSelection);
+    connect(preview_, &QCheckBox::toggled, this, &CDialogOpen::OnSelection);
     connect(buttons, &QDialogButtonBox::accepted, this, &CDialogOpen::OnOk);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     ShowFolder();
@@ -134,6 +158,8 @@ void CDialogOpen::StoreFields() {
     o.perline = perline_->currentIndex();
     o.dicom_scale = dicom_scale_->isChecked();
     o.stay = stay_->isChecked();
+    o.preview = preview_->isChecked();
+    for (int k = 0; k < 3; ++k) o.baselines[k] = baselines_[k]->isChecked();
     o.filetype = type_->currentData().toInt();
 }
 
@@ -143,6 +169,19 @@ void CDialogOpen::OnSelection() {
     model_.Select(item ? QDir(folder_->text()).filePath(item->text()).toStdString() : "");
     title_->setText(QString::fromStdString(model_.title));
     info_->setText(QString::fromStdString(model_.info));
+    ShowPreview();
+}
+
+void CDialogOpen::ShowPreview() {
+    picture_->clear();
+    CZrkData plane;
+    if (!model_.options.preview || !model_.Preview(plane)) return;
+    const std::vector<uint8_t> grey = COpenModel::PreviewLevels(plane);
+    const int w = static_cast<int>(plane.nx), h = static_cast<int>(plane.ny);
+    plane.FreeData();
+    if (grey.empty()) return;
+    QImage image(grey.data(), w, h, w, QImage::Format_Grayscale8);
+    picture_->setPixmap(QPixmap::fromImage(image.copy().scaled(160, 160, Qt::KeepAspectRatio)));
 }
 
 void CDialogOpen::OnOk() {

@@ -1,6 +1,7 @@
 // CDialogOpen: the open dialog over COpenModel. A folder and its files (several may be
-// selected), the type list, the fields of the binary and text layouts, and the info line
-// that the header step of the current file fills on every change. OK loads the selection;
+// selected), the type list, the fields of the binary and text layouts, the baselines of raw
+// scanner files, and the info line and (with "preview" on) the first plane that the header
+// step of the current file gives on every change. OK loads the selection;
 // for kinds that go through the load dialog it shows CDialogLoad.
 #pragma once
 
@@ -12,6 +13,7 @@ class QComboBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
+class QRadioButton;
 
 class CDialogOpen : public QDialog {
     Q_OBJECT
@@ -28,6 +30,7 @@ class CDialogOpen : public QDialog {
   private:
     void StoreFields();
     void OnSelection();
+    void ShowPreview();
 
     COpenModel& model_;
     QLineEdit* folder_;
@@ -41,6 +44,9 @@ class CDialogOpen : public QDialog {
     QComboBox* perline_;
     QCheckBox* dicom_scale_;
     QCheckBox* stay_;
+    QCheckBox* preview_;
+    QRadioButton* baselines_[3];
+    QLabel* picture_;
     QLabel* title_;
     QLabel* info_;
 };

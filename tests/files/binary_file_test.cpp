@@ -134,6 +134,24 @@ TEST_F(BinaryFile, SizeLineAndTitleOfTheOpenDialog) {
     EXPECT_EQ(open.info, "header offset too large");
 }
 
+TEST_F(BinaryFile, PreviewIsTheFirstPlaneInGreyLevels) {
+    // Two planes of 3 x 2 n2 behind 4 header bytes, the second all 9s.
+    const uint16_t v[16] = {0, 0, 10, 20, 30, 40, 50, 60, 9, 9, 9, 9, 9, 9};
+    Spit(Path("p.raw"), std::string(reinterpret_cast<const char*>(v), sizeof v));
+    Layout("3 2 2 1", TYPE_N2, 0, "0 0 0 0", "4");
+    open_.filetype = 3;
+    COpenModel open(open_, space_, folder_);
+    open.Select(Path("p.raw"));
+    CZrkData plane;
+    ASSERT_TRUE(open.Preview(plane));
+    EXPECT_EQ(plane.ResText(), "[3][2]");
+    EXPECT_EQ(COpenModel::PreviewLevels(plane), (std::vector<uint8_t>{0, 51, 102, 153, 204, 255}));
+    plane.FreeData();
+    EXPECT_EQ(space_.Count(), 0);
+    open.Select(Path("missing.raw"));
+    EXPECT_FALSE(open.Preview(plane));
+}
+
 TEST_F(BinaryFile, DataBeyondTheFileIsRefusedBeforeAnythingIsMade) {
     Spit(Path("short.raw"), std::string(40, '\1'));
     const char* too_big[] = {"5 5 1 1", "100000 100000 100000 100000", "4294967296 4294967296 2 1"};

@@ -66,6 +66,10 @@ TEST_F(DialogOpenTest, HeaderOnSelectionAndLoadThroughTheLoadDialog) {
     EXPECT_EQ(Find<QLabel>(&dialog, "open_title")->text(), "i2 (4,3,1,1)");
     EXPECT_EQ(Find<QLabel>(&dialog, "open_info")->text(),
               "file size:24  data size:24\n3 x lines; 1 xy planes; 1 xyz cubes");
+    EXPECT_TRUE(Find<QLabel>(&dialog, "open_picture")->pixmap().isNull());
+    Find<QCheckBox>(&dialog, "open_preview")->setChecked(true);
+    EXPECT_FALSE(Find<QLabel>(&dialog, "open_picture")->pixmap().isNull());
+    QTest::mouseClick(Find<QRadioButton>(&dialog, "open_baseline2"), Qt::LeftButton);
 
     files->selectAll();
     // The load dialog comes up modal: load both files from it.
@@ -82,6 +86,8 @@ TEST_F(DialogOpenTest, HeaderOnSelectionAndLoadThroughTheLoadDialog) {
     ASSERT_NE(space_.FindData("b"), nullptr);
     EXPECT_EQ(space_.FindData("b")->ResText(), "[4][3]");
     EXPECT_EQ(open_.res4d[0], "4");
+    EXPECT_EQ(open_.baselines[2], 1);
+    EXPECT_EQ(open_.preview, 1);
     EXPECT_EQ(dialog.result(), QDialog::Accepted);
 }
 
