@@ -106,6 +106,9 @@ int CSaveModel::Save() {
         status = "file not saved";
         return 0;
     }
+    // A movie gets its extension before the question whether it exists.
+    if (options.ftype == 3 && (path.size() < 4 || path.compare(path.size() - 4, 4, ".avi") != 0))
+        path += ".avi";
     struct stat st = {};
     if (stat(path.c_str(), &st) == 0 && !Host().AskYesNo("file exists: OVERWRITE?")) {
         status = "file not overwritten";

@@ -80,7 +80,12 @@ TEST_F(SaveModel, OverwriteIsAskedAndStayKeepsTheDialog) {
     CSaveModel movie(save_, space_, windows_);
     movie.Fill();
     EXPECT_TRUE(movie.items.empty());
-    movie.file_name = Path("m.avi");
+    movie.file_name = Path("m");
+    Spit(Path("m.avi"), "old movie");
+    host_.answer = false;
+    movie.Save();
+    EXPECT_EQ(movie.status, "file not overwritten");
+    host_.answer = true;
     movie.Save();
     EXPECT_EQ(movie.status, "unknown file type");
 }
