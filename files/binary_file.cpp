@@ -69,10 +69,13 @@ void Swap(char* p, uint64_t bytes, int size) {
 // between them cost no system call each; long runs go straight to their target.
 class CPositionalReader {
   public:
-    explicit CPositionalReader(int fd) : fd_(fd), buffer_(1 << 20) {}
+    explicit CPositionalReader(int fd) : fd_(fd) {}
 
     bool Read(uint64_t offset, char* out, uint64_t n) {
-        if (n >= buffer_.size() / 2) return Direct(offset, out, n);
+        constexpr size_t kBuffer = 1 << 20;
+        if (n >= kBuffer / 2) return Direct(offset, out, n);
+        // Only runs of a few bytes need the buffer.
+        if (buffer_.empty()) buffer_.resize(kBuffer);
         if (offset < start_ || offset + n > start_ + filled_) {
             start_ = offset;
             filled_ = 0;
