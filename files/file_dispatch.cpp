@@ -1,6 +1,6 @@
 #include "files/file_dispatch.h"
 
-#include <cinttypes>
+#include <cstdio>
 #include <new>
 
 #include "core/zrk_error.h"
