@@ -13,6 +13,7 @@
 //   save.Save();                       // status "file saved"
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -40,7 +41,8 @@ class CSaveModel {
 
     CSaveModel(CSaveOptions& options, CDataSpace& space, CWindowSpace& windows);
 
-    // Lists the arrays, or the displays for the picture and movie rows, all unticked.
+    // Lists the arrays, or the displays for the picture and movie rows, those whose select
+    // bits meet `tick_mask` ticked.
     void Fill();
     void Tick(const std::string& name, bool on);
     // The first ticked name, with " ..." behind it when two or more remain.
@@ -60,6 +62,7 @@ class CSaveModel {
     CDataSpace& space;
     CWindowSpace& windows;
     std::vector<CItem> items;
+    uint32_t tick_mask = 0;  // the selection of the desktop, say
     std::string file_name;
     std::string status;
     int saved = 0;  // the count of the "%d" specifier

@@ -110,6 +110,7 @@ void CMainFrame::BuildMenus() {
     open->setShortcut(QKeySequence::Open);
     QAction* save = action(file, "&save...\tctrl_s", "action_save", [this] {
         CSaveModel model(modules_.save, space_, GlobalWindowSpace());
+        model.tick_mask = kDesktopSelect;
         CDialogSaveAs dialog(model, this);
         connect(&dialog, &CDialogSaveAs::saved, this,
                 [this](const QString& status) { SetStatus(0, status.toStdString()); });

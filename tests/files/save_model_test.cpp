@@ -44,9 +44,12 @@ TEST_F(SaveModel, SeveralArraysNeedOneSpecifierAndGoOneAtATime) {
         EXPECT_EQ(std::filesystem::file_size(Path(f)), 16u) << f;
     EXPECT_EQ(save.ListText(), "");
 
+    // The desktop's selection comes ticked.
+    space_.FindData("b")->select = 1;
     CSaveModel one(save_, space_, windows_);
+    one.tick_mask = 1;
     one.Fill();
-    one.Tick("b", true);
+    EXPECT_EQ(one.ListText(), "b");
     one.file_name = Path("one%d.raw");
     EXPECT_EQ(one.Save(), 0);
     EXPECT_EQ(one.status, "remove %d format specifier from file name");
