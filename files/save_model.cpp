@@ -30,13 +30,13 @@ void CSaveModel::Fill() {
     if (options.ftype == 2 || options.ftype == 3) {
         for (int k = 0; k < windows.Count(); ++k)
             if (dynamic_cast<CDisplayEntry*>(windows.Get(k)))
-                items.push_back({windows.Get(k)->name});
+                items.push_back({windows.Get(k)->name, (windows.Get(k)->select & tick_mask) != 0});
         return;
     }
     for (int k = 0; k < space.Count(); ++k) {
         const CZrkData* a = space.GetData(k);
         if (a && a->Bytes() != 0 && !CDataSpace::IsReservedData(a->name))
-            items.push_back({a->name});
+            items.push_back({a->name, (a->select & tick_mask) != 0});
     }
 }
 
