@@ -43,8 +43,10 @@ fuzz: deps
 	cmake -S . -B $(FUZZ) -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang-14 \
 	      -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link \
 	      -DQUELMOR_SANITIZE=ON -DQUELMOR_FUZZ=ON -DQUELMOR_GUI=OFF -DQUELMOR_BENCH=OFF
-	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look fuzz_payload files_tests
+	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look fuzz_payload files_tests \
+	      fuzz_binary_file fuzz_text_file fuzz_stack_model fuzz_escapes files_open_save_tests
 	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
+	cd $(FUZZ) && ./tests/files/files_open_save_tests --gtest_filter=OpenSaveCorpus.* >/dev/null
 	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look $(FUZZ)/work/payload
 	cd $(FUZZ) && ./tests/files/fuzz_zrk_file -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/zrk tests/corpus/zrk
@@ -52,6 +54,11 @@ fuzz: deps
 	      -artifact_prefix=findings/ work/look tests/corpus/look
 	cd $(FUZZ) && ./tests/display/fuzz_payload -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/payload $(CURDIR)/tests/display/payload_corpus
+	for t in binary_file:binary text_file:text stack_model:stack escapes:escapes; do \
+	  mkdir -p $(FUZZ)/work/$${t#*:} && cd $(FUZZ) && ./tests/files/fuzz_$${t%%:*} \
+	      -max_total_time=$(FUZZ_SECONDS) -artifact_prefix=findings/ work/$${t#*:} \
+	      tests/corpus/$${t#*:} && cd $(CURDIR) || exit 1; \
+	done
 
 bench: build
 	@sh scripts/bench.sh $(BUILD)

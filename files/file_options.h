@@ -9,9 +9,12 @@
 class CKeyReader;
 
 struct COpenOptions {
-    std::string res4d[4];          // x y z t resolutions, as typed
-    std::string skip4d[4];         // byte skips, as typed
-    std::string offset;            // header bytes, as typed
+    std::string res4d[4] = {"", "", "1", "1"};     // x y z t resolutions, as typed
+    std::string skip4d[4] = {"0", "0", "0", "0"};  // byte skips, as typed
+    // u and v of the binary reader, kept under keys of their own.
+    std::string res_uv[2] = {"1", "1"};
+    std::string skip_uv[2] = {"0", "0"};
+    std::string offset = "0";      // header bytes, as typed
     int baselines[3] = {1, 0, 0};  // ignore, add, subtract
     int swap = 0;
     int swapxy = 0;
@@ -21,9 +24,9 @@ struct COpenOptions {
     int preview = 0;
     int dicom_scale = 0;
     int stay = 0;
-    std::string data_format;
-    int name_is_file = 1;        // naming rule 1 to 4
-    int display[3] = {0, 0, 0};  // none, 1d, 2d
+    std::string data_format = "data%d";  // naming rule 3, with the running count
+    int name_is_file = 1;                // naming rule 1 to 4
+    int display[3] = {1, 0, 0};          // none, 1d, 2d
     int report = 0;
 
     int ScanfOptions(CKeyReader& reader);
@@ -31,9 +34,10 @@ struct COpenOptions {
 };
 
 struct CSaveOptions {
-    std::string txtformat;
-    std::string separator;
-    std::string eol;
+    // Escapes (\t, \n, \s for a blank, ...) expanded when the text writer runs.
+    std::string txtformat = "%.9g";
+    std::string separator = "\\t";
+    std::string eol = "\\n";
     int stay = 0;
     int ftype = 0;
     int iqmp = 2;
@@ -44,8 +48,8 @@ struct CSaveOptions {
     int perline = 0;
     uint32_t nuid = 0;
     float rasinc = 0.0f;
-    int fps = 0;
-    int ppt = 0;
+    int fps = 10;
+    int ppt = 1;
 
     int ScanfOptions(CKeyReader& reader);
     void PrintfOptions(FILE* file) const;

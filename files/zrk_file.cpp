@@ -1,6 +1,5 @@
 #include "files/zrk_file.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,6 +17,7 @@
 #include "core/window_space.h"
 #include "display/display_entry.h"
 #include "display/text_sink.h"
+#include "files/atomic_file.h"
 #include "files/file_entry.h"
 
 namespace {
@@ -568,38 +568,17 @@ const char* CrashPath() { return g_crash_path; }
 WorkspaceWriteResult WriteWorkspaceFile(const char* path, const CDataSpace& space,
                                         const CWindowSpace& windows, const std::string& history) {
     char temp[4160];
-    const int n = std::snprintf(temp, sizeof temp, "%s.%ld.tmp", path, static_cast<long>(getpid()));
-    if (n < 0 || static_cast<size_t>(n) >= sizeof temp) return WRITE_CREATE_FAILED;
-    const int fd = open(temp, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    const int fd = AtomicCreate(path, temp, sizeof temp);
     if (fd < 0) return WRITE_CREATE_FAILED;
-    // The file that replaces a workspace keeps its permissions.
-    struct stat old = {};
-    if (stat(path, &old) == 0) fchmod(fd, old.st_mode & 07777);
     CFdSink sink(fd);
     WriteWorkspace(sink, space, windows, history);
     sink.Flush();
-    bool ok = sink.Error() == 0 && fsync(fd) == 0;
-    ok = close(fd) == 0 && ok;
-    if (!ok || rename(temp, path) != 0) {
+    if (sink.Error() != 0) {
+        close(fd);
         unlink(temp);
         return WRITE_FAILED;
     }
-    // The rename itself is durable only once the folder is.
-    char folder[4160];
-    std::snprintf(folder, sizeof folder, "%s", path);
-    char* slash = std::strrchr(folder, '/');
-    if (slash == folder)
-        slash[1] = 0;
-    else if (slash)
-        *slash = 0;
-    else
-        std::snprintf(folder, sizeof folder, ".");
-    const int dir = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (dir >= 0) {
-        fsync(dir);
-        close(dir);
-    }
-    return WRITE_DONE;
+    return AtomicCommit(fd, temp, path) == 0 ? WRITE_DONE : WRITE_FAILED;
 }
 
 int WriteCrashWorkspace(const char* path) {

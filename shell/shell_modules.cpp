@@ -7,6 +7,12 @@ void CShellModules::Register(COptionTable& table, CDataSpace& space) {
         OPT_MAIN_FRAME, [this](FILE* f) { main_frame.PrintfOptions(f); },
         [this](CKeyReader& r) { return main_frame.ScanfOptions(r); });
     table.Set(
+        OPT_LOAD_DIALOG, [this](FILE* f) { open.PrintfOptions(f); },
+        [this](CKeyReader& r) { return open.ScanfOptions(r); });
+    table.Set(
+        OPT_SAVE_DIALOG, [this](FILE* f) { save.PrintfOptions(f); },
+        [this](CKeyReader& r) { return save.ScanfOptions(r); });
+    table.Set(
         OPT_DESKTOP, [this](FILE* f) { desktop.PrintfOptions(f); },
         [this](CKeyReader& r) { return desktop.ScanfOptions(r); });
     table.Set(

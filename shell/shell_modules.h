@@ -3,6 +3,7 @@
 #pragma once
 
 #include "eval/script_manager.h"
+#include "files/file_options.h"
 #include "ops/unwrap/unwrap.h"
 #include "shell/desktop.h"
 #include "shell/history.h"
@@ -22,4 +23,6 @@ struct CShellModules {
     CScript script;
     CRename rename;
     CUnwrap unwrap;
+    COpenOptions open;
+    CSaveOptions save;
 };

@@ -3,7 +3,6 @@
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDockWidget>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
@@ -21,7 +20,10 @@
 #include "eval/qt/bar_equ.h"
 #include "eval/qt/form_script.h"
 #include "eval/qt/frame_script.h"
-#include "files/zrk_file.h"
+#include "files/open_model.h"
+#include "files/qt/dialog_open.h"
+#include "files/qt/dialog_save_as.h"
+#include "files/save_model.h"
 #include "shell/number_format.h"
 #include "shell/qt/form_alloc.h"
 #include "shell/qt/form_desktop.h"
@@ -97,25 +99,25 @@ void CMainFrame::BuildMenus() {
         return a;
     };
     QMenu* file = menuBar()->addMenu("&file");
-    // Workspaces straight from the menu until the open and save dialogs take them over.
-    action(file, "open workspace...", "action_open_workspace", [this] {
-        const QString path =
-            QFileDialog::getOpenFileName(this, "open workspace", QString(), "workspace (*.zrk)");
-        if (path.isEmpty()) return;
-        CZrkFile workspace(path.toStdString());
-        workspace.Read();
-        SetStatus(0, workspace.status);
-        RefreshAll();
+    QAction* open = action(file, "&open...\tctrl+o", "action_open", [this] {
+        COpenModel model(modules_.open, space_, modules_.main_frame.open_directory);
+        CDialogOpen dialog(model, this);
+        connect(&dialog, &CDialogOpen::opened, this, [this](const QString& status) {
+            SetStatus(0, status.toStdString());
+            RefreshAll();
+        });
+        dialog.exec();
     });
-    action(file, "save workspace...", "action_save_workspace", [this] {
-        QString path =
-            QFileDialog::getSaveFileName(this, "save workspace", QString(), "workspace (*.zrk)");
-        if (path.isEmpty()) return;
-        if (QFileInfo(path).suffix().isEmpty()) path += ".zrk";
-        CZrkFile workspace(path.toStdString());
-        workspace.Write();
-        SetStatus(0, workspace.status);
+    open->setShortcut(QKeySequence::Open);
+    QAction* save = action(file, "&save...\tctrl_s", "action_save", [this] {
+        CSaveModel model(modules_.save, space_, GlobalWindowSpace());
+        model.tick_mask = kDesktopSelect;
+        CDialogSaveAs dialog(model, this);
+        connect(&dialog, &CDialogSaveAs::saved, this,
+                [this](const QString& status) { SetStatus(0, status.toStdString()); });
+        dialog.exec();
     });
+    save->setShortcut(QKeySequence::Save);
     action(file, "e&xit", "action_exit", [this] { close(); });
 
     QMenu* view = menuBar()->addMenu("&view");

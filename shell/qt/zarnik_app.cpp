@@ -6,6 +6,7 @@
 #include "core/host.h"
 #include "core/script_space.h"
 #include "core/window_space.h"
+#include "files/file_kinds.h"
 #include "ops/function_rows.h"
 #include "shell/crash_hooks.h"
 #include "shell/qt/about_wave.h"
@@ -29,6 +30,7 @@ CZarnikApp::~CZarnikApp() {
 bool CZarnikApp::InitInstance(const CStartOptions& start) {
     trace_.Set("CZarnikApp::InitInstance");
     InstallFunctions();
+    InstallFileKinds();
     modules_.Register(table_, space_);
     display_modules_.Register(table_);
     preferences_ = start.preferences.empty() ? paths_.preferences : start.preferences;
