@@ -24,4 +24,7 @@ struct FileEntry {
     int32_t baselines = -1;
     int32_t dataOffset = 0;
     int32_t failed = 0;
+    int32_t isRgb = 0;
+    float rescaleSlope = 1.0f;
+    float rescaleIntercept = 0.0f;
 };
