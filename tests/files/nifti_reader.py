@@ -1,0 +1,35 @@
+"""nibabel's side of the NIfTI reader and writer tests. Each case line "id op path" is answered
+with an array, x fastest, in native byte order:
+
+  data PATH       get_fdata() when the header scales, else dataobj.get_unscaled()
+  raw PATH        dataobj.get_unscaled(), whatever the header says
+  rgb PATH C      colour channel C of an RGB file
+"""
+import nibabel as nib
+import numpy as np
+
+import peer
+
+
+def native(a):
+    a = np.asarray(a)
+    return a.astype(a.dtype.newbyteorder("="))
+
+
+def scales(img):
+    slope, inter = img.header.get_slope_inter()
+    return slope is not None and not (slope == 1 and (inter is None or inter == 0))
+
+
+def compute(arrays, op, args):
+    img = nib.load(args[0])
+    if op == "data":
+        return native(img.get_fdata() if scales(img) else img.dataobj.get_unscaled())
+    if op == "raw":
+        return native(img.dataobj.get_unscaled())
+    if op == "rgb":
+        return native(img.dataobj.get_unscaled()[args[1]])
+    raise ValueError(op)
+
+
+peer.run(compute)
