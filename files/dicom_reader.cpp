@@ -136,6 +136,7 @@ int DicomLoad(const COpenOptions& options, FileEntry& entry, CZrkData* const tar
         for (int c = 0; c < channels; ++c) {
             const CEntryBlock block(entry, *targets[c]);
             CopyInto(file, r, c, scale, block);
+            if (block.AtOrigin()) targets[c]->CopyMm(entry.header);
             targets[c]->changed = 1;
         }
         if (!whole) return Failed(entry, r.errorText);

@@ -24,6 +24,8 @@ class CEntryBlock {
     bool Contiguous() const { return contiguous_; }
     // Start of the entry's plane `p` inside the target.
     char* Plane(uint64_t p) const;
+    // True for a file loaded alone or first in a stack: it gives the array its steps.
+    bool AtOrigin() const { return !(dest_[0] | dest_[1] | dest_[2] | dest_[3]); }
 
   private:
     const CZrkData& target_;

@@ -100,10 +100,11 @@ void Init() {
 }
 
 // Opens the header, checks it and everything the sizes imply; null with the reason in
-// `error`. `bytes` receives the size of the stored samples.
-NiftiPtr OpenChecked(const std::string& path, uint64_t& bytes, std::string& error) {
+// `error`. `bytes` receives the size of the stored samples, `version` 1 or 2 (0 for the
+// older format without the magic).
+NiftiPtr OpenChecked(const std::string& path, uint64_t& bytes, int& version,
+                     std::string& error) {
     Init();
-    int version = 0;
     void* raw = nifti_read_header(path.c_str(), &version, 1);
     if (!raw) {
         error = "not a nifti file";
@@ -260,10 +261,11 @@ int NiftiHeader(const COpenOptions& options, FileEntry& entry) {
     (void)options;
     entry.failed = 0;
     uint64_t bytes = 0;
+    int version = 0;
     std::string error;
     NiftiPtr nim;
     try {
-        nim = OpenChecked(entry.path, bytes, error);
+        nim = OpenChecked(entry.path, bytes, version, error);
     } catch (...) {
         return Failed(entry, "unknown error");
     }
@@ -283,9 +285,9 @@ int NiftiHeader(const COpenOptions& options, FileEntry& entry) {
     entry.byteSwap = nim->byteorder != nifti_short_order();
     entry.dataOffset = static_cast<int32_t>(std::min<int64_t>(nim->iname_offset, INT32_MAX));
     for (uint64_t& k : entry.skip) k = 0;
-    const char* kind = nim->nifti_type >= NIFTI_FTYPE_NIFTI2_1   ? "nifti-2"
-                       : nim->nifti_type >= NIFTI_FTYPE_NIFTI1_1 ? "nifti-1"
-                                                                 : "analyze";
+    const char* kind = nim->nifti_type == NIFTI_FTYPE_ANALYZE ? "analyze"
+                       : version == 2                         ? "nifti-2"
+                                                              : "nifti-1";
     std::string descrip(nim->descrip, strnlen(nim->descrip, sizeof nim->descrip));
     entry.title = std::string(kind) + " " + entry.header.TypeName() + " " + descrip;
     entry.status = "header success";
@@ -296,8 +298,9 @@ int NiftiLoad(const COpenOptions& options, FileEntry& entry, CZrkData* const tar
     (void)options;
     try {
         uint64_t bytes = 0;
+        int version = 0;
         std::string error;
-        NiftiPtr nim = OpenChecked(entry.path, bytes, error);
+        NiftiPtr nim = OpenChecked(entry.path, bytes, version, error);
         if (!nim) return Failed(entry, error);
         const int type = ArrayType(*nim);
         const int channels = IsRgb(nim->datatype) ? 3 : 1;
@@ -340,9 +343,11 @@ int NiftiLoad(const COpenOptions& options, FileEntry& entry, CZrkData* const tar
         }
         for (int c = 0; c < channels; ++c) {
             targets[c]->changed = 1;
-            // The first file of a stack places the whole array.
-            if (!entry.dest[0] && !entry.dest[1] && !entry.dest[2] && !entry.dest[3])
+            // The first file of a stack gives the whole array its steps and place.
+            if (first.AtOrigin()) {
+                targets[c]->CopyMm(entry.header);
                 KeepNiftiOrientation(targets[c]->name, OrientationOf(*nim));
+            }
         }
         entry.status = "read complete";
         return 1;

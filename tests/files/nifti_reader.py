@@ -17,12 +17,19 @@ def native(a):
 
 
 def scales(img):
-    slope, inter = img.header.get_slope_inter()
-    return slope is not None and not (slope == 1 and (inter is None or inter == 0))
+    # nibabel moves the header's scaling onto the data proxy as it loads.
+    return img.dataobj.slope != 1 or img.dataobj.inter != 0
+
+
+def load(path):
+    img = nib.load(path)
+    if not isinstance(img, (nib.Nifti1Image, nib.Nifti2Image, nib.Nifti1Pair, nib.Nifti2Pair)):
+        img = nib.Nifti2Image.from_filename(path)  # a CIFTI file, as its plain NIfTI-2 array
+    return img
 
 
 def compute(arrays, op, args):
-    img = nib.load(args[0])
+    img = load(args[0])
     if op == "data":
         return native(img.get_fdata() if scales(img) else img.dataobj.get_unscaled())
     if op == "raw":
