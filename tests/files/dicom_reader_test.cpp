@@ -347,7 +347,7 @@ TEST_F(DicomReader, TruncatedAtEveryOffset) {
     const std::string whole = med::Slurp(kFolder + "MR_small_RLE.dcm");
     const std::string path = dir / "cut.dcm";
     int opened = 0;
-    for (size_t n = 0; n < whole.size(); n += 7) {
+    for (size_t n = 0; n < whole.size(); ++n) {
         med::Spit(path, whole.substr(0, n));
         const med::Opened o = Open(path);
         if (o.header) ++opened;
@@ -356,5 +356,5 @@ TEST_F(DicomReader, TruncatedAtEveryOffset) {
             ASSERT_EQ(o.entry.failed, 1) << n;
         }
     }
-    EXPECT_LT(opened, static_cast<int>(whole.size() / 7));
+    EXPECT_LT(opened, static_cast<int>(whole.size()));
 }

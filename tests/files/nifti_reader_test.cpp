@@ -132,6 +132,34 @@ TEST_F(Nifti, HeaderStepSaysHeaderSuccess) {
     EXPECT_NEAR(f.rescaleIntercept, 3100.76, 1e-2);
 }
 
+TEST_F(Nifti, LoadsIntoItsPlaceInAStack) {
+    // A 3-D file twice into one array of t = 2, the second place first: each volume lands
+    // where dest says, and only the first load gives the array its steps.
+    const med::Opened one = Open(kFolder + "standard.nii.gz");
+    ASSERT_EQ(one.load, 1) << one.entry.status;
+    CZrkData stack;
+    stack.SetHeader(TYPE_N1, 4, 5, 7, 2, 1, 1);
+    ASSERT_TRUE(stack.Allocate());
+    FileEntry e;
+    e.path = kFolder + "standard.nii.gz";
+    ASSERT_EQ(NiftiHeader(COpenOptions{}, e), 1);
+    CZrkData* targets[3] = {&stack, nullptr, nullptr};
+    e.dest[1] = 1;
+    EXPECT_EQ(NiftiLoad(COpenOptions{}, e, targets), 1) << e.status;
+    EXPECT_FLOAT_EQ(stack.mm[1], 1.0f);
+    e.dest[1] = 0;
+    EXPECT_EQ(NiftiLoad(COpenOptions{}, e, targets), 1) << e.status;
+    EXPECT_FLOAT_EQ(stack.mm[1], 3.0f);
+    const std::string volume(static_cast<const char*>(one.arrays[0]->Data()), 140);
+    const char* s = static_cast<const char*>(stack.Data());
+    EXPECT_EQ(std::string(s, 140), volume);
+    EXPECT_EQ(std::string(s + 140, 140), volume);
+    e.dest[1] = 2;
+    EXPECT_EQ(NiftiLoad(COpenOptions{}, e, targets), 0);
+    EXPECT_EQ(e.status, "target does not fit the file");
+    stack.FreeData();
+}
+
 TEST_F(Nifti, FilesNibabelWritesReadBack) {
     // Every stored type nibabel writes, big- and little-endian, plain and gzipped; RGB
     // becomes three arrays.
