@@ -131,7 +131,8 @@ bool CDicomFile::Open(const std::string& path, DicomRecord& r) {
         if (!DcmCodecList::canChangeCoding(xfer, EXS_LittleEndianExplicit))
             return Fail(r, std::string("no decoder for ") + xfer_info.getXferName());
         DcmPixelSequence* seq = nullptr;
-        if (static_cast<DcmPixelData*>(pixel)->getEncapsulatedRepresentation(xfer, nullptr, seq)
+        if (static_cast<DcmPixelData*>(pixel)
+                ->getEncapsulatedRepresentation(xfer, nullptr, seq)
                 .bad() ||
             !seq)
             return Fail(r, "no pixel data");
@@ -173,8 +174,8 @@ bool CDicomFile::Open(const std::string& path, DicomRecord& r) {
     // Pixel Spacing is row spacing then column spacing: x steps along a row.
     r.step[0] = Positive(ds, DCM_PixelSpacing, 1, 1.0f);
     r.step[1] = Positive(ds, DCM_PixelSpacing, 0, 1.0f);
-    r.step[2] = Positive(ds, DCM_SpacingBetweenSlices, 0,
-                         Positive(ds, DCM_SliceThickness, 0, 1.0f));
+    r.step[2] =
+        Positive(ds, DCM_SpacingBetweenSlices, 0, Positive(ds, DCM_SliceThickness, 0, 1.0f));
 
     if (samples == 1 && frames == 1 && IsMosaic(ds)) {
         uint16_t matrix[4] = {};

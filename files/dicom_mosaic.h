@@ -23,5 +23,4 @@ struct CMosaicLayout {
 
 // `matrix` is the acquisition matrix: frequency rows, frequency columns, phase rows, phase
 // columns, two of them zero. False when no layout fits `tiles` into columns x rows.
-bool MosaicLayoutOf(int columns, int rows, int tiles, const uint16_t matrix[4],
-                    CMosaicLayout& out);
+bool MosaicLayoutOf(int columns, int rows, int tiles, const uint16_t matrix[4], CMosaicLayout& out);

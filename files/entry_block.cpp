@@ -5,7 +5,8 @@ CEntryBlock::CEntryBlock(const FileEntry& entry, const CZrkData& target) : targe
     for (int k = 0; k < 4; ++k) dest_[k] = entry.dest[k];
     res_t room[6];
     target.GetRes(room);
-    bool fits = target.Data() && target.type == entry.header.type && size_[0] == room[0] && size_[1] == room[1];
+    bool fits = target.Data() && target.type == entry.header.type && size_[0] == room[0] &&
+                size_[1] == room[1];
     for (int k = 2; k < 6 && fits; ++k)
         fits = dest_[k - 2] <= room[k] && size_[k] <= room[k] - dest_[k - 2];
     if (!fits) Raise("target does not fit the file");

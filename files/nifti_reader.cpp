@@ -42,23 +42,40 @@ int Failed(FileEntry& e, const std::string& text) {
 // RGB is n1 per colour; 128-bit floats are widened to r8.
 int StoredType(int datatype) {
     switch (datatype) {
-        case DT_INT8: return TYPE_I1;
-        case DT_UINT8: return TYPE_N1;
-        case DT_INT16: return TYPE_I2;
-        case DT_UINT16: return TYPE_N2;
-        case DT_INT32: return TYPE_I4;
-        case DT_UINT32: return TYPE_N4;
-        case DT_INT64: return TYPE_I8;
-        case DT_UINT64: return TYPE_N8;
-        case DT_FLOAT32: return TYPE_R4;
-        case DT_FLOAT64: return TYPE_R8;
-        case DT_FLOAT128: return TYPE_R8;
-        case DT_COMPLEX64: return TYPE_CR4;
-        case DT_COMPLEX128: return TYPE_CR8;
-        case DT_COMPLEX256: return TYPE_CR8;
-        case DT_RGB24: return TYPE_N1;
-        case DT_RGBA32: return TYPE_N1;
-        default: return TYPE_NULL;
+        case DT_INT8:
+            return TYPE_I1;
+        case DT_UINT8:
+            return TYPE_N1;
+        case DT_INT16:
+            return TYPE_I2;
+        case DT_UINT16:
+            return TYPE_N2;
+        case DT_INT32:
+            return TYPE_I4;
+        case DT_UINT32:
+            return TYPE_N4;
+        case DT_INT64:
+            return TYPE_I8;
+        case DT_UINT64:
+            return TYPE_N8;
+        case DT_FLOAT32:
+            return TYPE_R4;
+        case DT_FLOAT64:
+            return TYPE_R8;
+        case DT_FLOAT128:
+            return TYPE_R8;
+        case DT_COMPLEX64:
+            return TYPE_CR4;
+        case DT_COMPLEX128:
+            return TYPE_CR8;
+        case DT_COMPLEX256:
+            return TYPE_CR8;
+        case DT_RGB24:
+            return TYPE_N1;
+        case DT_RGBA32:
+            return TYPE_N1;
+        default:
+            return TYPE_NULL;
     }
 }
 
@@ -102,8 +119,7 @@ void Init() {
 // Opens the header, checks it and everything the sizes imply; null with the reason in
 // `error`. `bytes` receives the size of the stored samples, `version` 1 or 2 (0 for the
 // older format without the magic).
-NiftiPtr OpenChecked(const std::string& path, uint64_t& bytes, int& version,
-                     std::string& error) {
+NiftiPtr OpenChecked(const std::string& path, uint64_t& bytes, int& version, std::string& error) {
     Init();
     void* raw = nifti_read_header(path.c_str(), &version, 1);
     if (!raw) {
@@ -121,8 +137,8 @@ NiftiPtr OpenChecked(const std::string& path, uint64_t& bytes, int& version,
         return nullptr;
     }
     if (StoredType(nim->datatype) == TYPE_NULL) {
-        error = std::string("unsupported nifti data type ") +
-                nifti_datatype_to_string(nim->datatype);
+        error =
+            std::string("unsupported nifti data type ") + nifti_datatype_to_string(nim->datatype);
         return nullptr;
     }
     uint64_t count = 1;
@@ -163,7 +179,9 @@ void Sizes(const nifti_image& nim, res_t n[6]) {
     for (int k = 0; k < 6; ++k) n[k] = k < nim.ndim ? static_cast<res_t>(nim.dim[k + 1]) : 1;
 }
 
-float Step(double v) { return std::isfinite(v) && v > 0 && v < 1e30 ? static_cast<float>(v) : 1.0f; }
+float Step(double v) {
+    return std::isfinite(v) && v > 0 && v < 1e30 ? static_cast<float>(v) : 1.0f;
+}
 
 CNiftiOrientation OrientationOf(const nifti_image& nim) {
     CNiftiOrientation o;
@@ -220,28 +238,42 @@ void ConvertComplexPlane(const char* src, uint64_t n, const Scaling& s, int type
 void ConvertInto(const nifti_image& nim, const char* src, uint64_t n, int type, char* dst) {
     const Scaling s = ScalingOf(nim);
     switch (nim.datatype) {
-        case DT_INT8: return ConvertPlane<int8_t>(src, n, s, type, dst);
-        case DT_UINT8: return ConvertPlane<uint8_t>(src, n, s, type, dst);
-        case DT_INT16: return ConvertPlane<int16_t>(src, n, s, type, dst);
-        case DT_UINT16: return ConvertPlane<uint16_t>(src, n, s, type, dst);
-        case DT_INT32: return ConvertPlane<int32_t>(src, n, s, type, dst);
-        case DT_UINT32: return ConvertPlane<uint32_t>(src, n, s, type, dst);
-        case DT_INT64: return ConvertPlane<int64_t>(src, n, s, type, dst);
-        case DT_UINT64: return ConvertPlane<uint64_t>(src, n, s, type, dst);
-        case DT_FLOAT32: return ConvertPlane<float>(src, n, s, type, dst);
-        case DT_FLOAT64: return ConvertPlane<double>(src, n, s, type, dst);
-        case DT_FLOAT128: return ConvertPlane<long double>(src, n, s, type, dst);
-        case DT_COMPLEX64: return ConvertComplexPlane<float>(src, n, s, type, dst);
-        case DT_COMPLEX128: return ConvertComplexPlane<double>(src, n, s, type, dst);
-        case DT_COMPLEX256: return ConvertComplexPlane<long double>(src, n, s, type, dst);
-        default: Raise("invalid data type");
+        case DT_INT8:
+            return ConvertPlane<int8_t>(src, n, s, type, dst);
+        case DT_UINT8:
+            return ConvertPlane<uint8_t>(src, n, s, type, dst);
+        case DT_INT16:
+            return ConvertPlane<int16_t>(src, n, s, type, dst);
+        case DT_UINT16:
+            return ConvertPlane<uint16_t>(src, n, s, type, dst);
+        case DT_INT32:
+            return ConvertPlane<int32_t>(src, n, s, type, dst);
+        case DT_UINT32:
+            return ConvertPlane<uint32_t>(src, n, s, type, dst);
+        case DT_INT64:
+            return ConvertPlane<int64_t>(src, n, s, type, dst);
+        case DT_UINT64:
+            return ConvertPlane<uint64_t>(src, n, s, type, dst);
+        case DT_FLOAT32:
+            return ConvertPlane<float>(src, n, s, type, dst);
+        case DT_FLOAT64:
+            return ConvertPlane<double>(src, n, s, type, dst);
+        case DT_FLOAT128:
+            return ConvertPlane<long double>(src, n, s, type, dst);
+        case DT_COMPLEX64:
+            return ConvertComplexPlane<float>(src, n, s, type, dst);
+        case DT_COMPLEX128:
+            return ConvertComplexPlane<double>(src, n, s, type, dst);
+        case DT_COMPLEX256:
+            return ConvertComplexPlane<long double>(src, n, s, type, dst);
+        default:
+            Raise("invalid data type");
     }
 }
 
 // Reads `bytes` at the image offset into `buffer` and puts them in native byte order.
 bool ReadSamples(const nifti_image& nim, char* buffer, uint64_t bytes) {
-    std::unique_ptr<znzptr, ZnzClose> file(
-        znzopen(nim.iname, "rb", nifti_is_gzfile(nim.iname)));
+    std::unique_ptr<znzptr, ZnzClose> file(znzopen(nim.iname, "rb", nifti_is_gzfile(nim.iname)));
     if (!file || znzseek(file.get(), nim.iname_offset, SEEK_SET) < 0) return false;
     for (uint64_t done = 0; done < bytes;) {
         const size_t chunk = static_cast<size_t>(std::min<uint64_t>(bytes - done, 1 << 30));
@@ -314,8 +346,9 @@ int NiftiLoad(const COpenOptions& options, FileEntry& entry, CZrkData* const tar
             if (n[k] != entry.header.Res(k))
                 return Failed(entry, "file changed since its header was read");
         const CEntryBlock first(entry, *targets[0]);
-        const bool direct = channels == 1 && first.Contiguous() && type == StoredType(nim->datatype) &&
-                            nim->datatype != DT_FLOAT128 && nim->datatype != DT_COMPLEX256;
+        const bool direct = channels == 1 && first.Contiguous() &&
+                            type == StoredType(nim->datatype) && nim->datatype != DT_FLOAT128 &&
+                            nim->datatype != DT_COMPLEX256;
         if (direct) {
             // The common case: the samples go straight into the array.
             if (!ReadSamples(*nim, first.Plane(0), bytes)) return Failed(entry, "read error");

@@ -25,18 +25,30 @@ struct NiftiFree {
 
 int DataType(int type) {
     switch (type) {
-        case TYPE_I1: return DT_INT8;
-        case TYPE_I2: return DT_INT16;
-        case TYPE_I4: return DT_INT32;
-        case TYPE_I8: return DT_INT64;
-        case TYPE_N1: return DT_UINT8;
-        case TYPE_N2: return DT_UINT16;
-        case TYPE_N4: return DT_UINT32;
-        case TYPE_N8: return DT_UINT64;
-        case TYPE_R4: return DT_FLOAT32;
-        case TYPE_R8: return DT_FLOAT64;
-        case TYPE_CR8: return DT_COMPLEX128;
-        default: return DT_COMPLEX64;  // complex r4 and the complex integers
+        case TYPE_I1:
+            return DT_INT8;
+        case TYPE_I2:
+            return DT_INT16;
+        case TYPE_I4:
+            return DT_INT32;
+        case TYPE_I8:
+            return DT_INT64;
+        case TYPE_N1:
+            return DT_UINT8;
+        case TYPE_N2:
+            return DT_UINT16;
+        case TYPE_N4:
+            return DT_UINT32;
+        case TYPE_N8:
+            return DT_UINT64;
+        case TYPE_R4:
+            return DT_FLOAT32;
+        case TYPE_R8:
+            return DT_FLOAT64;
+        case TYPE_CR8:
+            return DT_COMPLEX128;
+        default:
+            return DT_COMPLEX64;  // complex r4 and the complex integers
     }
 }
 
@@ -75,8 +87,8 @@ bool SyncPath(const std::string& path, int flags) {
 std::string TemporaryPath(const std::filesystem::path& target, bool gz) {
     static std::atomic<int> count{0};
     const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
-    return (folder / (".quelmor-save-" + std::to_string(getpid()) + "-" +
-                      std::to_string(count++) + (gz ? ".nii.gz" : ".nii")))
+    return (folder / (".quelmor-save-" + std::to_string(getpid()) + "-" + std::to_string(count++) +
+                      (gz ? ".nii.gz" : ".nii")))
         .string();
 }
 

@@ -66,9 +66,10 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks(&reporter);
     const double t = reporter.Time("Series");
     if (!peer.empty() && t > 0)
-        std::printf("dicom series 200 x 256x256 i2: %.1f ms, pydicom + numpy.stack %.1f ms, "
-                    "ratio %.2f (target <= 1.00)\n",
-                    t, peer[0], t / peer[0]);
+        std::printf(
+            "dicom series 200 x 256x256 i2: %.1f ms, pydicom + numpy.stack %.1f ms, "
+            "ratio %.2f (target <= 1.00)\n",
+            t, peer[0], t / peer[0]);
     if (peer.empty()) std::printf("pydicom peer did not run\n");
     std::filesystem::remove_all(Folder());
     benchmark::Shutdown();

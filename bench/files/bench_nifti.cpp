@@ -65,9 +65,10 @@ int main(int argc, char** argv) {
     for (int k = 0; k < 2 && !peer.empty(); ++k) {
         const double t = reporter.Time(ours[k]);
         if (t > 0)
-            std::printf("nifti load 256x256x64x8 r4 %s: %.1f ms, nibabel %.1f ms, ratio %.2f "
-                        "(target <= %.2f)\n",
-                        what[k], t, peer[k], t / peer[k], target[k]);
+            std::printf(
+                "nifti load 256x256x64x8 r4 %s: %.1f ms, nibabel %.1f ms, ratio %.2f "
+                "(target <= %.2f)\n",
+                what[k], t, peer[k], t / peer[k], target[k]);
     }
     if (peer.empty()) std::printf("nibabel peer did not run\n");
     std::filesystem::remove_all(Folder());

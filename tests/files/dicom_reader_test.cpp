@@ -33,8 +33,8 @@ class DicomReader : public ::testing::Test {
 
 struct Case {
     const char* file;
-    const char* op;        // what pydicom answers with, see dicom_reader.py
-    const char* like;      // the file pydicom reads instead, when it cannot decode `file`
+    const char* op;    // what pydicom answers with, see dicom_reader.py
+    const char* like;  // the file pydicom reads instead, when it cannot decode `file`
     int scale;
     int type;
     res_t z;
@@ -144,11 +144,14 @@ TEST_F(DicomReader, NumbersStepsAndHeaderText) {
         "def lead(s):\n"
         "    m = re.match(r'\\s*[-+]?\\d+', str(s or ''))\n"
         "    return int(m.group()) if m else 0\n"
-        "for f in [" + list + "]:\n"
+        "for f in [" +
+        list +
+        "]:\n"
         "    d = pydicom.dcmread(f)\n"
         "    ps = d.get('PixelSpacing') or [1, 1]\n"
         "    dz = d.get('SpacingBetweenSlices') or d.get('SliceThickness') or 1\n"
-        "    print(lead(d.get('StudyID')), d.get('SeriesNumber') or 0, d.get('InstanceNumber') or 0,\n"
+        "    print(lead(d.get('StudyID')), d.get('SeriesNumber') or 0, d.get('InstanceNumber') or "
+        "0,\n"
         "          float(ps[1]), float(ps[0]), float(dz), d.get('RescaleSlope', 1),\n"
         "          d.get('RescaleIntercept', 0))\n");
     ASSERT_EQ(want.size(), files.size() * 8);
@@ -167,8 +170,7 @@ TEST_F(DicomReader, NumbersStepsAndHeaderText) {
         EXPECT_FLOAT_EQ(e.rescaleSlope, w[6]);
         EXPECT_FLOAT_EQ(e.rescaleIntercept, w[7]);
         const std::string numbers = "\nexam " + std::to_string(e.exam) + " series " +
-                                    std::to_string(e.series) + " image " +
-                                    std::to_string(e.image);
+                                    std::to_string(e.series) + " image " + std::to_string(e.image);
         EXPECT_EQ(e.title.substr(e.title.size() - numbers.size()), numbers);
         EXPECT_EQ(e.title.rfind("MR", 0) == 0, k == 0 || k >= 4) << e.title;
     }
@@ -177,8 +179,7 @@ TEST_F(DicomReader, NumbersStepsAndHeaderText) {
 TEST_F(DicomReader, SeriesFilesMatchPydicomOneByOne) {
     // The seven files of one series, 16 x 16 i2, their instance numbers out of path order.
     const std::string dir = kFolder + "dicomdirtests/98892003/MR700/";
-    const std::vector<std::string> files = {"4467", "4528", "4558", "4588",
-                                            "4618", "4648", "4678"};
+    const std::vector<std::string> files = {"4467", "4528", "4558", "4588", "4618", "4648", "4678"};
     peer::Peer p;
     std::vector<std::string> ids;
     for (const std::string& f : files) ids.push_back(p.Case("pixels " + dir + f));
@@ -258,8 +259,11 @@ TEST_F(DicomReader, MosaicOpensAsAVolume) {
         "    a = rng.integers(-3000, 3000, (64, 64), dtype=np.int16)\n"
         "    ds.PixelData = a.tobytes()\n"
         "    ds.save_as(path, write_like_original=False)\n"
-        "write('" + with + "', 13)\n"
-        "write('" + without + "', 0)\n"));
+        "write('" +
+        with +
+        "', 13)\n"
+        "write('" +
+        without + "', 0)\n"));
     const std::string tiles = p.Case("tiles " + with + " 13");
     const std::string plain = p.Case("pixels " + without);
     ASSERT_TRUE(p.Run("files/dicom_reader.py"));
@@ -325,13 +329,17 @@ TEST_F(DicomReader, BadFilesGiveAClearError) {
 TEST_F(DicomReader, AbsurdSizesAreRefusedBeforeAllocation) {
     // Rows, columns and frames far beyond the stored pixels, uncompressed and RLE.
     med::TempDir dir;
-    ASSERT_TRUE(peer::Peer().RunText(
-        "import pydicom\n"
-        "for src, dst, frames in [('MR_small.dcm', 'big.dcm', 1), ('rtdose_rle.dcm', 'rle.dcm', 100000)]:\n"
-        "    ds = pydicom.dcmread('" + kFolder + "' + src)\n"
-        "    ds.Rows, ds.Columns = 65535, 65535\n"
-        "    ds.NumberOfFrames = frames\n"
-        "    ds.save_as('" + dir.Path().string() + "/' + dst)\n"));
+    ASSERT_TRUE(
+        peer::Peer().RunText("import pydicom\n"
+                             "for src, dst, frames in [('MR_small.dcm', 'big.dcm', 1), "
+                             "('rtdose_rle.dcm', 'rle.dcm', 100000)]:\n"
+                             "    ds = pydicom.dcmread('" +
+                             kFolder +
+                             "' + src)\n"
+                             "    ds.Rows, ds.Columns = 65535, 65535\n"
+                             "    ds.NumberOfFrames = frames\n"
+                             "    ds.save_as('" +
+                             dir.Path().string() + "/' + dst)\n"));
     for (const char* f : {"big.dcm", "rle.dcm"}) {
         FileEntry e;
         e.path = dir / f;

@@ -32,10 +32,10 @@ TEST(MedCorpus, SeedsOpenWhole) {
     const std::filesystem::path root = QUELMOR_CORPUS_DIR;
     std::filesystem::create_directories(root / "dicom");
     std::filesystem::create_directories(root / "nifti");
-    for (const char* f : {"MR_small.dcm", "MR_small_RLE.dcm", "MR_small_expb.dcm",
-                          "MR_small_jpeg_ls_lossless.dcm", "SC_rgb_jpeg_dcmtk.dcm",
-                          "SC_rgb_jpeg_gdcm.dcm", "SC_rgb_small_odd.dcm", "image_dfl.dcm",
-                          "JPGExtended.dcm", "rtdose_rle_1frame.dcm", "rtdose_expb_1frame.dcm"})
+    for (const char* f :
+         {"MR_small.dcm", "MR_small_RLE.dcm", "MR_small_expb.dcm", "MR_small_jpeg_ls_lossless.dcm",
+          "SC_rgb_jpeg_dcmtk.dcm", "SC_rgb_jpeg_gdcm.dcm", "SC_rgb_small_odd.dcm", "image_dfl.dcm",
+          "JPGExtended.dcm", "rtdose_rle_1frame.dcm", "rtdose_expb_1frame.dcm"})
         Seed(kDicom + f, root / "dicom" / f, &DicomHeader, &DicomLoad);
 
     med::TempDir dir;
@@ -45,14 +45,23 @@ TEST(MedCorpus, SeedsOpenWhole) {
         "a = np.arange(3 * 4 * 2 * 2).reshape(3, 4, 2, 2)\n"
         "for t in ['int16', 'float32', 'complex64', 'uint8']:\n"
         "    img = nib.Nifti1Image(a.astype(t), np.eye(4))\n"
-        "    nib.save(img, '" + d + "/' + t + '.nii')\n"
+        "    nib.save(img, '" +
+        d +
+        "/' + t + '.nii')\n"
         "scaled = nib.Nifti1Image(a.astype('int16'), np.eye(4))\n"
         "scaled.header.set_slope_inter(0.5, 10)\n"
-        "nib.save(scaled, '" + d + "/scaled.nii')\n"
-        "nib.save(nib.Nifti2Image(a.astype('int32'), np.eye(4)), '" + d + "/two.nii')\n"
-        "nib.save(nib.Nifti1Image(a.astype('uint16'), np.eye(4)), '" + d + "/packed.nii.gz')\n"
+        "nib.save(scaled, '" +
+        d +
+        "/scaled.nii')\n"
+        "nib.save(nib.Nifti2Image(a.astype('int32'), np.eye(4)), '" +
+        d +
+        "/two.nii')\n"
+        "nib.save(nib.Nifti1Image(a.astype('uint16'), np.eye(4)), '" +
+        d +
+        "/packed.nii.gz')\n"
         "rgb = np.zeros((3, 4, 2), dtype=[('R', 'u1'), ('G', 'u1'), ('B', 'u1')])\n"
-        "nib.save(nib.Nifti1Image(rgb, np.eye(4)), '" + d + "/rgb.nii')\n"));
+        "nib.save(nib.Nifti1Image(rgb, np.eye(4)), '" +
+        d + "/rgb.nii')\n"));
     for (const char* f : {"int16.nii", "float32.nii", "complex64.nii", "uint8.nii", "scaled.nii",
                           "two.nii", "packed.nii.gz", "rgb.nii"})
         Seed(d + "/" + f, root / "nifti" / f, &NiftiHeader, &NiftiLoad);

@@ -89,7 +89,9 @@ TEST_F(Nifti, SamplesMatchNibabel) {
     // The steps of the header's own dimensions, six numbers a file, 1 beyond them.
     const std::vector<double> zooms = peer::Values(
         "import nibabel as nib\n"
-        "for f in [" + list + "]:\n"
+        "for f in [" +
+        list +
+        "]:\n"
         "    z = list(nib.Nifti2Image.from_filename(f).header.get_zooms()\n"
         "             if f.endswith('dconn.nii') else nib.load(f).header.get_zooms())\n"
         "    print(*(z + [1] * 6)[:6])\n");
@@ -175,15 +177,18 @@ TEST_F(Nifti, FilesNibabelWritesReadBack) {
         "        img = nib.Nifti1Image(a, np.eye(4), nib.Nifti1Header(endianness=order))\n"
         "        img.set_data_dtype(t)\n"
         "        img.header.set_zooms((1.5, 2.5, 3.5, 0.5))\n"
-        "        nib.save(img, '" + d + "/' + t + ext)\n"
+        "        nib.save(img, '" +
+        d +
+        "/' + t + ext)\n"
         "rgb = np.zeros((6, 5, 4), dtype=[('R', 'u1'), ('G', 'u1'), ('B', 'u1')])\n"
         "for k, c in enumerate('RGB'):\n"
         "    rgb[c] = rng.integers(0, 256, (6, 5, 4))\n"
-        "nib.save(nib.Nifti1Image(rgb, np.eye(4)), '" + d + "/rgb.nii')\n"));
+        "nib.save(nib.Nifti1Image(rgb, np.eye(4)), '" +
+        d + "/rgb.nii')\n"));
     peer::Peer p;
     std::vector<std::string> files, ids;
-    for (const char* t : {"int8", "uint8", "int16", "uint16", "int32", "uint32", "int64",
-                          "uint64", "float32", "float64", "complex64", "complex128"})
+    for (const char* t : {"int8", "uint8", "int16", "uint16", "int32", "uint32", "int64", "uint64",
+                          "float32", "float64", "complex64", "complex128"})
         for (const char* ext : {".nii", ".nii.gz"}) {
             files.push_back(d + "/" + t + ext);
             ids.push_back(p.Case("raw " + files.back()));
@@ -232,7 +237,9 @@ TEST_F(Nifti, WriterRoundTripsThroughNibabel) {
     ASSERT_TRUE(p.Run("files/nifti_reader.py"));
     const std::vector<double> zooms = peer::Values(
         "import nibabel as nib\n"
-        "for f in [" + list + "]:\n"
+        "for f in [" +
+        list +
+        "]:\n"
         "    print(*nib.load(f).header.get_zooms())\n");
     ASSERT_EQ(zooms.size(), 6 * all.size());
     for (size_t k = 0; k < all.size(); ++k) {
@@ -262,7 +269,9 @@ TEST_F(Nifti, SavedMapKeepsTheOrientationOfItsFile) {
         ASSERT_EQ(WriteNifti(*o.arrays[0], out, status), 1) << status;
         const std::vector<double> same = peer::Values(
             "import nibabel as nib\n"
-            "a, b = nib.load('" + kFolder + file + "'), nib.load('" + out + "')\n"
+            "a, b = nib.load('" +
+            kFolder + file + "'), nib.load('" + out +
+            "')\n"
             "print(int(np.allclose(a.affine, b.affine, atol=1e-4)),\n"
             "      int(a.header['qform_code'] == b.header['qform_code']),\n"
             "      int(a.header['sform_code'] == b.header['sform_code']),\n"
@@ -294,7 +303,8 @@ TEST_F(Nifti, FailedSaveLeavesTheOldFile) {
     chmod(locked.c_str(), 0700);
     EXPECT_EQ(med::Slurp(path), before);
     int files = 0;
-    for (const auto& e : std::filesystem::directory_iterator(dir.Path())) files += e.is_regular_file();
+    for (const auto& e : std::filesystem::directory_iterator(dir.Path()))
+        files += e.is_regular_file();
     EXPECT_EQ(files, 1) << "a temporary file was left behind";
     CSaveRequest two;
     two.path = path;
@@ -312,20 +322,37 @@ TEST_F(Nifti, BadFilesGiveAClearError) {
     ASSERT_TRUE(peer::Peer().RunText(
         "import gzip, struct, nibabel as nib\n"
         "a = np.arange(4 * 5 * 7, dtype=np.int16).reshape(4, 5, 7)\n"
-        "nib.save(nib.Nifti1Image(a, np.eye(4)), '" + d + "/small.nii')\n"
-        "nib.save(nib.Nifti2Image(a, np.eye(4)), '" + d + "/small2.nii')\n"
-        "raw = bytearray(open('" + d + "/small.nii', 'rb').read())\n"
+        "nib.save(nib.Nifti1Image(a, np.eye(4)), '" +
+        d +
+        "/small.nii')\n"
+        "nib.save(nib.Nifti2Image(a, np.eye(4)), '" +
+        d +
+        "/small2.nii')\n"
+        "raw = bytearray(open('" +
+        d +
+        "/small.nii', 'rb').read())\n"
         "def dims(b, values):\n"
         "    b = bytearray(b)\n"
         "    struct.pack_into('<8h', b, 40, *values)\n"
         "    return bytes(b)\n"
-        "open('" + d + "/beyond.nii', 'wb').write(dims(raw, [3, 400, 500, 700, 1, 1, 1, 1]))\n"
-        "open('" + d + "/overflow.nii', 'wb').write(dims(raw, [7] + [32767] * 7))\n"
-        "open('" + d + "/seven.nii', 'wb').write(dims(raw, [7, 4, 5, 7, 1, 1, 1, 2]))\n"
-        "gzip.open('" + d + "/memory.nii.gz', 'wb').write(dims(raw, [4] + [32767] * 4 + [1] * 3))\n"
-        "raw2 = bytearray(open('" + d + "/small2.nii', 'rb').read())\n"
+        "open('" +
+        d +
+        "/beyond.nii', 'wb').write(dims(raw, [3, 400, 500, 700, 1, 1, 1, 1]))\n"
+        "open('" +
+        d +
+        "/overflow.nii', 'wb').write(dims(raw, [7] + [32767] * 7))\n"
+        "open('" +
+        d +
+        "/seven.nii', 'wb').write(dims(raw, [7, 4, 5, 7, 1, 1, 1, 2]))\n"
+        "gzip.open('" +
+        d +
+        "/memory.nii.gz', 'wb').write(dims(raw, [4] + [32767] * 4 + [1] * 3))\n"
+        "raw2 = bytearray(open('" +
+        d +
+        "/small2.nii', 'rb').read())\n"
         "struct.pack_into('<8q', raw2, 16, 6, 2**40, 2**40, 2**40, 1, 1, 1, 1)\n"
-        "open('" + d + "/overflow2.nii', 'wb').write(raw2)\n"));
+        "open('" +
+        d + "/overflow2.nii', 'wb').write(raw2)\n"));
     const std::vector<std::pair<std::string, std::string>> cases = {
         {kFolder + "nifti1.hdr", "nifti image file missing: "},
         {kFolder + "nifti2.hdr", "nifti image file missing: "},
