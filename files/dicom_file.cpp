@@ -83,6 +83,28 @@ uint64_t PhysicalMemory() {
 }  // namespace
 
 CDicomFile::CDicomFile() = default;
+
+// Full-range YBR to RGB with the coefficients of ITU-R BT.601, rounded and clipped.
+void CDicomFile::ToRgb(const DicomRecord& r) {
+    if (owned_.empty() || owned_.data() != pixels_) owned_.assign(pixels_, pixels_ + pixel_bytes_);
+    const uint64_t pixels = owned_.size() / 3;
+    const uint64_t plane = static_cast<uint64_t>(r.rows) * r.columns;
+    auto clip = [](double v) {
+        return static_cast<uint8_t>(std::lround(std::min(255.0, std::max(0.0, v))));
+    };
+    for (uint64_t k = 0; k < pixels; ++k) {
+        // Planar data: frame by frame, three planes a frame.
+        const uint64_t frame = k / plane, at = k % plane;
+        uint8_t* p[3];
+        for (int c = 0; c < 3; ++c)
+            p[c] = r.planar ? &owned_[(frame * 3 + c) * plane + at] : &owned_[3 * k + c];
+        const double y = *p[0], cb = *p[1] - 128.0, cr = *p[2] - 128.0;
+        *p[0] = clip(y + 1.402 * cr);
+        *p[1] = clip(y - 0.344136 * cb - 0.714136 * cr);
+        *p[2] = clip(y + 1.772 * cb);
+    }
+    pixels_ = owned_.data();
+}
 CDicomFile::~CDicomFile() = default;
 
 bool CDicomFile::Open(const std::string& path, DicomRecord& r) {
@@ -113,15 +135,19 @@ bool CDicomFile::Open(const std::string& path, DicomRecord& r) {
         if (ds->findAndGetSint32(DCM_NumberOfFrames, frames).bad() || frames < 1)
             return Fail(r, "bad number of frames");
     }
-    const std::string photometric = Text(ds, DCM_PhotometricInterpretation);
-    if (samples == 3 && photometric != "RGB" && photometric.rfind("YBR", 0) != 0)
-        return Fail(r, "unsupported photometric interpretation: " + photometric);
 
     DcmElement* pixel = nullptr;
     if (ds->findAndGetElement(DCM_PixelData, pixel).bad() || !pixel)
         return Fail(r, "no pixel data");
     const E_TransferSyntax xfer = ds->getOriginalXfer();
     const DcmXfer xfer_info(xfer);
+    // Colour comes as RGB, or as full-range YBR that is turned into RGB here; subsampled YBR
+    // only inside JPEG, whose decoder turns it into RGB itself.
+    const std::string photometric = Text(ds, DCM_PhotometricInterpretation);
+    if (samples == 3 && photometric != "RGB" && !(photometric == "YBR_FULL" && bits == 8) &&
+        !(photometric.rfind("YBR", 0) == 0 && xfer_info.isEncapsulated() &&
+          xfer != EXS_RLELossless))
+        return Fail(r, "unsupported photometric interpretation: " + photometric);
     big_endian_ = xfer_info.getByteOrder() == EBO_BigEndian;
     const uint64_t pixels = static_cast<uint64_t>(rows) * columns * static_cast<uint64_t>(frames);
     const uint64_t stored = bits == 1 ? (pixels + 7) / 8 : pixels * samples * (bits / 8);
@@ -242,6 +268,7 @@ bool CDicomFile::ReadImage(DicomRecord& r) {
         pixels_ = owned_.data();
         pixel_bytes_ = owned_.size();
     }
+    if (r.samples == 3 && Text(ds, DCM_PhotometricInterpretation) == "YBR_FULL") ToRgb(r);
     const uint64_t want = pixels * r.samples * r.sampleBytes;
     if (pixel_bytes_ < want || (pixel_bytes_ > want + 1 && bits != 1)) {
         // Odd lengths are padded by one byte; anything else is a mismatch.

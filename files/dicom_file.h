@@ -4,8 +4,8 @@
 //
 // The pixels come out as stored samples in native byte order, frames one after another,
 // the colour samples of a pixel side by side (planar 0) or as whole colour planes (planar 1);
-// 1-bit images are widened to one byte per pixel. A mosaic image reports its tiles in
-// `mosaic`, and the caller cuts them into slices.
+// 1-bit images are widened to one byte per pixel, full-range YBR colour becomes RGB. A mosaic image
+// reports its tiles in `mosaic`, and the caller cuts them into slices.
 //
 //   CDicomFile f;
 //   DicomRecord r;
@@ -63,6 +63,8 @@ class CDicomFile {
     uint64_t PixelBytes() const { return pixel_bytes_; }
 
   private:
+    void ToRgb(const DicomRecord& r);
+
     std::unique_ptr<DcmFileFormat> file_;
     int bits_ = 0;
     bool big_endian_ = false;

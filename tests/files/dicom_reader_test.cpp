@@ -83,33 +83,64 @@ TEST_F(DicomReader, EveryTransferSyntaxMatchesPydicom) {
 }
 
 TEST_F(DicomReader, ColourFilesGiveThreeArrays) {
-    // The JPEG lossless file holds the pixels of the RLE one; the baseline file is YBR and
-    // is compared after pydicom's conversion, within the rounding of the two conversions.
-    const std::vector<std::pair<const char*, const char*>> cases = {
-        {"SC_rgb_rle.dcm", "SC_rgb_rle.dcm"},
-        {"SC_rgb_small_odd.dcm", "SC_rgb_small_odd.dcm"},
-        {"ExplVR_BigEnd.dcm", "ExplVR_BigEnd.dcm"},
-        {"SC_rgb_jpeg_gdcm.dcm", "SC_rgb_rle.dcm"},
-        {"SC_rgb_jpeg_dcmtk.dcm", "SC_rgb_jpeg_dcmtk.dcm"},
+    // The JPEG lossless file holds the pixels of the RLE one; the baseline files are YBR and
+    // are compared after pydicom's conversion, within the rounding of the two conversions.
+    // ybr.dcm is SC_rgb_small_odd.dcm turned into uncompressed full-range YBR by pydicom.
+    med::TempDir dir;
+    ASSERT_TRUE(
+        peer::Peer().RunText("import pydicom\n"
+                             "from pydicom.pixel_data_handlers.util import convert_color_space\n"
+                             "ds = pydicom.dcmread('" +
+                             kFolder +
+                             "SC_rgb_small_odd.dcm')\n"
+                             "ybr = convert_color_space(ds.pixel_array, 'RGB', 'YBR_FULL')\n"
+                             "ds.PixelData = ybr.tobytes() + b'\\0'\n"
+                             "ds.PhotometricInterpretation = 'YBR_FULL'\n"
+                             "ds.save_as('" +
+                             dir.Path().string() + "/ybr.dcm')\n"));
+    struct Colour {
+        std::string file, like;
+        int type;
+        res_t z;
+        double tol;
+    };
+    const std::string small = kFolder + "SC_rgb_small_odd.dcm";
+    const std::vector<Colour> cases = {
+        {kFolder + "SC_rgb_rle.dcm", kFolder + "SC_rgb_rle.dcm", TYPE_N1, 1, 0},
+        {small, small, TYPE_N1, 1, 0},
+        {kFolder + "ExplVR_BigEnd.dcm", kFolder + "ExplVR_BigEnd.dcm", TYPE_N1, 1, 0},
+        {kFolder + "SC_rgb_jpeg_gdcm.dcm", kFolder + "SC_rgb_rle.dcm", TYPE_N1, 1, 0},
+        {kFolder + "SC_rgb_rle_2frame.dcm", kFolder + "SC_rgb_rle_2frame.dcm", TYPE_N1, 2, 0},
+        {kFolder + "SC_rgb_rle_16bit_2frame.dcm", kFolder + "SC_rgb_rle_16bit_2frame.dcm", TYPE_N2,
+         2, 0},
+        {kFolder + "SC_rgb_rle_32bit_2frame.dcm", kFolder + "SC_rgb_rle_32bit_2frame.dcm", TYPE_N4,
+         2, 0},
+        {kFolder + "SC_rgb_jpeg_dcmtk.dcm", kFolder + "SC_rgb_jpeg_dcmtk.dcm", TYPE_N1, 1,
+         2.0 / 255},
+        {kFolder + "SC_rgb_dcmtk_+eb+cy+np.dcm", kFolder + "SC_rgb_dcmtk_+eb+cy+np.dcm", TYPE_N1, 1,
+         2.0 / 255},
+        {dir / "ybr.dcm", small, TYPE_N1, 1, 2.0 / 255},
     };
     peer::Peer p;
     std::vector<std::string> ids;
-    for (const auto& c : cases)
+    for (const Colour& c : cases)
         for (int ch = 0; ch < 3; ++ch)
-            ids.push_back(p.Case("rgb " + kFolder + c.second + " " + std::to_string(ch)));
+            ids.push_back(p.Case("rgb " + c.like + " " + std::to_string(ch)));
     ASSERT_TRUE(p.Run("files/dicom_reader.py"));
     for (size_t k = 0; k < cases.size(); ++k) {
-        SCOPED_TRACE(cases[k].first);
-        const med::Opened o = Open(kFolder + cases[k].first, 1);  // colour is never scaled
+        const Colour& c = cases[k];
+        SCOPED_TRACE(c.file);
+        const med::Opened o = Open(c.file, 1);  // colour is never scaled
         ASSERT_EQ(o.load, 1) << o.entry.status;
         ASSERT_EQ(o.arrays.size(), 3u);
         EXPECT_EQ(o.entry.isRgb, 1);
+        EXPECT_EQ(o.entry.header.nz, c.z);
         for (int ch = 0; ch < 3; ++ch) {
-            EXPECT_EQ(o.arrays[ch]->type, TYPE_N1);
+            EXPECT_EQ(o.arrays[ch]->type, c.type);
             const peer::Array got = peer::FromRecord(o.arrays[ch].get());
             const peer::Array want = p.Get(ids[3 * k + ch]);
-            if (k == 4)
-                EXPECT_TRUE(peer::Near(got, want, 2.0 / 255)) << "channel " << ch;
+            if (c.tol > 0)
+                EXPECT_TRUE(peer::Near(got, want, c.tol)) << "channel " << ch;
             else
                 EXPECT_TRUE(peer::Same(got, want)) << "channel " << ch;
         }
@@ -308,6 +339,7 @@ TEST_F(DicomReader, BadFilesGiveAClearError) {
         {"rtplan_truncated.dcm", ""},
         {"meta_missing_tsyntax.dcm", ""},
         {"rtplan.dcm", "no image in file"},
+        {"SC_ybr_full_422_uncompressed.dcm", "unsupported photometric interpretation"},
         {"README.txt", "not a readable dicom file"},
     };
     for (const auto& [file, text] : cases) {
