@@ -108,6 +108,9 @@ uint64_t PhysicalMemory() {
                                  : uint64_t{1} << 32;
 }
 
+// Header and extensions of a gzipped file above this are not believed.
+constexpr double kMaxHeaderBytes = 64 << 20;
+
 void Init() {
     static const bool quiet = [] {
         nifti_set_debug_level(0);
@@ -126,7 +129,26 @@ NiftiPtr OpenChecked(const std::string& path, uint64_t& bytes, int& version, std
         error = "not a nifti file";
         return nullptr;
     }
+    // The library reads header extensions up to the data offset into memory: that offset
+    // must lie inside a single file, and be of header size in a gzipped one.
+    double offset = 0;
+    bool single = false;
+    if (version == 2) {
+        const auto* h = static_cast<const nifti_2_header*>(raw);
+        offset = static_cast<double>(h->vox_offset);
+        single = h->magic[1] == '+';
+    } else {
+        const auto* h = static_cast<const nifti_1_header*>(raw);
+        offset = h->vox_offset;
+        single = h->magic[1] == '+';
+    }
     std::free(raw);
+    const bool gz = nifti_is_gzfile(path.c_str());
+    if (!(offset >= 0) || (gz && offset > kMaxHeaderBytes) ||
+        (!gz && single && offset > static_cast<double>(nifti_get_filesize(path.c_str())))) {
+        error = "nifti data offset beyond the file";
+        return nullptr;
+    }
     NiftiPtr nim(nifti_image_read(path.c_str(), 0));
     if (!nim) {
         error = "not a nifti file";

@@ -381,13 +381,14 @@ TEST_F(DicomReader, AbsurdSizesAreRefusedBeforeAllocation) {
 }
 
 TEST_F(DicomReader, TruncatedAtEveryOffset) {
-    // Every prefix of a small file: the header step fails with a text, or succeeds and the
-    // load then either completes or says why. Nothing may crash.
+    // Every prefix of a small RLE file through its header and the start of its fragments,
+    // every fifth after: the header step fails with a text, or succeeds and the load then
+    // either completes or says why. Nothing may crash.
     med::TempDir dir;
     const std::string whole = med::Slurp(kFolder + "MR_small_RLE.dcm");
     const std::string path = dir / "cut.dcm";
-    int opened = 0;
-    for (size_t n = 0; n < whole.size(); ++n) {
+    int opened = 0, tried = 0;
+    for (size_t n = 0; n < whole.size(); n += n < 2000 ? 1 : 5, ++tried) {
         med::Spit(path, whole.substr(0, n));
         const med::Opened o = Open(path);
         if (o.header) ++opened;
@@ -396,5 +397,5 @@ TEST_F(DicomReader, TruncatedAtEveryOffset) {
             ASSERT_EQ(o.entry.failed, 1) << n;
         }
     }
-    EXPECT_LT(opened, static_cast<int>(whole.size()));
+    EXPECT_LT(opened, tried);
 }

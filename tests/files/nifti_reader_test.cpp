@@ -347,6 +347,16 @@ TEST_F(Nifti, BadFilesGiveAClearError) {
         "gzip.open('" +
         d +
         "/memory.nii.gz', 'wb').write(dims(raw, [4] + [32767] * 4 + [1] * 3))\n"
+        "def offset(b, value):\n"
+        "    b = bytearray(b)\n"
+        "    struct.pack_into('<f', b, 108, value)\n"
+        "    return bytes(b)\n"
+        "open('" +
+        d +
+        "/offset.nii', 'wb').write(offset(raw, 2.0**31))\n"
+        "gzip.open('" +
+        d +
+        "/offset.nii.gz', 'wb').write(offset(raw, 2.0**30))\n"
         "raw2 = bytearray(open('" +
         d +
         "/small2.nii', 'rb').read())\n"
@@ -360,6 +370,8 @@ TEST_F(Nifti, BadFilesGiveAClearError) {
         {d + "/overflow.nii", ""},
         {d + "/overflow2.nii", ""},
         {d + "/seven.nii", "more than six dimensions"},
+        {d + "/offset.nii", "nifti data offset beyond the file"},
+        {d + "/offset.nii.gz", "nifti data offset beyond the file"},
         {d + "/memory.nii.gz", "nifti image larger than memory"},
         {kFolder + "analyze.hdr", ""},
         {kFolder + "README.rst", "not a nifti file"},
