@@ -66,7 +66,6 @@ class CDicomFile {
     void ToRgb(const DicomRecord& r);
 
     std::unique_ptr<DcmFileFormat> file_;
-    int bits_ = 0;
     bool big_endian_ = false;
     const uint8_t* pixels_ = nullptr;
     uint64_t pixel_bytes_ = 0;

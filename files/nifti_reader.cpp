@@ -131,18 +131,30 @@ NiftiPtr OpenChecked(const std::string& path, uint64_t& bytes, int& version, std
     }
     // The library reads header extensions up to the data offset into memory: that offset
     // must lie inside a single file, and be of header size in a gzipped one.
+    // The library indexes its tables by dim[0] unchecked: it must be 1 to 7 and every size
+    // it counts at least 1.
     double offset = 0;
-    bool single = false;
+    bool single = false, dims_ok = true;
+    auto check_dims = [&dims_ok](const auto& dim) {
+        dims_ok = dim[0] >= 1 && dim[0] <= 7;
+        for (int k = 1; dims_ok && k <= dim[0]; ++k) dims_ok = dim[k] >= 1;
+    };
     if (version == 2) {
         const auto* h = static_cast<const nifti_2_header*>(raw);
         offset = static_cast<double>(h->vox_offset);
         single = h->magic[1] == '+';
+        check_dims(h->dim);
     } else {
         const auto* h = static_cast<const nifti_1_header*>(raw);
         offset = h->vox_offset;
         single = h->magic[1] == '+';
+        check_dims(h->dim);
     }
     std::free(raw);
+    if (!dims_ok) {
+        error = "bad nifti dimensions";
+        return nullptr;
+    }
     const bool gz = nifti_is_gzfile(path.c_str());
     if (!(offset >= 0) || (gz && offset > kMaxHeaderBytes) ||
         (!gz && single && offset > static_cast<double>(nifti_get_filesize(path.c_str())))) {

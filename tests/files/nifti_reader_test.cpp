@@ -362,13 +362,18 @@ TEST_F(Nifti, BadFilesGiveAClearError) {
         "/small2.nii', 'rb').read())\n"
         "struct.pack_into('<8q', raw2, 16, 6, 2**40, 2**40, 2**40, 1, 1, 1, 1)\n"
         "open('" +
-        d + "/overflow2.nii', 'wb').write(raw2)\n"));
+        d +
+        "/overflow2.nii', 'wb').write(raw2)\n"
+        "struct.pack_into('<q', raw2, 16, 9895604649988)\n"
+        "open('" +
+        d + "/dim0.nii', 'wb').write(raw2)\n"));
     const std::vector<std::pair<std::string, std::string>> cases = {
         {kFolder + "nifti1.hdr", "nifti image file missing: "},
         {kFolder + "nifti2.hdr", "nifti image file missing: "},
         {d + "/beyond.nii", "nifti file shorter than its dimensions"},
         {d + "/overflow.nii", ""},
         {d + "/overflow2.nii", ""},
+        {d + "/dim0.nii", ""},
         {d + "/seven.nii", "more than six dimensions"},
         {d + "/offset.nii", "nifti data offset beyond the file"},
         {d + "/offset.nii.gz", "nifti data offset beyond the file"},
