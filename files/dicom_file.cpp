@@ -105,6 +105,7 @@ void CDicomFile::ToRgb(const DicomRecord& r) {
     }
     pixels_ = owned_.data();
 }
+
 CDicomFile::~CDicomFile() = default;
 
 bool CDicomFile::Open(const std::string& path, DicomRecord& r) {
@@ -156,11 +157,10 @@ bool CDicomFile::Open(const std::string& path, DicomRecord& r) {
         // every frame starts a fragment of its own, and the result would fit in memory.
         if (!DcmCodecList::canChangeCoding(xfer, EXS_LittleEndianExplicit))
             return Fail(r, std::string("no decoder for ") + xfer_info.getXferName());
+        // A pixel element under another VR is not a pixel data element to DCMTK.
+        auto* data = dynamic_cast<DcmPixelData*>(pixel);
         DcmPixelSequence* seq = nullptr;
-        if (static_cast<DcmPixelData*>(pixel)
-                ->getEncapsulatedRepresentation(xfer, nullptr, seq)
-                .bad() ||
-            !seq)
+        if (!data || data->getEncapsulatedRepresentation(xfer, nullptr, seq).bad() || !seq)
             return Fail(r, "no pixel data");
         if (seq->card() < 2 || seq->card() - 1 < static_cast<unsigned long>(frames))
             return Fail(r, "pixel data shorter than rows x columns x frames");

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <type_traits>
 
 #include <nifti2_io.h>
 
@@ -132,10 +133,14 @@ NiftiPtr OpenChecked(const std::string& path, uint64_t& bytes, int& version, std
     // The library reads header extensions up to the data offset into memory: that offset
     // must lie inside a single file, and be of header size in a gzipped one.
     // The library indexes its tables by dim[0] unchecked: it must be 1 to 7 and every size
-    // it counts at least 1.
+    // it counts at least 1. The header comes in the file's byte order.
     double offset = 0;
     bool single = false, dims_ok = true;
-    auto check_dims = [&dims_ok](const auto& dim) {
+    auto check_dims = [&dims_ok](const auto& stored) {
+        using T = std::remove_cv_t<std::remove_reference_t<decltype(stored[0])>>;
+        T dim[8];
+        std::memcpy(dim, stored, sizeof dim);
+        if (dim[0] < 1 || dim[0] > 7) nifti_swap_Nbytes(8, sizeof(T), dim);
         dims_ok = dim[0] >= 1 && dim[0] <= 7;
         for (int k = 1; dims_ok && k <= dim[0]; ++k) dims_ok = dim[k] >= 1;
     };
