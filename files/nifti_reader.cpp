@@ -133,28 +133,30 @@ NiftiPtr OpenChecked(const std::string& path, uint64_t& bytes, int& version, std
     // The library reads header extensions up to the data offset into memory: that offset
     // must lie inside a single file, and be of header size in a gzipped one.
     // The library indexes its tables by dim[0] unchecked: it must be 1 to 7 and every size
-    // it counts at least 1. The header comes in the file's byte order.
+    // it counts at least 1, whether the byte order is told by the header size or by dim[0]
+    // (the library uses both). The header comes in the file's byte order.
     double offset = 0;
     bool single = false, dims_ok = true;
-    auto check_dims = [&dims_ok](const auto& stored) {
-        using T = std::remove_cv_t<std::remove_reference_t<decltype(stored[0])>>;
+    auto check = [&](const auto& h, int expected_size) {
+        using T = std::remove_cv_t<std::remove_reference_t<decltype(h.dim[0])>>;
         T dim[8];
-        std::memcpy(dim, stored, sizeof dim);
-        if (dim[0] < 1 || dim[0] > 7) nifti_swap_Nbytes(8, sizeof(T), dim);
-        dims_ok = dim[0] >= 1 && dim[0] <= 7;
+        std::memcpy(dim, h.dim, sizeof dim);
+        auto size = h.sizeof_hdr;
+        auto vox = h.vox_offset;
+        const bool swap = size != expected_size;
+        if (swap) {
+            nifti_swap_Nbytes(8, sizeof(T), dim);
+            nifti_swap_Nbytes(1, sizeof vox, &vox);
+        }
+        dims_ok = dim[0] >= 1 && dim[0] <= 7 && swap == (h.dim[0] < 1 || h.dim[0] > 7);
         for (int k = 1; dims_ok && k <= dim[0]; ++k) dims_ok = dim[k] >= 1;
+        offset = static_cast<double>(vox);
+        single = h.magic[1] == '+';
     };
-    if (version == 2) {
-        const auto* h = static_cast<const nifti_2_header*>(raw);
-        offset = static_cast<double>(h->vox_offset);
-        single = h->magic[1] == '+';
-        check_dims(h->dim);
-    } else {
-        const auto* h = static_cast<const nifti_1_header*>(raw);
-        offset = h->vox_offset;
-        single = h->magic[1] == '+';
-        check_dims(h->dim);
-    }
+    if (version == 2)
+        check(*static_cast<const nifti_2_header*>(raw), 540);
+    else
+        check(*static_cast<const nifti_1_header*>(raw), 348);
     std::free(raw);
     if (!dims_ok) {
         error = "bad nifti dimensions";
