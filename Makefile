@@ -48,6 +48,12 @@ fuzz: deps
 	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
 	cd $(FUZZ) && ./tests/files/files_open_save_tests --gtest_filter=OpenSaveCorpus.* >/dev/null
 	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look $(FUZZ)/work/payload
+	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look fuzz_dicom_file \
+	      fuzz_nifti_file files_tests files_med_tests
+	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
+	cd $(FUZZ) && ./tests/files/files_med_tests --gtest_filter=MedCorpus.* >/dev/null
+	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look $(FUZZ)/work/dicom \
+	      $(FUZZ)/work/nifti
 	cd $(FUZZ) && ./tests/files/fuzz_zrk_file -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/zrk tests/corpus/zrk
 	cd $(FUZZ) && ./tests/display/fuzz_look -max_total_time=$(FUZZ_SECONDS) \
@@ -59,6 +65,10 @@ fuzz: deps
 	      -max_total_time=$(FUZZ_SECONDS) -artifact_prefix=findings/ work/$${t#*:} \
 	      tests/corpus/$${t#*:} && cd $(CURDIR) || exit 1; \
 	done
+	cd $(FUZZ) && ./tests/files/fuzz_dicom_file -max_total_time=$(FUZZ_SECONDS) \
+	      -artifact_prefix=findings/ work/dicom tests/corpus/dicom
+	cd $(FUZZ) && ./tests/files/fuzz_nifti_file -max_total_time=$(FUZZ_SECONDS) \
+	      -artifact_prefix=findings/ work/nifti tests/corpus/nifti
 
 bench: build
 	@sh scripts/bench.sh $(BUILD)
