@@ -152,6 +152,14 @@ MatPtr OpenForReading(const std::string& path) {
     return MatPtr(Mat_Open(path.c_str(), MAT_ACC_RDONLY));
 }
 
+// The variables' headers in file order. All are taken before any data is read: a data read
+// moves matio's file position, which the walk over the headers goes on from.
+std::vector<VarPtr> Variables(mat_t* mat) {
+    std::vector<VarPtr> vars;
+    while (matvar_t* var = Mat_VarReadNextInfo(mat)) vars.emplace_back(var);
+    return vars;
+}
+
 }  // namespace
 
 int ReadMatHeader(const COpenOptions& options, FileEntry& entry) {
@@ -167,7 +175,7 @@ int ReadMatHeader(const COpenOptions& options, FileEntry& entry) {
     int total = 0, compatible = 0;
     uint64_t bytes = 0;
     bool first = true;
-    while (VarPtr var{Mat_VarReadNextInfo(mat.get())}) {
+    for (const VarPtr& var : Variables(mat.get())) {
         ++total;
         const MatShape s = ShapeOf(var.get(), ElementLimit(mat.get(), var.get(), file_size));
         if (s.type < 0) continue;
@@ -200,7 +208,7 @@ int LoadMatFile(const COpenOptions& options, FileEntry& entry, CDataSpace& space
     const bool swap = options.swapxy != 0;
     int ok = 1;
     entry.status.clear();
-    while (VarPtr var{Mat_VarReadNextInfo(mat)}) {
+    for (const VarPtr& var : Variables(mat)) {
         const MatShape s = ShapeOf(var.get(), ElementLimit(mat, var.get(), file_size));
         if (s.type < 0) continue;
         const res_t nx = swap ? s.res[1] : s.res[0], ny = swap ? s.res[0] : s.res[1];
@@ -325,6 +333,11 @@ bool WriteArray(mat_t* mat, const CZrkData* a, bool all_doubles, int version) {
         }
     size_t dims[6];
     for (int k = 0; k < 6; ++k) dims[k] = res[k];
+    // Version 4 holds matrices only: x by everything else, every value kept.
+    if (version == 4 && rank > 2) {
+        dims[1] = a->Count() / (res[0] ? res[0] : 1);
+        rank = 2;
+    }
     const std::string name = MatName(a->name);
     if (name.empty()) return false;
     // A record that is already as MAT stores it is handed over without a copy.
