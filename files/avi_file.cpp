@@ -43,7 +43,8 @@ Encoder EncoderOf(int choice) {
     switch (choice) {
         case AVI_FFV1: return {AV_CODEC_ID_FFV1, {AV_PIX_FMT_0RGB32, AV_PIX_FMT_BGR0, AV_PIX_FMT_GBRP}};
         case AVI_RAW: return {AV_CODEC_ID_RAWVIDEO, {AV_PIX_FMT_BGR24, AV_PIX_FMT_NONE, AV_PIX_FMT_NONE}};
-        default: return {AV_CODEC_ID_MJPEG, {AV_PIX_FMT_YUVJ420P, AV_PIX_FMT_YUV420P, AV_PIX_FMT_NONE}};
+        // Full chroma: the colour edges of a palette survive.
+        default: return {AV_CODEC_ID_MJPEG, {AV_PIX_FMT_YUVJ444P, AV_PIX_FMT_YUVJ420P, AV_PIX_FMT_NONE}};
     }
 }
 
@@ -137,6 +138,15 @@ class CAviMovie {
         if (open < 0) return open;
         Check(avformat_write_header(format_, nullptr));
         return 0;
+    }
+
+    // An empty frame at 0: the muxer fills later gaps with empty frames itself, but not the
+    // gap before the first frame, and frame n belongs at (n + 1) * ppt.
+    void WriteLeadingGap() {
+        av_packet_unref(packet_);
+        packet_->pts = packet_->dts = 0;
+        packet_->stream_index = stream_->index;
+        Check(av_interleaved_write_frame(format_, packet_));
     }
 
     void Write(const std::vector<uint8_t>& bgr0, int64_t pts) {
@@ -261,6 +271,7 @@ int SaveAvi(const CSaveRequest& request, const CAviOptions& avi) {
                                 status = "open avi file error: " + Hex(open);
                                 return 0;
                             }
+                            movie.WriteLeadingGap();
                         } else if (frame.width != width || frame.height != height) {
                             throw AviFailure{AVERROR(ERANGE)};
                         }

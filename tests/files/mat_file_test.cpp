@@ -44,6 +44,13 @@ def dump(path, tag='v'):
         print(tag, k)
 )";
 
+// "f3_" and the like, built without operator+ on a literal (which GCC 12 misreads).
+std::string Tagged(const char* prefix, int n, const char* suffix = "") {
+    char text[64];
+    std::snprintf(text, sizeof text, "%s%d%s", prefix, n, suffix);
+    return text;
+}
+
 // The names dump() printed for `tag`.
 std::vector<std::string> Names(const std::string& output, const std::string& tag) {
     std::vector<std::string> out;
@@ -83,7 +90,7 @@ void ExpectLikeLoadmat(CDataSpace& space, const peer::Peer& p, const std::string
         const CZrkData* a = space.FindData(names[n].c_str());
         ASSERT_NE(a, nullptr) << tag << ": no " << names[n];
         EXPECT_EQ(space.GetData(static_cast<int>(n)), a) << tag << ": order";
-        const peer::Array want = p.Get(tag + std::to_string(n));
+        const peer::Array want = p.Get(tag + Tagged("", static_cast<int>(n)));
         if (values_only)
             EXPECT_TRUE(peer::Near(peer::FromRecord(a), want, 0)) << tag << " " << names[n];
         else
@@ -135,8 +142,8 @@ TEST_F(MatFiles, SciPySamplesReadAsLoadmatReadsThem) {
     std::string script = kLoadmat;
     int tag = 0;
     for (const Case& c : cases)
-        script += "dump('" + kData + (c.reference ? c.reference : c.file) + "', 'f" +
-                  std::to_string(tag++) + "_')\n";
+        script += "dump('" + kData + (c.reference ? c.reference : c.file) + "', '" +
+                  Tagged("f", tag++, "_") + "')\n";
     peer::Peer p;
     ASSERT_TRUE(p.RunText(script));
     tag = 0;
@@ -147,7 +154,7 @@ TEST_F(MatFiles, SciPySamplesReadAsLoadmatReadsThem) {
         ASSERT_EQ(r.header, 1) << c.file << ": " << r.entry.status;
         ASSERT_EQ(r.load, 1) << c.file << ": " << r.entry.status;
         EXPECT_EQ(r.entry.status, "reading complete");
-        ExpectLikeLoadmat(space, p, "f" + std::to_string(tag++) + "_", c.version4);
+        ExpectLikeLoadmat(space, p, Tagged("f", tag++, "_"), c.version4);
     }
 }
 
@@ -199,8 +206,7 @@ TEST_F(MatFiles, EverySavedArrayReadsBackThroughLoadmat) {
     std::vector<CZrkData*> arrays;
     for (int type = 0; type < TYPE_COUNT; ++type) {
         const res_t* r = shapes[type % 5];
-        std::string name = type % 4 == 0 ? "2 a-" : "b";
-        name += std::to_string(type);
+        const std::string name = Tagged(type % 4 == 0 ? "2 a-" : "b", type);
         CZrkData* a = space_.NewData(type, r[0], r[1], r[2], r[3], r[4], r[5], name.c_str());
         ASSERT_NE(a, nullptr);
         WithComponent(type, [&](auto zero) {
@@ -219,7 +225,7 @@ TEST_F(MatFiles, EverySavedArrayReadsBackThroughLoadmat) {
             options.mat_version = version;
             options.all_doubles = all_doubles;
             std::string status;
-            const std::string tag = "v" + std::to_string(version) + std::to_string(all_doubles);
+            const std::string tag = Tagged("v", version * 10 + all_doubles);
             const std::string path = Temp(tag + ".mat");
             ASSERT_EQ(SaveMatFile({path, arrays, nullptr, &options, &status}), 1) << status;
             script += "dump('" + path + "', '" + tag + "_')\n";
@@ -229,7 +235,7 @@ TEST_F(MatFiles, EverySavedArrayReadsBackThroughLoadmat) {
 
     for (int version : {4, 6, 7}) {
         for (int all_doubles : {0, 1}) {
-            const std::string tag = "v" + std::to_string(version) + std::to_string(all_doubles);
+            const std::string tag = Tagged("v", version * 10 + all_doubles);
             const std::vector<std::string> names = Names(p.Output(), tag + "_");
             // loadmat leaves 64-bit integers out of `wanted`.
             size_t n = 0;
@@ -241,7 +247,7 @@ TEST_F(MatFiles, EverySavedArrayReadsBackThroughLoadmat) {
                 if (!doubles && (comp == TYPE_I8 || comp == TYPE_N8)) continue;
                 ASSERT_LT(n, names.size()) << tag;
                 EXPECT_EQ(names[n], MatName(a->name));
-                const peer::Array got = p.Get(tag + "_" + std::to_string(n));
+                const peer::Array got = p.Get(tag + Tagged("_", static_cast<int>(n)));
                 // Version 4 keeps matrices only: x by the rest.
                 peer::Array want = peer::FromRecord(a);
                 if (version == 4) want.shape = {a->nx, a->Count() / a->nx};
