@@ -1,11 +1,15 @@
 #include "shell/shell_modules.h"
 
 #include "core/data_space.h"
+#include "files/avi_options.h"
 
 void CShellModules::Register(COptionTable& table, CDataSpace& space) {
     table.Set(
         OPT_MAIN_FRAME, [this](FILE* f) { main_frame.PrintfOptions(f); },
         [this](CKeyReader& r) { return main_frame.ScanfOptions(r); });
+    table.Set(
+        OPT_AVI_WRITER, [](FILE* f) { AviOptions().PrintfOptions(f); },
+        [](CKeyReader& r) { return AviOptions().ScanfOptions(r); });
     table.Set(
         OPT_DESKTOP, [this](FILE* f) { desktop.PrintfOptions(f); },
         [this](CKeyReader& r) { return desktop.ScanfOptions(r); });
