@@ -97,6 +97,13 @@ class CAviMovie {
 
     // Sets up the stream and opens the file; an open failure is the caller's own text.
     int Open(const std::string& path, int width, int height, int fps, int encoder) {
+        // libav's notes (such as the one on the JPEG colour range) would go to stderr; the
+        // failures come back as codes and reach the status.
+        static const bool quiet = [] {
+            av_log_set_level(AV_LOG_ERROR);
+            return true;
+        }();
+        (void)quiet;
         Check(avformat_alloc_output_context2(&format_, nullptr, "avi", path.c_str()));
         const Encoder e = EncoderOf(encoder);
         const AVCodec* codec = avcodec_find_encoder(e.id);
