@@ -32,8 +32,8 @@ CAtomicFile::CAtomicFile(const std::string& target) : target_(target) {
     const std::string folder = slash == std::string::npos ? "" : target.substr(0, slash + 1);
     const std::string base = slash == std::string::npos ? target : target.substr(slash + 1);
     // A hidden name in the same folder: the rename stays on one file system.
-    temp_ = folder + "." + base + "." + std::to_string(getpid()) + "." +
-            std::to_string(serial++) + ".tmp";
+    temp_ = folder + "." + base + "." + std::to_string(getpid()) + "." + std::to_string(serial++) +
+            ".tmp";
 }
 
 CAtomicFile::~CAtomicFile() {

@@ -41,10 +41,13 @@ struct Encoder {
 
 Encoder EncoderOf(int choice) {
     switch (choice) {
-        case AVI_FFV1: return {AV_CODEC_ID_FFV1, {AV_PIX_FMT_0RGB32, AV_PIX_FMT_BGR0, AV_PIX_FMT_GBRP}};
-        case AVI_RAW: return {AV_CODEC_ID_RAWVIDEO, {AV_PIX_FMT_BGR24, AV_PIX_FMT_NONE, AV_PIX_FMT_NONE}};
+        case AVI_FFV1:
+            return {AV_CODEC_ID_FFV1, {AV_PIX_FMT_0RGB32, AV_PIX_FMT_BGR0, AV_PIX_FMT_GBRP}};
+        case AVI_RAW:
+            return {AV_CODEC_ID_RAWVIDEO, {AV_PIX_FMT_BGR24, AV_PIX_FMT_NONE, AV_PIX_FMT_NONE}};
         // Full chroma: the colour edges of a palette survive.
-        default: return {AV_CODEC_ID_MJPEG, {AV_PIX_FMT_YUVJ444P, AV_PIX_FMT_YUVJ420P, AV_PIX_FMT_NONE}};
+        default:
+            return {AV_CODEC_ID_MJPEG, {AV_PIX_FMT_YUVJ444P, AV_PIX_FMT_YUVJ420P, AV_PIX_FMT_NONE}};
     }
 }
 
@@ -214,28 +217,45 @@ std::string AviPath(const std::string& path) {
 
 const char* AviErrorText(int error) {
     switch (error) {
-        case AVERROR_INVALIDDATA: return "file is corrupt file or an unrecognized format.";
-        case AVERROR(ENOMEM): return "There is not enough memory to complete the operation.";
-        case AVERROR(EIO): return "error during write";
-        case AVERROR(ENOSPC): return "error during write";
+        case AVERROR_INVALIDDATA:
+            return "file is corrupt file or an unrecognized format.";
+        case AVERROR(ENOMEM):
+            return "There is not enough memory to complete the operation.";
+        case AVERROR(EIO):
+            return "error during write";
+        case AVERROR(ENOSPC):
+            return "error during write";
         case AVERROR(EROFS):
         case AVERROR(EACCES):
-        case AVERROR(EPERM): return "file is read only";
-        case AVERROR_ENCODER_NOT_FOUND: return "A suitable compressor cannot be found.";
+        case AVERROR(EPERM):
+            return "file is read only";
+        case AVERROR_ENCODER_NOT_FOUND:
+            return "A suitable compressor cannot be found.";
         case AVERROR(ENOSYS):
-        case AVERROR_PATCHWELCOME: return "Compression is not supported for this type of data.";
+        case AVERROR_PATCHWELCOME:
+            return "Compression is not supported for this type of data.";
         case AVERROR_BUG:
-        case AVERROR_BUG2: return "internal error";
-        case AVERROR_OPTION_NOT_FOUND: return "bad flags";
-        case AVERROR(EINVAL): return "bad parameters";
+        case AVERROR_BUG2:
+            return "internal error";
+        case AVERROR_OPTION_NOT_FOUND:
+            return "bad flags";
+        case AVERROR(EINVAL):
+            return "bad parameters";
         case AVERROR(ERANGE):
-        case AVERROR(EFBIG): return "bad size";
-        case AVERROR(EBADF): return "bad handle";
-        case AVERROR_EXTERNAL: return "compressor error";
-        case AVERROR_EOF: return "no data";
-        case AVERROR_BUFFER_TOO_SMALL: return "buffer too small";
-        case AVERROR_EXIT: return "user abort";
-        default: return "can not compress";
+        case AVERROR(EFBIG):
+            return "bad size";
+        case AVERROR(EBADF):
+            return "bad handle";
+        case AVERROR_EXTERNAL:
+            return "compressor error";
+        case AVERROR_EOF:
+            return "no data";
+        case AVERROR_BUFFER_TOO_SMALL:
+            return "buffer too small";
+        case AVERROR_EXIT:
+            return "user abort";
+        default:
+            return "can not compress";
     }
 }
 
@@ -252,7 +272,8 @@ int SaveAvi(const CSaveRequest& request, const CAviOptions& avi) {
     for (int k = 0; k < 4; ++k) Range(avi, k, data ? data->Res(k + 2) : 1, lo[k], hi[k]);
     for (int k = 0; k < 4; ++k)
         if (lo[k] > hi[k]) {
-            status = "avi file error: " + Hex(AVERROR(EINVAL)) + " " + AviErrorText(AVERROR(EINVAL));
+            status =
+                "avi file error: " + Hex(AVERROR(EINVAL)) + " " + AviErrorText(AVERROR(EINVAL));
             return 0;
         }
 
@@ -272,8 +293,8 @@ int SaveAvi(const CSaveRequest& request, const CAviOptions& avi) {
                             throw AviFailure{AVERROR(EINVAL)};
                         if (n == 0) {
                             width = frame.width, height = frame.height;
-                            const int open = movie.Open(file.TempPath(), width, height, fps,
-                                                        avi.encoder);
+                            const int open =
+                                movie.Open(file.TempPath(), width, height, fps, avi.encoder);
                             if (open < 0) {
                                 status = "open avi file error: " + Hex(open);
                                 return 0;

@@ -19,9 +19,12 @@ void CAviOptions::PrintfOptions(FILE* file) const {
 
 const char* AviEncoderName(int encoder) {
     switch (encoder) {
-        case AVI_FFV1: return "FFV1 (lossless)";
-        case AVI_RAW: return "raw";
-        default: return "Motion JPEG";
+        case AVI_FFV1:
+            return "FFV1 (lossless)";
+        case AVI_RAW:
+            return "raw";
+        default:
+            return "Motion JPEG";
     }
 }
 

@@ -10,7 +10,7 @@
 namespace {
 
 struct GifColors {
-    std::vector<GifColorType> table;  // 256 entries, as many as the map holds
+    std::vector<GifColorType> table;   // 256 entries, as many as the map holds
     std::vector<GifByteType> indices;  // width * height
 };
 
@@ -44,7 +44,8 @@ bool ColorsOf(const CFrame& f, GifColors& out) {
                 it = seen.emplace(rgb, index).first;
                 out.table[index] = {p[2], p[1], p[0]};
             }
-            out.indices[static_cast<size_t>(y) * f.width + x] = static_cast<GifByteType>(it->second);
+            out.indices[static_cast<size_t>(y) * f.width + x] =
+                static_cast<GifByteType>(it->second);
         }
     }
     if (fits) return true;
@@ -79,8 +80,8 @@ int WriteGif(const CFrame& frame, const std::string& path, std::string* error) {
     bool ok = map && EGifPutScreenDesc(gif, frame.width, frame.height, 8, 0, map) == GIF_OK &&
               EGifPutImageDesc(gif, 0, 0, frame.width, frame.height, false, nullptr) == GIF_OK;
     for (int y = 0; ok && y < frame.height; ++y)
-        ok = EGifPutLine(gif, &colors.indices[static_cast<size_t>(y) * frame.width],
-                         frame.width) == GIF_OK;
+        ok = EGifPutLine(gif, &colors.indices[static_cast<size_t>(y) * frame.width], frame.width) ==
+             GIF_OK;
     if (!ok) code = gif->Error;
     GifFreeMapObject(map);
     if (EGifCloseFile(gif, &code) != GIF_OK) ok = false;

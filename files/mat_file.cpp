@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -48,15 +49,32 @@ using VarPtr = std::unique_ptr<matvar_t, VarFreer>;
 int TypeOfClass(matio_classes c, bool complex) {
     int real = -1;
     switch (c) {
-        case MAT_C_DOUBLE: real = TYPE_R8; break;
-        case MAT_C_SINGLE: real = TYPE_R4; break;
-        case MAT_C_INT8: real = TYPE_I1; break;
-        case MAT_C_UINT8: real = TYPE_N1; break;
-        case MAT_C_INT16: real = TYPE_I2; break;
-        case MAT_C_UINT16: real = TYPE_N2; break;
-        case MAT_C_INT32: real = TYPE_I4; break;
-        case MAT_C_UINT32: real = TYPE_N4; break;
-        default: return -1;
+        case MAT_C_DOUBLE:
+            real = TYPE_R8;
+            break;
+        case MAT_C_SINGLE:
+            real = TYPE_R4;
+            break;
+        case MAT_C_INT8:
+            real = TYPE_I1;
+            break;
+        case MAT_C_UINT8:
+            real = TYPE_N1;
+            break;
+        case MAT_C_INT16:
+            real = TYPE_I2;
+            break;
+        case MAT_C_UINT16:
+            real = TYPE_N2;
+            break;
+        case MAT_C_INT32:
+            real = TYPE_I4;
+            break;
+        case MAT_C_UINT32:
+            real = TYPE_N4;
+            break;
+        default:
+            return -1;
     }
     return complex ? real + 10 : real;
 }
@@ -96,7 +114,8 @@ MatShape ShapeOf(const matvar_t* var, uint64_t element_limit) {
 }
 
 uint64_t ElementLimit(mat_t* mat, const matvar_t* var, uint64_t file_size) {
-    const bool packed = Mat_GetVersion(mat) == MAT_FT_MAT73 || var->compression != MAT_COMPRESSION_NONE;
+    const bool packed =
+        Mat_GetVersion(mat) == MAT_FT_MAT73 || var->compression != MAT_COMPRESSION_NONE;
     return packed ? file_size * kInflateRatio : file_size;
 }
 
@@ -212,8 +231,8 @@ int LoadMatFile(const COpenOptions& options, FileEntry& entry, CDataSpace& space
         const MatShape s = ShapeOf(var.get(), ElementLimit(mat, var.get(), file_size));
         if (s.type < 0) continue;
         const res_t nx = swap ? s.res[1] : s.res[0], ny = swap ? s.res[0] : s.res[1];
-        CZrkData* a = space.NewData(s.type, nx, ny, s.res[2], s.res[3], s.res[4], s.res[5],
-                                    var->name);
+        CZrkData* a =
+            space.NewData(s.type, nx, ny, s.res[2], s.res[3], s.res[4], s.res[5], var->name);
         if (!a || !a->data) {
             if (a) space.DelData(a);
             entry.status = "alloc failed";
@@ -249,8 +268,8 @@ std::string MatName(const char* name) {
     std::string out;
     for (const char* p = name; *p; ++p) {
         const unsigned char c = static_cast<unsigned char>(*p);
-        const bool keep = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                          (c >= '0' && c <= '9') || c == '_';
+        const bool keep =
+            (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
         out += keep ? static_cast<char>(c) : '_';
     }
     if (!out.empty() && out[0] >= '0' && out[0] <= '9') out = "num_" + out;
@@ -266,16 +285,26 @@ struct MatClass {
 
 MatClass ClassOf(int component_type) {
     switch (component_type) {
-        case TYPE_I1: return {MAT_C_INT8, MAT_T_INT8};
-        case TYPE_I2: return {MAT_C_INT16, MAT_T_INT16};
-        case TYPE_I4: return {MAT_C_INT32, MAT_T_INT32};
-        case TYPE_I8: return {MAT_C_INT64, MAT_T_INT64};
-        case TYPE_N1: return {MAT_C_UINT8, MAT_T_UINT8};
-        case TYPE_N2: return {MAT_C_UINT16, MAT_T_UINT16};
-        case TYPE_N4: return {MAT_C_UINT32, MAT_T_UINT32};
-        case TYPE_N8: return {MAT_C_UINT64, MAT_T_UINT64};
-        case TYPE_R4: return {MAT_C_SINGLE, MAT_T_SINGLE};
-        default: return {MAT_C_DOUBLE, MAT_T_DOUBLE};
+        case TYPE_I1:
+            return {MAT_C_INT8, MAT_T_INT8};
+        case TYPE_I2:
+            return {MAT_C_INT16, MAT_T_INT16};
+        case TYPE_I4:
+            return {MAT_C_INT32, MAT_T_INT32};
+        case TYPE_I8:
+            return {MAT_C_INT64, MAT_T_INT64};
+        case TYPE_N1:
+            return {MAT_C_UINT8, MAT_T_UINT8};
+        case TYPE_N2:
+            return {MAT_C_UINT16, MAT_T_UINT16};
+        case TYPE_N4:
+            return {MAT_C_UINT32, MAT_T_UINT32};
+        case TYPE_N8:
+            return {MAT_C_UINT64, MAT_T_UINT64};
+        case TYPE_R4:
+            return {MAT_C_SINGLE, MAT_T_SINGLE};
+        default:
+            return {MAT_C_DOUBLE, MAT_T_DOUBLE};
     }
 }
 
@@ -317,7 +346,8 @@ MatBuffers Split(const CZrkData* a, bool doubles) {
     return b;
 }
 
-bool WriteArray(mat_t* mat, const CZrkData* a, bool all_doubles, int version) {
+bool WriteArray(mat_t* mat, const CZrkData* a, const std::string& name, bool all_doubles,
+                int version) {
     if (!a->data || !IsValidType(a->Type())) return false;
     const int component = a->Type() % 10;
     const bool doubles = all_doubles || (version == 4 && !Version4Has(component));
@@ -338,7 +368,6 @@ bool WriteArray(mat_t* mat, const CZrkData* a, bool all_doubles, int version) {
         dims[1] = a->Count() / (res[0] ? res[0] : 1);
         rank = 2;
     }
-    const std::string name = MatName(a->name);
     if (name.empty()) return false;
     // A record that is already as MAT stores it is handed over without a copy.
     MatBuffers b;
@@ -371,10 +400,16 @@ int SaveMatFile(const CSaveRequest& request) {
         status = "Error opening file";
         return 0;
     }
+    std::set<std::string> taken;
     for (const CZrkData* a : request.arrays) {
         bool ok = false;
         try {
-            ok = a && WriteArray(mat, a, all_doubles, version);
+            // "a b" and "a_b" both become a_b: the second is written as a_b_1, not over it.
+            std::string name = a ? MatName(a->name) : "";
+            for (int n = 1; taken.count(name); ++n)
+                name = MatName(a->name) + "_" + std::to_string(n);
+            taken.insert(name);
+            ok = a && WriteArray(mat, a, name, all_doubles, version);
         } catch (const std::exception&) {
         }
         if (!ok) {
@@ -387,6 +422,5 @@ int SaveMatFile(const CSaveRequest& request) {
         status = "Error closing file";
         return 0;
     }
-    status = "file saved";
     return 1;
 }

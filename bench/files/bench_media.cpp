@@ -61,7 +61,8 @@ class CWaveView : public CDisplayEntry {
                 f.pixels[static_cast<size_t>(y) * kSide + x] =
                     static_cast<uint8_t>((x + 2 * y + 9 * page[0]) / 3);
         for (int k = 0; k < 256; ++k)
-            f.palette[k][0] = static_cast<uint8_t>(k), f.palette[k][1] = static_cast<uint8_t>(k / 2),
+            f.palette[k][0] = static_cast<uint8_t>(k),
+            f.palette[k][1] = static_cast<uint8_t>(k / 2),
             f.palette[k][2] = static_cast<uint8_t>(255 - k);
         return 1;
     }
@@ -73,7 +74,8 @@ void Movie(benchmark::State& state, int encoder) {
     auto view = std::make_unique<CWaveView>();
     std::snprintf(view->name, sizeof view->name, "wave");
     view->data[0] = &data;
-    CDisplayEntry* listed = static_cast<CDisplayEntry*>(GlobalWindowSpace().NewData(std::move(view)));
+    CDisplayEntry* listed =
+        static_cast<CDisplayEntry*>(GlobalWindowSpace().NewData(std::move(view)));
     CSaveOptions options;
     options.fps = 25;
     options.ppt = 1;
@@ -83,8 +85,8 @@ void Movie(benchmark::State& state, int encoder) {
     for (auto _ : state)
         if (!SaveAvi({File("wave.avi"), {}, listed, &options, &status}, avi))
             state.SkipWithError(status.c_str());
-    state.counters["frames/s"] =
-        benchmark::Counter(static_cast<double>(kFrames) * state.iterations(), benchmark::Counter::kIsRate);
+    state.counters["frames/s"] = benchmark::Counter(
+        static_cast<double>(kFrames) * state.iterations(), benchmark::Counter::kIsRate);
     GlobalWindowSpace().DelData(listed);
 }
 

@@ -27,7 +27,10 @@ QSpinBox* Spin(QWidget* parent, const char* name, int lo, int hi, int value) {
 }  // namespace
 
 CSaveAvi::CSaveAvi(CSaveAviModel& model, QWidget* parent)
-    : QDialog(parent), model_(model), encoder_(new QComboBox(this)), frames_(new QLabel(this)),
+    : QDialog(parent),
+      model_(model),
+      encoder_(new QComboBox(this)),
+      frames_(new QLabel(this)),
       status_(new QLabel(this)) {
     setObjectName("save_avi");
     setWindowTitle("avi");

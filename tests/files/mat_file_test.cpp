@@ -162,10 +162,13 @@ TEST_F(MatFiles, HeaderCountsBytesAndCompatibleArrays) {
     // a 3 x 5 and theta 1 x 9 doubles, beside a struct, a text and a cell that are passed by.
     peer::Peer p;
     const std::string path = Temp("mixed.mat");
-    ASSERT_TRUE(p.RunText("import scipy.io as sio\n"
-                          "sio.savemat('" + path + "', {'a': np.ones((3, 5)), "
-                          "'s': {'f': 1.0}, 't': 'text', 'c': np.array([[1, 'x']], dtype=object), "
-                          "'theta': np.arange(9.0)[None, :]})\n"));
+    ASSERT_TRUE(
+        p.RunText("import scipy.io as sio\n"
+                  "sio.savemat('" +
+                  path +
+                  "', {'a': np.ones((3, 5)), "
+                  "'s': {'f': 1.0}, 't': 'text', 'c': np.array([[1, 'x']], dtype=object), "
+                  "'theta': np.arange(9.0)[None, :]})\n"));
     FileEntry e;
     e.path = path;
     ASSERT_EQ(ReadMatHeader(COpenOptions{}, e), 1);
@@ -179,13 +182,16 @@ TEST_F(MatFiles, HeaderCountsBytesAndCompatibleArrays) {
 TEST_F(MatFiles, SwapXYTransposesEveryPlaneOfRealAndComplexArrays) {
     peer::Peer p;
     const std::string path = Temp("swap.mat");
-    ASSERT_TRUE(p.RunText("import scipy.io as sio\n"
-                          "r = np.arange(24, dtype=np.int16).reshape((2, 3, 4), order='F')\n"
-                          "c = (np.arange(30) + 1j * np.arange(30, 60)).astype(np.complex64)"
-                          ".reshape((3, 5, 2), order='F')\n"
-                          "sio.savemat('" + path + "', {'r': r, 'c': c})\n"
-                          "peer.save(FOLDER, 'r', np.swapaxes(r, 0, 1))\n"
-                          "peer.save(FOLDER, 'c', np.swapaxes(c, 0, 1))\n"));
+    ASSERT_TRUE(
+        p.RunText("import scipy.io as sio\n"
+                  "r = np.arange(24, dtype=np.int16).reshape((2, 3, 4), order='F')\n"
+                  "c = (np.arange(30) + 1j * np.arange(30, 60)).astype(np.complex64)"
+                  ".reshape((3, 5, 2), order='F')\n"
+                  "sio.savemat('" +
+                  path +
+                  "', {'r': r, 'c': c})\n"
+                  "peer.save(FOLDER, 'r', np.swapaxes(r, 0, 1))\n"
+                  "peer.save(FOLDER, 'c', np.swapaxes(c, 0, 1))\n"));
     const Loaded r = Load(path, space_, 1);
     ASSERT_EQ(r.load, 1) << r.entry.status;
     EXPECT_EQ(r.entry.header.nx, 3u);  // the header step swaps too
@@ -241,9 +247,9 @@ TEST_F(MatFiles, EverySavedArrayReadsBackThroughLoadmat) {
             size_t n = 0;
             for (const CZrkData* a : arrays) {
                 const int comp = a->Type() % 10;
-                const bool doubles = all_doubles || (version == 4 && comp != TYPE_R4 &&
-                                                     comp != TYPE_I4 && comp != TYPE_I2 &&
-                                                     comp != TYPE_N2 && comp != TYPE_N1);
+                const bool doubles =
+                    all_doubles || (version == 4 && comp != TYPE_R4 && comp != TYPE_I4 &&
+                                    comp != TYPE_I2 && comp != TYPE_N2 && comp != TYPE_N1);
                 if (!doubles && (comp == TYPE_I8 || comp == TYPE_N8)) continue;
                 ASSERT_LT(n, names.size()) << tag;
                 EXPECT_EQ(names[n], MatName(a->name));
@@ -284,6 +290,23 @@ TEST_F(MatFiles, NamesAreSanitised) {
     EXPECT_EQ(MatName("lfe_stiff01"), "lfe_stiff01");
     EXPECT_EQ(MatName("a.b[c]"), "a_b_c_");
     EXPECT_EQ(MatName("_9"), "_9");
+}
+
+TEST_F(MatFiles, NamesThatMeetAfterSanitisingStayApart) {
+    std::vector<CZrkData*> arrays;
+    for (const char* name : {"a b", "a_b", "a-b"}) {
+        CZrkData* a = space_.NewData(TYPE_I2, 1, 1, 1, 1, 1, 1, name);
+        *static_cast<int16_t*>(a->data) = static_cast<int16_t>(arrays.size());
+        arrays.push_back(a);
+    }
+    CSaveOptions options;
+    std::string status;
+    const std::string path = Temp("names.mat");
+    ASSERT_EQ(SaveMatFile({path, arrays, nullptr, &options, &status}), 1) << status;
+    const std::vector<double> got =
+        peer::Values("import scipy.io as sio\nm = sio.loadmat('" + path +
+                     "')\nprint(m['a_b'][0, 0], m['a_b_1'][0, 0], m['a_b_2'][0, 0])\n");
+    EXPECT_EQ(got, (std::vector<double>{0, 1, 2}));
 }
 
 TEST_F(MatFiles, FailedSavesLeaveTheOldFileWhole) {
@@ -383,7 +406,7 @@ TEST_F(MatFiles, SizesBeyondSixDimensionsOrTheFileArePassedBy) {
         {{1, 1}, "8 bytes in 1 out of 1 compatible array(s)"},
         {{1, 1, 1, 1, 1, 1, 1}, "0 bytes in 0 out of 1 compatible array(s)"},  // seven
         {{65536, 65536, 65536}, "0 bytes in 0 out of 1 compatible array(s)"},  // beyond the file
-        {{-1, -1}, "0 bytes in 0 out of 1 compatible array(s)"},  // 2^32-1 squared
+        {{-1, -1}, "0 bytes in 0 out of 1 compatible array(s)"},               // 2^32-1 squared
         {{0, 3}, "0 bytes in 0 out of 1 compatible array(s)"},
     };
     for (const Case& c : cases) {
@@ -402,8 +425,8 @@ TEST_F(MatFiles, SizesBeyondSixDimensionsOrTheFileArePassedBy) {
 }
 
 TEST_F(MatFiles, TruncatedFilesNeverCrash) {
-    for (const char* file : {"testmulti_7.4_GLNX86.mat", "test3dmatrix_6.1_SOL2.mat",
-                             "testmulti_4.2c_SOL2.mat"}) {
+    for (const char* file :
+         {"testmulti_7.4_GLNX86.mat", "test3dmatrix_6.1_SOL2.mat", "testmulti_4.2c_SOL2.mat"}) {
         const std::string bytes = Slurp(kData + file);
         ASSERT_FALSE(bytes.empty()) << file;
         for (size_t cut = 0; cut < bytes.size(); cut += 3) {

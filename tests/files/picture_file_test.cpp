@@ -90,9 +90,10 @@ TEST_F(Pictures, PilReadsBackBmpPngGifExactlyAndJpgAbove30dB) {
             const std::string tag = ext + std::to_string(bits);
             const std::string path = Temp(tag + "." + ext);
             ASSERT_EQ(SavePicture({path, {}, d, &options_, &status_}), 1) << tag << ": " << status_;
-            script += "im = Image.open('" + path + "')\nprint(im.format)\n" +
-                      "peer.save(FOLDER, '" + tag +
-                      "', np.ascontiguousarray(np.asarray(im.convert('RGB')).transpose(2, 1, 0)))\n";
+            script +=
+                "im = Image.open('" + path + "')\nprint(im.format)\n" + "peer.save(FOLDER, '" +
+                tag +
+                "', np.ascontiguousarray(np.asarray(im.convert('RGB')).transpose(2, 1, 0)))\n";
             expected.push_back(d->Expected(page));
         }
     }
@@ -118,9 +119,10 @@ TEST_F(Pictures, GifOfManyColoursIsQuantisedCloseToTheFrame) {
     const std::string path = Temp("many.gif");
     ASSERT_EQ(SavePicture({path, {}, d, &options_, &status_}), 1) << status_;
     peer::Peer p;
-    ASSERT_TRUE(p.RunText("from PIL import Image\n"
-                          "peer.save(FOLDER, 'g', np.ascontiguousarray(np.asarray(Image.open('" +
-                          path + "').convert('RGB')).transpose(2, 1, 0)))\n"));
+    ASSERT_TRUE(
+        p.RunText("from PIL import Image\n"
+                  "peer.save(FOLDER, 'g', np.ascontiguousarray(np.asarray(Image.open('" +
+                  path + "').convert('RGB')).transpose(2, 1, 0)))\n"));
     const uint64_t page[4] = {0, 0, 0, 0};
     EXPECT_GT(Psnr(p.Get("g").bytes, d->Expected(page)), 25.0);
 }
@@ -162,8 +164,9 @@ Movie ReadMovie(const std::string& path) {
             avcodec_receive_frame(dec, frame) >= 0) {
             const int w = frame->width, h = frame->height;
             std::string rgb(static_cast<size_t>(w) * h * 3, '\0');
-            SwsContext* sws = sws_getContext(w, h, static_cast<AVPixelFormat>(frame->format), w, h,
-                                             AV_PIX_FMT_RGB24, SWS_POINT, nullptr, nullptr, nullptr);
+            SwsContext* sws =
+                sws_getContext(w, h, static_cast<AVPixelFormat>(frame->format), w, h,
+                               AV_PIX_FMT_RGB24, SWS_POINT, nullptr, nullptr, nullptr);
             uint8_t* dst[1] = {reinterpret_cast<uint8_t*>(rgb.data())};
             const int stride[1] = {3 * w};
             sws_scale(sws, frame->data, frame->linesize, 0, h, dst, stride);
@@ -244,9 +247,8 @@ TEST_F(Pictures, MovieRangesNameAndFailures) {
 
     // A frame of another size midway: an error, and the movie that was there stays whole.
     avi.ResetRanges();
-    const std::string before = std::string(std::istreambuf_iterator<char>(
-                                               *std::make_unique<std::ifstream>(Temp("part.avi"))),
-                                           {});
+    const std::string before = std::string(
+        std::istreambuf_iterator<char>(*std::make_unique<std::ifstream>(Temp("part.avi"))), {});
     d->resize_at_z_ = 1;
     EXPECT_EQ(SaveAvi({Temp("part.avi"), {}, d, &options_, &status_}, avi), 0);
     EXPECT_EQ(status_, "avi file error: ffffffde bad size");  // AVERROR(ERANGE)
@@ -260,7 +262,8 @@ TEST_F(Pictures, MovieRangesNameAndFailures) {
 }
 
 TEST_F(Pictures, AviErrorTextsFollowTheLibavCodes) {
-    EXPECT_STREQ(AviErrorText(AVERROR_INVALIDDATA), "file is corrupt file or an unrecognized format.");
+    EXPECT_STREQ(AviErrorText(AVERROR_INVALIDDATA),
+                 "file is corrupt file or an unrecognized format.");
     EXPECT_STREQ(AviErrorText(AVERROR(ENOMEM)),
                  "There is not enough memory to complete the operation.");
     EXPECT_STREQ(AviErrorText(AVERROR(EACCES)), "file is read only");
