@@ -16,6 +16,7 @@
 #include "core/element_type.h"
 #include "core/zrk_data.h"
 #include "files/atomic_file.h"
+#include "files/mat_scan.h"
 
 namespace {
 
@@ -166,16 +167,25 @@ bool ReadSamples(mat_t* mat, matvar_t* var, const MatShape& s, bool swap, CZrkDa
     return true;
 }
 
-MatPtr OpenForReading(const std::string& path) {
+// A file that is no MAT file is not handed to matio at all; `scan` says how many variable
+// headers matio may read.
+MatPtr OpenForReading(const std::string& path, CMatScan& scan) {
     QuietLog();
+    scan = ScanMatFile(path);
+    if (scan.version == 0) return nullptr;
     return MatPtr(Mat_Open(path.c_str(), MAT_ACC_RDONLY));
 }
 
-// The variables' headers in file order. All are taken before any data is read: a data read
-// moves matio's file position, which the walk over the headers goes on from.
-std::vector<VarPtr> Variables(mat_t* mat) {
+// The variables' headers in file order, no more than the scan found sound. All are taken
+// before any data is read: a data read moves matio's file position, which the walk over
+// the headers goes on from.
+std::vector<VarPtr> Variables(mat_t* mat, const CMatScan& scan) {
     std::vector<VarPtr> vars;
-    while (matvar_t* var = Mat_VarReadNextInfo(mat)) vars.emplace_back(var);
+    while (static_cast<int>(vars.size()) < scan.variables) {
+        matvar_t* var = Mat_VarReadNextInfo(mat);
+        if (!var) break;
+        vars.emplace_back(var);
+    }
     return vars;
 }
 
@@ -184,7 +194,8 @@ std::vector<VarPtr> Variables(mat_t* mat) {
 int ReadMatHeader(const COpenOptions& options, FileEntry& entry) {
     entry.title = TitleOf(entry.path);
     entry.failed = 0;
-    MatPtr mat = OpenForReading(entry.path);
+    CMatScan scan;
+    MatPtr mat = OpenForReading(entry.path, scan);
     if (!mat) {
         entry.status = "Error opening file";
         entry.failed = 1;
@@ -194,7 +205,7 @@ int ReadMatHeader(const COpenOptions& options, FileEntry& entry) {
     int total = 0, compatible = 0;
     uint64_t bytes = 0;
     bool first = true;
-    for (const VarPtr& var : Variables(mat.get())) {
+    for (const VarPtr& var : Variables(mat.get(), scan)) {
         ++total;
         const MatShape s = ShapeOf(var.get(), ElementLimit(mat.get(), var.get(), file_size));
         if (s.type < 0) continue;
@@ -217,7 +228,8 @@ int ReadMatHeader(const COpenOptions& options, FileEntry& entry) {
 
 int LoadMatFile(const COpenOptions& options, FileEntry& entry, CDataSpace& space) {
     entry.failed = 0;
-    mat_t* mat = OpenForReading(entry.path).release();
+    CMatScan scan;
+    mat_t* mat = OpenForReading(entry.path, scan).release();
     if (!mat) {
         entry.status = "Error opening file";
         entry.failed = 1;
@@ -227,7 +239,7 @@ int LoadMatFile(const COpenOptions& options, FileEntry& entry, CDataSpace& space
     const bool swap = options.swapxy != 0;
     int ok = 1;
     entry.status.clear();
-    for (const VarPtr& var : Variables(mat)) {
+    for (const VarPtr& var : Variables(mat, scan)) {
         const MatShape s = ShapeOf(var.get(), ElementLimit(mat, var.get(), file_size));
         if (s.type < 0) continue;
         const res_t nx = swap ? s.res[1] : s.res[0], ny = swap ? s.res[0] : s.res[1];
