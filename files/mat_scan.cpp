@@ -67,73 +67,139 @@ int ScanVersion4(FILE* f, uint64_t size) {
     return count;
 }
 
-// The sub-elements that open a matrix of `size` bytes (array flags, dimensions, name), as
-// far as `head` shows them: each must lie within the matrix.
-bool MatrixHeadFits(const uint8_t* head, size_t head_size, uint64_t size, bool swap) {
+// Cells and structures are read whole, to check every member's header; beyond this size
+// one is taken as broken, and the walk stops there.
+constexpr uint64_t kWholeBytes = uint64_t{256} << 20;
+// matio reads nested members recursively.
+constexpr int kMaxDepth = 32;
+
+enum : uint32_t { CLASS_CELL = 1, CLASS_STRUCT = 2, CLASS_OBJECT = 3 };
+
+struct Sub {
+    uint32_t type = 0;
+    uint64_t bytes = 0;
+    const uint8_t* data = nullptr;
+};
+
+// The sub-element at `at` of a buffer of `size` bytes, moving `at` past it; false when it
+// does not fit. A small element keeps up to 4 bytes in its tag's word.
+bool NextSub(const uint8_t* p, uint64_t size, uint64_t& at, bool swap, Sub& s) {
+    if (at + 8 > size) return false;
+    const uint32_t tag = Word(p + at, swap);
+    if (tag >> 16) {
+        s = {tag & 0xFFFF, tag >> 16, p + at + 4};
+        if (s.bytes > 4) return false;
+        at += 8;
+        return true;
+    }
+    s = {tag, Word(p + at + 4, swap), p + at + 8};
+    if (s.bytes > size - at - 8) return false;
+    at += 8 + ((s.bytes + 7) & ~uint64_t{7});
+    if (at > size) at = size;  // the last element may go without its padding
+    return true;
+}
+
+// One matrix element's contents (after its tag), `size` bytes of which `seen` are at `p`:
+// flags, dimensions and name must lie within it; with `whole`, members of cells and
+// structures are checked in turn, and there must be room for a header per member.
+bool MatrixFits(const uint8_t* p, uint64_t seen, uint64_t size, bool swap, bool whole, int depth,
+                uint32_t* cls) {
+    if (depth > kMaxDepth) return false;
+    const uint64_t limit = std::min(seen, size);
     uint64_t at = 0;
-    for (int sub = 0; sub < 3; ++sub) {
-        if (at + 8 > head_size) return true;  // beyond what we see, matio's own checks hold
-        const uint32_t tag = Word(head + at, swap);
-        uint64_t bytes, step;
-        if (tag >> 16) {  // small element: the length in the upper half, data in the tag
-            bytes = tag >> 16;
-            if (bytes > 4) return false;
-            step = 8;
-        } else {
-            bytes = Word(head + at + 4, swap);
-            step = 8 + ((bytes + 7) & ~uint64_t{7});
-        }
-        if (bytes > size || at + step > size) return false;
-        if (sub == 1 && (bytes == 0 || bytes % 4 != 0)) return false;  // int32 dimensions
-        at += step;
+    Sub flags, dims, name;
+    if (!NextSub(p, limit, at, swap, flags)) return seen < size && at + 8 > seen;
+    if (flags.bytes < 8) return false;
+    *cls = Word(flags.data, swap) & 0xFF;
+    if (!NextSub(p, limit, at, swap, dims)) return seen < size && at + 8 > seen;
+    if (dims.bytes == 0 || dims.bytes % 4 != 0) return false;
+    uint64_t members = 1;
+    for (uint64_t k = 0; k < dims.bytes / 4; ++k)
+        if (__builtin_mul_overflow(members, uint64_t{Word(dims.data + 4 * k, swap)}, &members))
+            return false;
+    if (!NextSub(p, limit, at, swap, name)) return seen < size && at + 8 > seen;
+    if (!whole) return true;
+    if (*cls == CLASS_STRUCT || *cls == CLASS_OBJECT) {
+        Sub class_name, length, names;
+        if (*cls == CLASS_OBJECT && !NextSub(p, size, at, swap, class_name)) return false;
+        if (!NextSub(p, size, at, swap, length) || !NextSub(p, size, at, swap, names)) return false;
+        const uint64_t len = length.bytes >= 4 ? Word(length.data, swap) : 0;
+        const uint64_t fields = len ? names.bytes / len : 0;
+        if (__builtin_mul_overflow(members, fields, &members)) return false;
+    } else if (*cls != CLASS_CELL) {
+        return true;
+    }
+    if (members > (size - at) / 8) return false;
+    for (uint64_t k = 0; k < members; ++k) {
+        if (at + 8 > size) return false;
+        const uint64_t bytes = Word(p + at + 4, swap);
+        if (Word(p + at, swap) != 14 || bytes > size - at - 8) return false;
+        uint32_t inner = 0;
+        if (bytes > 0 && !MatrixFits(p + at + 8, bytes, bytes, swap, true, depth + 1, &inner))
+            return false;
+        at += 8 + ((bytes + 7) & ~uint64_t{7});
     }
     return true;
 }
 
-// What the start of a compressed element inflates to, up to kHeadBytes.
-size_t InflateHead(const std::vector<uint8_t>& packed, std::vector<uint8_t>& head, bool* ok) {
+// A compressed element inflated up to `cap` bytes; false when the stream is broken before.
+bool Inflate(const std::vector<uint8_t>& packed, uint64_t cap, std::vector<uint8_t>& out) {
+    out.resize(cap);
     z_stream z = {};
-    *ok = false;
-    if (inflateInit(&z) != Z_OK) return 0;
+    if (inflateInit(&z) != Z_OK) return false;
     z.next_in = const_cast<uint8_t*>(packed.data());
     z.avail_in = static_cast<uInt>(packed.size());
-    z.next_out = head.data();
-    z.avail_out = static_cast<uInt>(head.size());
+    z.next_out = out.data();
+    z.avail_out = static_cast<uInt>(cap);
     const int r = inflate(&z, Z_SYNC_FLUSH);
-    const size_t got = head.size() - z.avail_out;
+    out.resize(cap - z.avail_out);
     inflateEnd(&z);
-    *ok = r == Z_OK || r == Z_STREAM_END || (r == Z_BUF_ERROR && got > 0);
-    return got;
+    return r == Z_OK || r == Z_STREAM_END || (r == Z_BUF_ERROR && !out.empty());
 }
 
 // Versions 5 to 7: a 128-byte header, then tagged elements, matrices plain or compressed.
 int ScanVersion5(FILE* f, uint64_t size, bool swap) {
     int count = 0;
     uint64_t at = 128;
-    std::vector<uint8_t> head(kHeadBytes), packed;
+    std::vector<uint8_t> head(kHeadBytes), packed, whole;
     uint8_t tag[8];
     while (at + 8 <= size && ReadAt(f, at, tag, 8) == 8) {
         const uint32_t type = Word(tag, swap);
         const uint64_t bytes = Word(tag + 4, swap);
-        const uint64_t rest = size - at - 8;
-        if (bytes > rest) break;
+        if (bytes > size - at - 8) break;
+        uint32_t cls = 0;
         if (type == 14) {
-            const size_t got = ReadAt(f, at + 8, head.data(), std::min<uint64_t>(bytes, kHeadBytes));
-            if (!MatrixHeadFits(head.data(), got, bytes, swap)) break;
+            head.resize(std::min<uint64_t>(bytes, kHeadBytes));
+            head.resize(ReadAt(f, at + 8, head.data(), head.size()));
+            if (!MatrixFits(head.data(), head.size(), bytes, swap, false, 0, &cls)) break;
+            if (cls == CLASS_CELL || cls == CLASS_STRUCT || cls == CLASS_OBJECT) {
+                if (bytes > kWholeBytes) break;
+                whole.resize(bytes);
+                if (ReadAt(f, at + 8, whole.data(), bytes) != bytes ||
+                    !MatrixFits(whole.data(), bytes, bytes, swap, true, 0, &cls))
+                    break;
+            }
             at += 8 + ((bytes + 7) & ~uint64_t{7});
         } else if (type == 15) {
             // A stored (uncompressed) deflate block costs 5 bytes per 64 KB, so this many
             // packed bytes always cover the head.
             packed.resize(std::min<uint64_t>(bytes, 2 * kHeadBytes));
             packed.resize(ReadAt(f, at + 8, packed.data(), packed.size()));
-            bool ok = false;
-            const size_t got = InflateHead(packed, head, &ok);
-            if (!ok || got < 8) break;
-            const uint64_t inner = Word(&head[4], swap);
-            if (Word(&head[0], swap) == 14 &&
-                (inner > bytes * kInflateRatio ||
-                 !MatrixHeadFits(&head[8], got - 8, inner, swap)))
-                break;
+            if (!Inflate(packed, kHeadBytes, head) || head.size() < 8) break;
+            if (Word(&head[0], swap) == 14) {
+                const uint64_t inner = Word(&head[4], swap);
+                if (inner > bytes * kInflateRatio ||
+                    !MatrixFits(&head[8], head.size() - 8, inner, swap, false, 0, &cls))
+                    break;
+                if (cls == CLASS_CELL || cls == CLASS_STRUCT || cls == CLASS_OBJECT) {
+                    if (inner + 8 > kWholeBytes) break;
+                    packed.resize(bytes);
+                    if (ReadAt(f, at + 8, packed.data(), bytes) != bytes ||
+                        !Inflate(packed, inner + 8, whole) || whole.size() < inner + 8 ||
+                        !MatrixFits(&whole[8], inner, inner, swap, true, 0, &cls))
+                        break;
+                }
+            }
             at += 8 + bytes;
         } else {
             at += 8 + ((bytes + 7) & ~uint64_t{7});

@@ -8,8 +8,8 @@
 #include <string>
 
 struct CMatScan {
-    int version = 0;     // 4, 5 (also 6 and 7), 73 (HDF5, whose library checks its own), 0 none
-    int variables = 0;   // plausible variables at the start of the file; all of them for 73
+    int version = 0;    // 4, 5 (also 6 and 7), 73 (HDF5, whose library checks its own), 0 none
+    int variables = 0;  // plausible variables at the start of the file; all of them for 73
 };
 
 CMatScan ScanMatFile(const std::string& path);
