@@ -14,6 +14,7 @@ namespace {
 
 // zlib never packs more than 1032 bytes into one.
 constexpr uint64_t kInflateRatio = 1032;
+constexpr bool kHostBig = __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__;
 // The head of an element we look at: tag, flags, a few dimensions, the name.
 constexpr size_t kHeadBytes = 4096;
 
@@ -41,12 +42,16 @@ int ScanVersion4(FILE* f, uint64_t size) {
     uint64_t at = 0;
     uint8_t raw[20];
     while (at + 20 <= size && ReadAt(f, at, raw, 20) == 20) {
-        bool ok = false;
+        // The type word is found in either byte order; the byte order of the rest is then
+        // its first digit's, 0 little-endian or 1 big-endian, as matio reads it.
         uint32_t w[5];
+        bool ok = false;
         for (bool swap : {false, true}) {
-            for (int k = 0; k < 5; ++k) w[k] = Word(raw + 4 * k, swap);
-            const uint32_t o = w[0] / 100 % 10, p = w[0] / 10 % 10, t = w[0] % 10;
-            if (w[0] < 5000 && o == 0 && p <= 5 && t <= 2) {
+            const uint32_t type = Word(raw, swap);
+            const uint32_t m = type / 1000, o = type / 100 % 10, p = type / 10 % 10, t = type % 10;
+            if (type < 5000 && m <= 1 && o == 0 && p <= 5 && t <= 2) {
+                for (int k = 0; k < 5; ++k) w[k] = Word(raw + 4 * k, (m == 1) != kHostBig);
+                w[0] = type;
                 ok = true;
                 break;
             }
@@ -223,7 +228,7 @@ CMatScan ScanMatFile(const std::string& path) {
         const bool little = header[126] == 'I' && header[127] == 'M';
         const bool big = header[126] == 'M' && header[127] == 'I';
         uint16_t version = static_cast<uint16_t>(header[124] | (header[125] << 8));
-        if (big) version = __builtin_bswap16(version);
+        if (big) version = static_cast<uint16_t>((header[124] << 8) | header[125]);
         if ((little || big) && version == 0x0200) {
             scan.version = 73;
             scan.variables = INT_MAX;
@@ -231,7 +236,7 @@ CMatScan ScanMatFile(const std::string& path) {
         }
         if ((little || big) && version == 0x0100) {
             scan.version = 5;
-            scan.variables = ScanVersion5(f.get(), size, big);
+            scan.variables = ScanVersion5(f.get(), size, big != kHostBig);
             return scan;
         }
     }
