@@ -50,7 +50,8 @@ fuzz: deps
 	      -artifact_prefix=findings/ work/zrk tests/corpus/zrk
 	cd $(FUZZ) && ./tests/display/fuzz_look -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/look tests/corpus/look
-	cd $(FUZZ) && ./tests/files/fuzz_mat_file -max_total_time=$(FUZZ_SECONDS) \
+	# matio leaks its inflate state on some broken files: leaks are not findings here.
+	cd $(FUZZ) && ./tests/files/fuzz_mat_file -max_total_time=$(FUZZ_SECONDS) -detect_leaks=0 \
 	      -artifact_prefix=findings/ work/mat /usr/lib/python3/dist-packages/scipy/io/matlab/tests/data
 
 bench: build
