@@ -132,6 +132,8 @@ TEST_F(MatFiles, SciPySamplesReadAsLoadmatReadsThem) {
         {"test3dmatrix_6.1_SOL2.mat", nullptr, false},  // big-endian 3-D
         {"testcomplex_6.5.1_GLNX86.mat", nullptr, false},
         {"testmatrix_6.5.1_GLNX86.mat", nullptr, false},
+        {"testbool_8_WIN64.mat", nullptr, false},  // logical, as uint8
+        {"test_skip_variable.mat", nullptr, false},
         {"big_endian.mat", nullptr, false},  // single; the cell beside it is passed by
         {"testcell_7.4_GLNX86.mat", nullptr, false},
         {"test3dmatrix_7.4_GLNX86.mat", nullptr, false},  // compressed
@@ -361,15 +363,16 @@ bool Known(const std::string& status) {
     return false;
 }
 
-// A version 5 file of one double variable with the given dimensions and no data to speak of.
-std::string Mat5Header(const std::vector<int32_t>& dims) {
+// A version 5 file of one variable of class `cls` (6 double, 1 cell) with the given
+// dimensions and no data to speak of.
+std::string Mat5Header(const std::vector<int32_t>& dims, uint32_t cls = 6) {
     std::string f(116, ' ');
     f.replace(0, 10, "MATLAB 5.0");
     f += std::string(8, '\0');
     f += '\0', f += 0x01, f += 'I', f += 'M';
     auto put32 = [&](std::string& s, uint32_t v) { s.append(reinterpret_cast<char*>(&v), 4); };
     std::string body;
-    put32(body, 6), put32(body, 8), put32(body, 6), put32(body, 0);  // flags: double
+    put32(body, 6), put32(body, 8), put32(body, cls), put32(body, 0);  // array flags
     put32(body, 5), put32(body, 4 * static_cast<uint32_t>(dims.size()));
     for (int32_t d : dims) put32(body, static_cast<uint32_t>(d));
     if (dims.size() % 2) put32(body, 0);
@@ -422,6 +425,27 @@ TEST_F(MatFiles, SizesBeyondSixDimensionsOrTheFileArePassedBy) {
         ReadMatHeader(COpenOptions{}, e);
         EXPECT_EQ(e.status, c.status);
     }
+}
+
+// Lengths that matio would allocate before checking them end the walk over the headers.
+TEST_F(MatFiles, OverstatedLengthsAreNeverHandedToMatio) {
+    const std::string path = Temp("long.mat");
+    // Version 4: a name of 2 GB.
+    std::string v4;
+    for (uint32_t w : {0u, 1u, 1u, 0u, 0x7FFFFFFFu}) v4.append(reinterpret_cast<char*>(&w), 4);
+    v4 += std::string("a\0", 2) + std::string(8, '\0');
+    Spit(path, v4);
+    FileEntry e;
+    e.path = path;
+    EXPECT_EQ(ReadMatHeader(COpenOptions{}, e), 0);
+    EXPECT_EQ(e.status, "Error opening file");
+    // Version 5: a cell of 2^32 members with room for none.
+    Spit(path, Mat5Header({65536, 65536}, 1));
+    EXPECT_EQ(ReadMatHeader(COpenOptions{}, e), 1);
+    EXPECT_EQ(e.status, "0 bytes in 0 out of 0 compatible array(s)");
+    CDataSpace space;
+    EXPECT_EQ(LoadMatFile(COpenOptions{}, e, space), 1);
+    EXPECT_EQ(space.Count(), 0);
 }
 
 TEST_F(MatFiles, TruncatedFilesNeverCrash) {
