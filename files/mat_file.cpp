@@ -20,18 +20,15 @@
 
 namespace {
 
-// matio reports its troubles through a log function; they become our status texts instead
-// of lines on stderr.
-std::string g_mat_message;
-
-void KeepMessage(int level, char* message) {
+// matio would print its complaints on stderr; the status texts say what went wrong instead.
+void Silent(int level, char* message) {
     (void)level;
-    g_mat_message = message ? message : "";
+    (void)message;
 }
 
 void QuietLog() {
     static const bool done = [] {
-        Mat_LogInitFunc("quelmor", &KeepMessage);
+        Mat_LogInitFunc("quelmor", &Silent);
         return true;
     }();
     (void)done;
@@ -202,6 +199,7 @@ int ReadMatHeader(const COpenOptions& options, FileEntry& entry) {
         return 0;
     }
     const uint64_t file_size = FileSize(entry.path);
+    entry.header = CZrkData();  // no sizes until a compatible array shows them
     int total = 0, compatible = 0;
     uint64_t bytes = 0;
     bool first = true;
@@ -229,7 +227,7 @@ int ReadMatHeader(const COpenOptions& options, FileEntry& entry) {
 int LoadMatFile(const COpenOptions& options, FileEntry& entry, CDataSpace& space) {
     entry.failed = 0;
     CMatScan scan;
-    mat_t* mat = OpenForReading(entry.path, scan).release();
+    MatPtr mat = OpenForReading(entry.path, scan);
     if (!mat) {
         entry.status = "Error opening file";
         entry.failed = 1;
@@ -239,8 +237,8 @@ int LoadMatFile(const COpenOptions& options, FileEntry& entry, CDataSpace& space
     const bool swap = options.swapxy != 0;
     int ok = 1;
     entry.status.clear();
-    for (const VarPtr& var : Variables(mat, scan)) {
-        const MatShape s = ShapeOf(var.get(), ElementLimit(mat, var.get(), file_size));
+    for (const VarPtr& var : Variables(mat.get(), scan)) {
+        const MatShape s = ShapeOf(var.get(), ElementLimit(mat.get(), var.get(), file_size));
         if (s.type < 0) continue;
         const res_t nx = swap ? s.res[1] : s.res[0], ny = swap ? s.res[0] : s.res[1];
         CZrkData* a =
@@ -254,7 +252,7 @@ int LoadMatFile(const COpenOptions& options, FileEntry& entry, CDataSpace& space
         a->SetMm(1, 1, 1, 1, 1, 1);
         bool read = false;
         try {
-            read = ReadSamples(mat, var.get(), s, swap, a);
+            read = ReadSamples(mat.get(), var.get(), s, swap, a);
         } catch (const std::bad_alloc&) {
         }
         if (!read) {
@@ -265,7 +263,7 @@ int LoadMatFile(const COpenOptions& options, FileEntry& entry, CDataSpace& space
         }
         a->changed = 1;
     }
-    if (Mat_Close(mat) != 0) {
+    if (Mat_Close(mat.release()) != 0) {
         entry.status = "Error closing file";
         ok = 0;
     }
