@@ -1,5 +1,6 @@
 #include "files/avi_file.h"
 
+#include <strings.h>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -211,7 +212,7 @@ void Range(const CAviOptions& avi, int k, uint64_t size, uint64_t& lo, uint64_t&
 
 std::string AviPath(const std::string& path) {
     const size_t n = path.size();
-    if (n >= 4 && path.compare(n - 4, 4, ".avi") == 0) return path;
+    if (n >= 4 && strcasecmp(path.c_str() + n - 4, ".avi") == 0) return path;
     return path + ".avi";
 }
 

@@ -274,4 +274,5 @@ TEST_F(Pictures, AviErrorTextsFollowTheLibavCodes) {
     EXPECT_STREQ(AviErrorText(-123456), "can not compress");
     EXPECT_EQ(AviPath("a.avi"), "a.avi");
     EXPECT_EQ(AviPath("a.mov"), "a.mov.avi");
+    EXPECT_EQ(AviPath("A.AVI"), "A.AVI");
 }
