@@ -1,12 +1,8 @@
 #include "files/nifti_writer.h"
 
-#include <fcntl.h>
-#include <unistd.h>
 
-#include <atomic>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 #include <vector>
 
@@ -15,6 +11,7 @@
 #include "core/block_io.h"
 #include "core/element_type.h"
 #include "core/zrk_data.h"
+#include "files/atomic_file.h"
 #include "files/nifti_orientation.h"
 
 namespace {
@@ -76,22 +73,6 @@ bool WriteSamples(znzFile file, const CZrkData& a) {
     return true;
 }
 
-bool SyncPath(const std::string& path, int flags) {
-    const int fd = open(path.c_str(), flags);
-    if (fd < 0) return false;
-    const bool ok = fsync(fd) == 0;
-    return close(fd) == 0 && ok;
-}
-
-// A name beside the target, ending as the target does so that the compression matches.
-std::string TemporaryPath(const std::filesystem::path& target, bool gz) {
-    static std::atomic<int> count{0};
-    const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
-    return (folder / (".quelmor-save-" + std::to_string(getpid()) + "-" + std::to_string(count++) +
-                      (gz ? ".nii.gz" : ".nii")))
-        .string();
-}
-
 }  // namespace
 
 int WriteNifti(const CZrkData& a, const std::string& path, std::string& status) {
@@ -149,8 +130,12 @@ int WriteNifti(const CZrkData& a, const std::string& path, std::string& status) 
     std::memcpy(hdr.magic, "n+1\0", 4);
 
     const bool gz = path.size() > 3 && path.compare(path.size() - 3, 3, ".gz") == 0;
-    const std::string temp = TemporaryPath(path, gz);
-    znzFile file = znzopen(temp.c_str(), "wb", gz);
+    CAtomicFile out(path);
+    if (!out.Create()) {
+        status = "file create failed";
+        return 0;
+    }
+    znzFile file = znzopen(out.TempPath().c_str(), "wb", gz);
     if (znz_isnull(file)) {
         status = "file create failed";
         return 0;
@@ -159,17 +144,10 @@ int WriteNifti(const CZrkData& a, const std::string& path, std::string& status) 
     bool ok = znzwrite(&hdr, 1, sizeof hdr, file) == sizeof hdr &&
               znzwrite(extender, 1, 4, file) == 4 && WriteSamples(file, a);
     ok = znzclose(file) == 0 && ok;
-    // Synced and renamed over the target: an interrupted save leaves the old file whole.
-    ok = ok && SyncPath(temp, O_RDONLY);
-    ok = ok && std::rename(temp.c_str(), path.c_str()) == 0;
-    if (!ok) {
-        std::remove(temp.c_str());
+    if (!ok || !out.Commit()) {
         status = "write failed";
         return 0;
     }
-    const std::filesystem::path target(path);
-    SyncPath(target.has_parent_path() ? target.parent_path().string() : ".",
-             O_RDONLY | O_DIRECTORY);
     return 1;
 }
 

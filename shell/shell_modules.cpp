@@ -1,6 +1,7 @@
 #include "shell/shell_modules.h"
 
 #include "core/data_space.h"
+#include "files/avi_options.h"
 
 void CShellModules::Register(COptionTable& table, CDataSpace& space) {
     table.Set(
@@ -12,6 +13,8 @@ void CShellModules::Register(COptionTable& table, CDataSpace& space) {
     table.Set(
         OPT_SAVE_DIALOG, [this](FILE* f) { save.PrintfOptions(f); },
         [this](CKeyReader& r) { return save.ScanfOptions(r); });
+        OPT_AVI_WRITER, [](FILE* f) { AviOptions().PrintfOptions(f); },
+        [](CKeyReader& r) { return AviOptions().ScanfOptions(r); });
     table.Set(
         OPT_DESKTOP, [this](FILE* f) { desktop.PrintfOptions(f); },
         [this](CKeyReader& r) { return desktop.ScanfOptions(r); });

@@ -8,6 +8,7 @@
 #include "core/data_space.h"
 #include "core/key_reader.h"
 #include "core/zrk_data.h"
+#include "files/avi_options.h"
 #include "shell/option_table.h"
 #include "shell/shell_modules.h"
 
@@ -173,6 +174,20 @@ TEST_F(OptionTableTest, EmptySlotsAreSkippedAndTheInversionSectionHasItsHook) {
     table_.ReadOptions(path_);
     EXPECT_EQ(scales, 6);
     EXPECT_EQ(modules_.history.view_history, 0);
+}
+
+TEST_F(OptionTableTest, TheMovieEncoderIsKeptInItsSlot) {
+    EXPECT_TRUE(table_.Has(OPT_AVI_WRITER));
+    WriteFile("avi_encoder= 2\n");
+    table_.ReadOptions(path_);
+    EXPECT_EQ(AviOptions().encoder, AVI_RAW);
+    ASSERT_EQ(table_.WriteOptions(path_), 0);
+    AviOptions().encoder = AVI_MJPEG;
+    table_.ReadOptions(path_);
+    EXPECT_EQ(AviOptions().encoder, AVI_RAW);
+    WriteFile("avi_encoder= 9\n");  // no such encoder
+    table_.ReadOptions(path_);
+    EXPECT_EQ(AviOptions().encoder, AVI_MJPEG);
 }
 
 TEST_F(OptionTableTest, UnwritableFileFailsQuietly) {
