@@ -140,8 +140,8 @@ int SavePulsegen(const std::string& path, const CZrkData* data, int part, std::s
     // Points go two to a 32-bit word, and the words enter the sum.
     for (uint64_t k = 0; k < m; k += 2) {
         const auto first = static_cast<uint16_t>(TruncToInt64(values.Get(k)));
-        const auto second = k + 1 < n ? static_cast<uint16_t>(TruncToInt64(values.Get(k + 1)))
-                                       : uint16_t{0};
+        const auto second =
+            k + 1 < n ? static_cast<uint16_t>(TruncToInt64(values.Get(k + 1))) : uint16_t{0};
         const uint32_t word = uint32_t{first} << 16 | second;
         PutBe32(out, word);
         sum += word;

@@ -202,8 +202,8 @@ int ReadRawHeader(FileEntry& entry, CZrkData* preview) {
         }
     }
 
-    const res_t res[6] = {ResOf(x), ResOf(y), ResOf(z), ResOf(entry.echoes),
-                          ResOf(entry.receivers), 1};
+    const res_t res[6] = {ResOf(x), ResOf(y), ResOf(z), ResOf(entry.echoes), ResOf(entry.receivers),
+                          1};
     ResetScannerHeader(entry, type, res);
     CZrkData& h = entry.header;
     h.SetMm(sx, sy, sz, 1.0f, h.mm[4], h.mm[5]);

@@ -45,8 +45,7 @@ int LoadRaw(const COpenOptions& dialog, FileEntry& entry, CZrkData* const target
     if (!buffer) return 0;
     entry.status = "read failed";
 
-    const bool correct =
-        entry.baselines > 0 && (entry.subtractBaseline || entry.addBaseline);
+    const bool correct = entry.baselines > 0 && (entry.subtractBaseline || entry.addBaseline);
     const bool subtract = entry.subtractBaseline != 0;
     const uint64_t comps = line / static_cast<uint64_t>(comp);
     uint64_t at = static_cast<uint64_t>(entry.dataOffset);

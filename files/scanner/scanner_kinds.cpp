@@ -19,25 +19,29 @@ void TakeBaselines(const COpenOptions& options, FileEntry& entry) {
 
 void RegisterScannerKinds() {
     static const bool registered = [] {
-        RegisterReader(7, {.header = [](const COpenOptions& o, FileEntry& e) {
-                               TakeBaselines(o, e);
-                               return ReadRawHeader(e, nullptr);
-                           },
+        RegisterReader(7, {.header =
+                               [](const COpenOptions& o, FileEntry& e) {
+                                   TakeBaselines(o, e);
+                                   return ReadRawHeader(e, nullptr);
+                               },
                            .load = LoadRaw});
-        RegisterReader(8, {.header = [](const COpenOptions& o, FileEntry& e) {
-                               TakeBaselines(o, e);
-                               return ReadPulsegenHeader(e);
-                           },
+        RegisterReader(8, {.header =
+                               [](const COpenOptions& o, FileEntry& e) {
+                                   TakeBaselines(o, e);
+                                   return ReadPulsegenHeader(e);
+                               },
                            .load = LoadPulsegen});
-        RegisterReader(9, {.header = [](const COpenOptions& o, FileEntry& e) {
-                               TakeBaselines(o, e);
-                               return ReadPlotpulseHeader(e);
-                           },
+        RegisterReader(9, {.header =
+                               [](const COpenOptions& o, FileEntry& e) {
+                                   TakeBaselines(o, e);
+                                   return ReadPlotpulseHeader(e);
+                               },
                            .load = LoadPlotpulse});
-        RegisterReader(12, {.header = [](const COpenOptions& o, FileEntry& e) {
-                                TakeBaselines(o, e);
-                                return ReadImageHeader(e);
-                            },
+        RegisterReader(12, {.header =
+                                [](const COpenOptions& o, FileEntry& e) {
+                                    TakeBaselines(o, e);
+                                    return ReadImageHeader(e);
+                                },
                             .load = LoadImage});
         RegisterWriter({.row = 6, .extensions = "", .write = SavePulsegenRequest});
         return true;
