@@ -43,13 +43,18 @@ fuzz: deps
 	cmake -S . -B $(FUZZ) -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang-14 \
 	      -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link \
 	      -DQUELMOR_SANITIZE=ON -DQUELMOR_FUZZ=ON -DQUELMOR_GUI=OFF -DQUELMOR_BENCH=OFF
-	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look files_tests
+	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look files_tests \
+	      fuzz_raw_file fuzz_image_file fuzz_pulsegen_file fuzz_plotpulse_file
 	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
+	cd $(FUZZ) && ctest -R files.scanner_files >/dev/null
 	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look
 	cd $(FUZZ) && ./tests/files/fuzz_zrk_file -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/zrk tests/corpus/zrk
 	cd $(FUZZ) && ./tests/display/fuzz_look -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/look tests/corpus/look
+	for k in raw image pulsegen plotpulse; do mkdir -p $(FUZZ)/work/$$k && \
+	  (cd $(FUZZ) && ./tests/files/scanner/fuzz_$${k}_file -max_total_time=$(FUZZ_SECONDS) \
+	      -artifact_prefix=findings/ work/$$k tests/corpus/scanner/$$k) || exit 1; done
 
 bench: build
 	@sh scripts/bench.sh $(BUILD)

@@ -1,11 +1,15 @@
 #include "files/scanner/raw_load.h"
 
+#include <algorithm>
 #include <memory>
 #include <new>
 
 #include "files/scanner/scanner_io.h"
 
 namespace {
+
+// Lines read and corrected together: well inside the second-level cache.
+constexpr uint64_t kRunBytes = 64 * 1024;
 
 // Adds or subtracts the baseline line from each of `lines` lines, at the width of T and
 // wrapping: the arithmetic runs unsigned.
@@ -48,25 +52,32 @@ int LoadRaw(const COpenOptions& dialog, FileEntry& entry, CZrkData* const target
     const bool correct = entry.baselines > 0 && (entry.subtractBaseline || entry.addBaseline);
     const bool subtract = entry.subtractBaseline != 0;
     const uint64_t comps = line / static_cast<uint64_t>(comp);
+    // Corrected lines go in runs that stay in cache between the read and the correction.
+    const uint64_t run = correct ? std::max<uint64_t>(1, kRunBytes / std::max<uint64_t>(line, 1))
+                                 : std::max<res_t>(h.ny, 1);
     uint64_t at = static_cast<uint64_t>(entry.dataOffset);
     for (res_t r = 0; r < h.nu; ++r)
         for (res_t z = 0; z < h.nz; ++z)
             for (res_t e = 0; e < h.nt; ++e) {
-                char* out = target->Address(0, 0, entry.dest[0] + z, entry.dest[1] + e,
-                                            entry.dest[2] + r, entry.dest[3]);
-                // The baseline line and the block's lines in one call.
-                iovec parts[2] = {{buffer.get(), baseline ? line : 0}, {out, plane}};
-                if (!file.ReadV(at, parts, 2)) return 0;
-                at += block;
-                if (entry.byteSwap) {
-                    if (baseline) SwapUnits(buffer.get(), line, comp);
-                    SwapUnits(out, plane, comp);
+                // The baseline line with the block's lines.
+                for (res_t y = 0; y < h.ny || (y == 0 && baseline); y += run) {
+                    const uint64_t lines = std::min<uint64_t>(run, h.ny - y);
+                    char* out = target->Address(0, y, entry.dest[0] + z, entry.dest[1] + e,
+                                                entry.dest[2] + r, entry.dest[3]);
+                    const bool first = y == 0 && baseline;
+                    iovec parts[2] = {{buffer.get(), first ? line : 0}, {out, lines * line}};
+                    if (!file.ReadV(at, parts, 2)) return 0;
+                    at += (first ? line : 0) + lines * line;
+                    if (entry.byteSwap) {
+                        if (first) SwapUnits(buffer.get(), line, comp);
+                        SwapUnits(out, lines * line, comp);
+                    }
+                    if (!correct) continue;
+                    if (comp == 2)
+                        Correct<uint16_t>(out, buffer.get(), lines, comps, subtract);
+                    else
+                        Correct<uint32_t>(out, buffer.get(), lines, comps, subtract);
                 }
-                if (!correct) continue;
-                if (comp == 2)
-                    Correct<uint16_t>(out, buffer.get(), h.ny, comps, subtract);
-                else
-                    Correct<uint32_t>(out, buffer.get(), h.ny, comps, subtract);
             }
     target->CopyMm(h);
     entry.status = "reading complete";

@@ -5,7 +5,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // Each header step logs its pool size; the history is not kept here.
-    return fuzz::RunOne(
-        data, size, [](FileEntry& e) { return ReadRawHeader(e, nullptr); }, LoadRaw,
-        {"read failed", kNotRawHeader});
+    return fuzz::RunOne(data, size, [](FileEntry& e) { return ReadRawHeader(e, nullptr); }, LoadRaw,
+                        {"read failed", kNotRawHeader});
 }

@@ -15,8 +15,8 @@ TEST_F(ImageFile, EveryFormGivesTheGeneratorsPlane) {
         SCOPED_TRACE(f->name);
         FileEntry e = scan::Entry(f->name);
         ASSERT_EQ(ReadImageHeader(e), 1) << e.status;
-        EXPECT_EQ(e.status, "exam " + f->Text("exam") + " series " + f->Text("series") +
-                                " image " + f->Text("image"));
+        EXPECT_EQ(e.status, "exam " + f->Text("exam") + " series " + f->Text("series") + " image " +
+                                f->Text("image"));
         EXPECT_EQ(e.failed, 0);
         EXPECT_EQ(e.byteSwap, f->Int("swap"));
         EXPECT_EQ(e.dataOffset, f->Int("offset"));

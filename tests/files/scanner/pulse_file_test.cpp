@@ -26,8 +26,8 @@ TEST_F(PulseFile, PulsegenFilesGiveTheGeneratorsPoints) {
         scan::CTarget t(e);
         ASSERT_EQ(LoadPulsegen(options_, e, t.targets), 1) << e.status;
         EXPECT_EQ(e.status, "reading complete");
-        EXPECT_TRUE(peer::Same(peer::FromRecord(&t.data),
-                               scan::Expected(f->name + "_plain", e.header)));
+        EXPECT_TRUE(
+            peer::Same(peer::FromRecord(&t.data), scan::Expected(f->name + "_plain", e.header)));
     }
     FileEntry unknown = scan::Entry("pulsegen_unknown");
     EXPECT_EQ(ReadPulsegenHeader(unknown), 0);
@@ -94,7 +94,8 @@ TEST_F(PulseFile, SaveRefusals) {
     EXPECT_EQ(status, "can not find data");
     EXPECT_EQ(SavePulsegen(path, &a, 4, status), 0);
     EXPECT_EQ(status, "select i/q/mag/phase");
-    EXPECT_EQ(host_.messages, (std::vector<std::string>{"can not find data", "select i/q/mag/phase"}));
+    EXPECT_EQ(host_.messages,
+              (std::vector<std::string>{"can not find data", "select i/q/mag/phase"}));
     // Out of 16 bits: "no" leaves no file, "yes" writes the low 16 bits.
     host_.answer = false;
     EXPECT_EQ(SavePulsegen(path, &a, 0, status), 0);

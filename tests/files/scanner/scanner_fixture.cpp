@@ -30,7 +30,8 @@ std::string Slurp(const std::string& path) {
 }
 
 void Spit(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary)
+        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
 const std::vector<CFile>& Manifest() {

@@ -57,8 +57,7 @@ TEST_F(ScannerKinds, CodesAndTheSaveRowReachTheReaders) {
         scan::CTarget t(e);
         ASSERT_EQ(r.load(options_, e, t.targets), 1) << code << ": " << e.status;
         const std::string want = code == 7 ? "raw_5x_subtract" : std::string(name) + "_plain";
-        EXPECT_TRUE(peer::Same(peer::FromRecord(&t.data), scan::Expected(want, e.header)))
-            << code;
+        EXPECT_TRUE(peer::Same(peer::FromRecord(&t.data), scan::Expected(want, e.header))) << code;
         // Another code's file fails with that code's text.
         FileEntry other = scan::Entry(code == 7 ? "image_tail" : "raw_5x");
         EXPECT_EQ(r.header(options_, other), 0) << code;
