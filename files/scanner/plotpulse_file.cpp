@@ -128,7 +128,7 @@ int LoadPlotpulse(const COpenOptions& dialog, FileEntry& entry, CZrkData* const 
     if (uint64_t{table_words} > file.Size() || !ReadTable(file, table_words, table)) return 0;
 
     const uint64_t nx = h.nx, nz = h.nz;
-    for (res_t z = 0; z < nz; ++z)
+    for (res_t z = 0; z < nz && nx > 0; ++z)
         for (int c = 0; c < kStreams; ++c)
             std::memset(target->Address(0, c, entry.dest[0] + z, entry.dest[1], entry.dest[2],
                                         entry.dest[3]),

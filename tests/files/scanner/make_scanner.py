@@ -534,6 +534,10 @@ def plotpulse_files(folder):
                      + [b""] * 6)
     write(folder, "plotpulse_overrun", over)
     note("plotpulse_overrun", "plotpulse_unloadable", x=2, z=1, bytes=len(over))
+    # Blocks without samples: no x, two planes.
+    empty = plot_file([0, 0], [instruction(1, end=True) * 2] + [b""] * 6)
+    write(folder, "plotpulse_empty_blocks", empty)
+    note("plotpulse_empty_blocks", "plotpulse_empty", x=0, z=2, bytes=len(empty))
 
 
 def main():
@@ -555,7 +559,7 @@ def main():
                            "image_24fe0708", "image_tail", "image_unknown"],
                  "pulsegen": ["pulsegen_ipg0_odd", "pulsegen_dft2", "pulsegen_unknown"],
                  "plotpulse": ["plotpulse_plain", "plotpulse_pdp", "plotpulse_overrun",
-                               "plotpulse_past_table"]}
+                               "plotpulse_past_table", "plotpulse_empty_blocks"]}
         for kind, names in seeds.items():
             os.makedirs(os.path.join(sys.argv[3], kind), exist_ok=True)
             for name in names:

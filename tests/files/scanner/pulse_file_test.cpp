@@ -132,6 +132,18 @@ TEST_F(PulseFile, PlotpulseExpandsAsTheGeneratorDoes) {
     EXPECT_TRUE(peer::Same(peer::FromRecord(&t.data), scan::Expected(f.name + "_plain", h)));
 }
 
+// Blocks that end before any sample make planes of no samples, and load as such.
+TEST_F(PulseFile, PlotpulseOfEmptyBlocks) {
+    const scan::CFile& f = scan::Find("plotpulse_empty_blocks");
+    FileEntry e = scan::Entry(f.name);
+    ASSERT_EQ(ReadPlotpulseHeader(e), 1) << e.status;
+    EXPECT_EQ(e.header.nx, 0u);
+    EXPECT_EQ(e.header.nz, res_t(f.Int("z")));
+    scan::CTarget t(e);
+    EXPECT_EQ(LoadPlotpulse(options_, e, t.targets), 1);
+    EXPECT_EQ(e.status, "reading complete");
+}
+
 TEST_F(PulseFile, PlotpulseFailures) {
     for (const scan::CFile* f : scan::OfKind("plotpulse_rejected")) {
         FileEntry e = scan::Entry(f->name);
