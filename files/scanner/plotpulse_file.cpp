@@ -15,42 +15,57 @@ constexpr int kStreams = 7;
 constexpr int kUnits[kStreams] = {2, 2, 2, 1, 1, 1, 1};
 
 // The waveform table: `words` 16-bit entries, of which the file holds the first `words`
-// bytes; the rest stay 0.
-bool ReadTable(const CScannerFile& file, uint32_t words, std::vector<int16_t>& table) {
-    table.assign(words, 0);
-    if (!file.Read(kTableAt, table.data(), words)) return false;
-    SwapUnits(table.data(), uint64_t{words} * 2, 2);
+// bytes; the rest stay 0. `last[k]` is the index of the entry that ends a waveform started
+// at k (the first at or after k with bit 0 set), or the table's size when none does, so a
+// scan measures a waveform without walking it.
+struct CTable {
+    std::vector<int16_t> entries;
+    std::vector<uint32_t> last;
+    uint32_t words = 0;
+};
+
+bool ReadTable(const CScannerFile& file, uint32_t words, CTable& table) {
+    table.words = words;
+    table.entries.assign(words, 0);
+    if (!file.Read(kTableAt, table.entries.data(), words)) return false;
+    SwapUnits(table.entries.data(), uint64_t{words} * 2, 2);
+    table.last.resize(words);
+    uint32_t end = words;
+    for (uint32_t k = words; k-- > 0;) {
+        if (table.entries[k] & 1) end = k;
+        table.last[k] = end;
+    }
     return true;
 }
 
-// Walks one stream: block() at each block end, run(value, count) for each constant (value 0)
-// and each waveform entry. False for a bad stream: an address past the table, or a waveform
-// that runs off its end.
-template <class Block, class Run>
-bool WalkStream(const std::vector<uint8_t>& stream, const std::vector<int16_t>& table,
-                uint32_t table_words, int unit, Block block, Run run) {
+// Walks one stream: block() at each block end, wave(first, last, count, amplitude) for each
+// waveform over entries first ... last, and wave(0, 0, count, 0) for a constant. False for a
+// bad stream: an address past the table, or a waveform that runs off its end.
+template <class Block, class Wave>
+bool WalkStream(const std::vector<uint8_t>& stream, const CTable& table, int unit, Block block,
+                Wave wave) {
     const CByteView v{stream.data(), stream.size(), true};
     for (uint64_t at = 0; at + 8 <= stream.size(); at += 8) {
         const uint16_t w0 = v.U16(at), w1 = v.U16(at + 2), w3 = v.U16(at + 6);
         const int16_t w2 = v.S16(at + 4);
         const uint32_t duration = (256u - (w0 & 255u)) * 65536u - w1;
         const uint64_t count = uint64_t{duration} * static_cast<uint64_t>(unit);
-        if (w0 & 0x100) {
-            if (!block()) return false;
-        } else if (w3 == 0) {
-            if (!run(int16_t{0}, count)) return false;
-        } else {
-            if (w3 > table_words) return false;
-            for (size_t k = w3;; ++k) {
-                if (k >= table.size()) return false;
-                const int32_t entry = table[k];
-                if (!run(static_cast<int16_t>(((entry & ~1) * int32_t{w2}) >> 15), count))
-                    return false;
-                if (entry & 1) break;
-            }
-        }
+        bool ok;
+        if (w0 & 0x100)
+            ok = block();
+        else if (w3 == 0)
+            ok = wave(0, 0, count, int16_t{0});
+        else
+            ok = w3 <= table.words && w3 < table.entries.size() &&
+                 table.last[w3] < table.entries.size() && wave(w3, table.last[w3], count, w2);
+        if (!ok) return false;
     }
     return true;
+}
+
+// The sample of one waveform entry.
+int16_t Sample(int16_t entry, int16_t amplitude) {
+    return static_cast<int16_t>(((int32_t{entry} & ~1) * int32_t{amplitude}) >> 15);
 }
 
 int Invalid(FileEntry& entry) {
@@ -78,7 +93,7 @@ int ReadPlotpulseHeader(FileEntry& entry) {
     }
     if (sum > file.Size()) return Invalid(entry);
     const uint32_t table_words = words.U32(0);
-    std::vector<int16_t> table;
+    CTable table;
     if (!ReadTable(file, table_words, table)) return Invalid(entry);
 
     uint64_t at = kTableAt + table_words, longest = 0, most = 0;
@@ -89,15 +104,15 @@ int ReadPlotpulseHeader(FileEntry& entry) {
         at += stream.size();
         uint64_t length = 0, blocks = 0;
         const bool ok = WalkStream(
-            stream, table, table_words, kUnits[s],
+            stream, table, kUnits[s],
             [&] {
                 longest = std::max(longest, length);
                 length = 0;
                 ++blocks;
                 return true;
             },
-            [&](int16_t, uint64_t count) {
-                length = SatAdd(length, count);
+            [&](uint32_t first, uint32_t last, uint64_t count, int16_t) {
+                length = SatAdd(length, SatMul(count, uint64_t{last} - first + 1));
                 return true;
             });
         if (!ok) return Invalid(entry);
@@ -124,7 +139,7 @@ int LoadPlotpulse(const COpenOptions& dialog, FileEntry& entry, CZrkData* const 
     for (int k = 0; k < 8; ++k)
         if (words.S32(4 * k) < 0) return 0;
     const uint32_t table_words = words.U32(0);
-    std::vector<int16_t> table;
+    CTable table;
     if (uint64_t{table_words} > file.Size() || !ReadTable(file, table_words, table)) return 0;
 
     const uint64_t nx = h.nx, nz = h.nz;
@@ -142,18 +157,22 @@ int LoadPlotpulse(const COpenOptions& dialog, FileEntry& entry, CZrkData* const 
         at += stream.size();
         uint64_t plane = 0, pos = 0;
         const bool ok = WalkStream(
-            stream, table, table_words, kUnits[c],
+            stream, table, kUnits[c],
             [&] {
                 ++plane;
                 pos = 0;
                 return true;
             },
-            [&](int16_t value, uint64_t count) {
-                if (plane >= nz || count > nx - pos) return false;
-                auto* out = reinterpret_cast<int16_t*>(target->Address(
-                    pos, c, entry.dest[0] + plane, entry.dest[1], entry.dest[2], entry.dest[3]));
-                std::fill(out, out + count, value);
-                pos += count;
+            [&](uint32_t first, uint32_t last, uint64_t count, int16_t amplitude) {
+                // A constant is one run of zeros.
+                for (uint32_t k = first; k <= last; ++k) {
+                    if (plane >= nz || count > nx - pos) return false;
+                    auto* out = reinterpret_cast<int16_t*>(
+                        target->Address(pos, c, entry.dest[0] + plane, entry.dest[1], entry.dest[2],
+                                        entry.dest[3]));
+                    std::fill(out, out + count, first ? Sample(table.entries[k], amplitude) : 0);
+                    pos += count;
+                }
                 return true;
             });
         if (!ok) return 0;

@@ -56,7 +56,8 @@ int LoadRaw(const COpenOptions& dialog, FileEntry& entry, CZrkData* const target
     const uint64_t run = correct ? std::max<uint64_t>(1, kRunBytes / std::max<uint64_t>(line, 1))
                                  : std::max<res_t>(h.ny, 1);
     uint64_t at = static_cast<uint64_t>(entry.dataOffset);
-    for (res_t r = 0; r < h.nu; ++r)
+    // Blocks of no bytes hold nothing to read, however many the header counts.
+    for (res_t r = 0; r < h.nu && block > 0; ++r)
         for (res_t z = 0; z < h.nz; ++z)
             for (res_t e = 0; e < h.nt; ++e) {
                 // The baseline line with the block's lines.
