@@ -57,6 +57,11 @@ fuzz: deps
 	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look fuzz_mat_file files_tests
 	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
 	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look $(FUZZ)/work/mat
+	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look files_tests \
+	      fuzz_raw_file fuzz_image_file fuzz_pulsegen_file fuzz_plotpulse_file
+	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
+	cd $(FUZZ) && ctest -R files.scanner_files >/dev/null
+	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look
 	cd $(FUZZ) && ./tests/files/fuzz_zrk_file -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/zrk tests/corpus/zrk
 	cd $(FUZZ) && ./tests/display/fuzz_look -max_total_time=$(FUZZ_SECONDS) \
@@ -75,6 +80,9 @@ fuzz: deps
 	# matio leaks its inflate state on some broken files: leaks are not findings here.
 	cd $(FUZZ) && ./tests/files/fuzz_mat_file -max_total_time=$(FUZZ_SECONDS) -detect_leaks=0 \
 	      -artifact_prefix=findings/ work/mat /usr/lib/python3/dist-packages/scipy/io/matlab/tests/data
+	for k in raw image pulsegen plotpulse; do mkdir -p $(FUZZ)/work/$$k && \
+	  (cd $(FUZZ) && ./tests/files/scanner/fuzz_$${k}_file -max_total_time=$(FUZZ_SECONDS) \
+	      -artifact_prefix=findings/ work/$$k tests/corpus/scanner/$$k) || exit 1; done
 
 bench: build
 	@sh scripts/bench.sh $(BUILD)
