@@ -43,46 +43,7 @@ fuzz: deps
 	cmake -S . -B $(FUZZ) -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang-14 \
 	      -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link \
 	      -DQUELMOR_SANITIZE=ON -DQUELMOR_FUZZ=ON -DQUELMOR_GUI=OFF -DQUELMOR_BENCH=OFF
-	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look fuzz_payload files_tests \
-	      fuzz_binary_file fuzz_text_file fuzz_stack_model fuzz_escapes files_open_save_tests
-	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
-	cd $(FUZZ) && ./tests/files/files_open_save_tests --gtest_filter=OpenSaveCorpus.* >/dev/null
-	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look $(FUZZ)/work/payload
-	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look fuzz_dicom_file \
-	      fuzz_nifti_file files_tests files_med_tests
-	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
-	cd $(FUZZ) && ./tests/files/files_med_tests --gtest_filter=MedCorpus.* >/dev/null
-	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look $(FUZZ)/work/dicom \
-	      $(FUZZ)/work/nifti
-	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look fuzz_mat_file files_tests
-	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
-	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look $(FUZZ)/work/mat
-	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look files_tests \
-	      fuzz_raw_file fuzz_image_file fuzz_pulsegen_file fuzz_plotpulse_file
-	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
-	cd $(FUZZ) && ctest -R files.scanner_files >/dev/null
-	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look
-	cd $(FUZZ) && ./tests/files/fuzz_zrk_file -max_total_time=$(FUZZ_SECONDS) \
-	      -artifact_prefix=findings/ work/zrk tests/corpus/zrk
-	cd $(FUZZ) && ./tests/display/fuzz_look -max_total_time=$(FUZZ_SECONDS) \
-	      -artifact_prefix=findings/ work/look tests/corpus/look
-	cd $(FUZZ) && ./tests/display/fuzz_payload -max_total_time=$(FUZZ_SECONDS) \
-	      -artifact_prefix=findings/ work/payload $(CURDIR)/tests/display/payload_corpus
-	for t in binary_file:binary text_file:text stack_model:stack escapes:escapes; do \
-	  mkdir -p $(FUZZ)/work/$${t#*:} && cd $(FUZZ) && ./tests/files/fuzz_$${t%%:*} \
-	      -max_total_time=$(FUZZ_SECONDS) -artifact_prefix=findings/ work/$${t#*:} \
-	      tests/corpus/$${t#*:} && cd $(CURDIR) || exit 1; \
-	done
-	cd $(FUZZ) && ./tests/files/fuzz_dicom_file -max_total_time=$(FUZZ_SECONDS) \
-	      -artifact_prefix=findings/ work/dicom tests/corpus/dicom
-	cd $(FUZZ) && ./tests/files/fuzz_nifti_file -max_total_time=$(FUZZ_SECONDS) \
-	      -artifact_prefix=findings/ work/nifti tests/corpus/nifti
-	# matio leaks its inflate state on some broken files: leaks are not findings here.
-	cd $(FUZZ) && ./tests/files/fuzz_mat_file -max_total_time=$(FUZZ_SECONDS) -detect_leaks=0 \
-	      -artifact_prefix=findings/ work/mat /usr/lib/python3/dist-packages/scipy/io/matlab/tests/data
-	for k in raw image pulsegen plotpulse; do mkdir -p $(FUZZ)/work/$$k && \
-	  (cd $(FUZZ) && ./tests/files/scanner/fuzz_$${k}_file -max_total_time=$(FUZZ_SECONDS) \
-	      -artifact_prefix=findings/ work/$$k tests/corpus/scanner/$$k) || exit 1; done
+	sh scripts/fuzz.sh $(FUZZ) $(FUZZ_SECONDS) $(JOBS)
 
 bench: build
 	@sh scripts/bench.sh $(BUILD)

@@ -1,5 +1,10 @@
 #include "files/binary_file.h"
+#include "files/dicom_reader.h"
 #include "files/file_kinds.h"
+#include "files/mat_file.h"
+#include "files/nifti_reader.h"
+#include "files/picture_file.h"
+#include "files/scanner/scanner_kinds.h"
 #include "files/text_file.h"
 #include "files/zrk_file.h"
 
@@ -37,6 +42,11 @@ void InstallFileKinds() {
         RegisterWriter({.row = 0, .extensions = ".raw .bin", .write = SaveBinary});
         RegisterWriter({.row = 1, .extensions = ".txt", .write = SaveText});
         RegisterWriter({.row = 5, .extensions = ".zrk", .write = WorkspaceSave});
+        RegisterDicomKinds();
+        RegisterNiftiKinds();
+        RegisterMatKinds();
+        RegisterPictureKinds();
+        RegisterScannerKinds();
         return true;
     }();
     (void)installed;

@@ -1,6 +1,5 @@
 #include "files/nifti_writer.h"
 
-
 #include <cstdio>
 #include <cstring>
 #include <memory>

@@ -13,6 +13,7 @@ void CShellModules::Register(COptionTable& table, CDataSpace& space) {
     table.Set(
         OPT_SAVE_DIALOG, [this](FILE* f) { save.PrintfOptions(f); },
         [this](CKeyReader& r) { return save.ScanfOptions(r); });
+    table.Set(
         OPT_AVI_WRITER, [](FILE* f) { AviOptions().PrintfOptions(f); },
         [](CKeyReader& r) { return AviOptions().ScanfOptions(r); });
     table.Set(

@@ -69,7 +69,8 @@ TEST_F(GetRgbTest, DataShownIn2dGivesItsDisplaysPalette) {
     entry->data[0] = Find("a");
     entry->look.Plane(0)->SetPalette(7, "black body red", &GlobalDataSpace());
     GlobalWindowSpace().NewData(std::move(entry));
-    ASSERT_EQ(Run("shown = get_rgb(a); red = get_rgb(\"black body red\"); grey = get_rgb(\"grey\");"), 0)
+    ASSERT_EQ(
+        Run("shown = get_rgb(a); red = get_rgb(\"black body red\"); grey = get_rgb(\"grey\");"), 0)
         << ErrorText();
     EXPECT_EQ(Values(Find("shown")), Values(Find("red")));
     EXPECT_NE(Values(Find("shown")), Values(Find("grey")));
