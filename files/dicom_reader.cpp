@@ -111,7 +111,7 @@ int DicomHeader(const COpenOptions& options, FileEntry& entry) {
     char text[600];
     std::snprintf(text, sizeof text, "%s %s\nexam %d series %d image %d", r.text1.c_str(),
                   r.text2.c_str(), r.exam, r.series, r.image);
-    entry.title = text;
+    // the info line; the title stays the file's, which names the array
     entry.status = text;
     return 1;
 }

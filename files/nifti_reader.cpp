@@ -358,11 +358,6 @@ int NiftiHeader(const COpenOptions& options, FileEntry& entry) {
     entry.byteSwap = nim->byteorder != nifti_short_order();
     entry.dataOffset = static_cast<int32_t>(std::min<int64_t>(nim->iname_offset, INT32_MAX));
     for (uint64_t& k : entry.skip) k = 0;
-    const char* kind = nim->nifti_type == NIFTI_FTYPE_ANALYZE ? "analyze"
-                       : version == 2                         ? "nifti-2"
-                                                              : "nifti-1";
-    std::string descrip(nim->descrip, strnlen(nim->descrip, sizeof nim->descrip));
-    entry.title = std::string(kind) + " " + entry.header.TypeName() + " " + descrip;
     entry.status = "header success";
     return 1;
 }

@@ -202,8 +202,8 @@ TEST_F(DicomReader, NumbersStepsAndHeaderText) {
         EXPECT_FLOAT_EQ(e.rescaleIntercept, w[7]);
         const std::string numbers = "\nexam " + std::to_string(e.exam) + " series " +
                                     std::to_string(e.series) + " image " + std::to_string(e.image);
-        EXPECT_EQ(e.title.substr(e.title.size() - numbers.size()), numbers);
-        EXPECT_EQ(e.title.rfind("MR", 0) == 0, k == 0 || k >= 4) << e.title;
+        EXPECT_EQ(e.status.substr(e.status.size() - numbers.size()), numbers);
+        EXPECT_EQ(e.status.rfind("MR", 0) == 0, k == 0 || k >= 4) << e.status;
     }
 }
 

@@ -124,7 +124,6 @@ TEST_F(Nifti, HeaderStepSaysHeaderSuccess) {
     e.path = kFolder + "example_nifti2.nii.gz";
     ASSERT_EQ(NiftiHeader(COpenOptions{}, e), 1);
     EXPECT_EQ(e.status, "header success");
-    EXPECT_EQ(e.title.rfind("nifti-2 i2", 0), 0u) << e.title;
     EXPECT_EQ(e.header.Data(), nullptr);
     // functional.nii scales by 0.0754 and 3100.76; the entry carries them.
     FileEntry f;
