@@ -2,6 +2,7 @@
 // module table together with the data space. The application holds one for its life.
 #pragma once
 
+#include "mu/mu_options.h"
 #include "ops/unwrap/unwrap.h"
 #include "shell/desktop.h"
 #include "shell/history.h"
@@ -20,4 +21,5 @@ struct CShellModules {
     CHistory history;
     CRename rename;
     CUnwrap unwrap;
+    CMuOptions mu_options;
 };
