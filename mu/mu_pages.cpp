@@ -199,7 +199,7 @@ int CPageMuParams::Shape(int* slices, int* ndim, int* ncopies) {
         if (ph->nz >= 2 && ph->nt >= 2) return Fail(1, "too many dimensions");
         *slices = int(std::min<uint64_t>(std::max(ph->nz, ph->nt), 0x7fffffff));
     } else {
-        if (c.noff <= 0) return 0;
+        if (c.noff <= 0 || ph_zt < uint64_t(c.noff)) return 0;
         if (ph_zt % uint64_t(c.noff)) return Fail(1, "phase images are not a multiple of the offsets");
         *slices = int(std::min<uint64_t>(ph_zt / uint64_t(c.noff), 0x7fffffff));
         if (*slices == 0) return 0;
