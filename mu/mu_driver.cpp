@@ -9,10 +9,6 @@
 #include "core/host.h"
 #include "core/zrk_data.h"
 
-CMuDriver::CMuDriver(CDataSpace& space) : space_(space), previous_(set_wave_driver(this)) {}
-
-CMuDriver::~CMuDriver() { set_wave_driver(previous_); }
-
 MuFirstStoreFn CMuDriver::First() {
     return [this](CZrkData* a, const char* palette) { OpenDisplay2d(a, palette); };
 }

@@ -1,8 +1,9 @@
 // CMuDriver: the engine's services over the data space. Reads take the arrays the record
 // names, through their channels; stores go into MuOutputTarget arrays. The run log goes to
-// the history, the status line to the host. Installed for the life of the object.
+// the history, the status line to the host. Install() puts it under the engine for a scope.
 //
 //   CMuDriver driver(GlobalDataSpace());
+//   CMuDriver::Installed use(driver);
 //   wave_2d_1axis(&params);   // params' outputs are MuOutputTarget handles
 #pragma once
 
@@ -15,10 +16,21 @@ class CDataSpace;
 
 class CMuDriver : public wave_driver {
   public:
-    explicit CMuDriver(CDataSpace& space);
-    ~CMuDriver() override;
+    explicit CMuDriver(CDataSpace& space) : space_(space) {}
     CMuDriver(const CMuDriver&) = delete;
     CMuDriver& operator=(const CMuDriver&) = delete;
+
+    // The engine's driver for the life of a scope; the previous one comes back after it.
+    class Installed {
+      public:
+        explicit Installed(wave_driver& driver) : previous_(set_wave_driver(&driver)) {}
+        ~Installed() { set_wave_driver(previous_); }
+        Installed(const Installed&) = delete;
+        Installed& operator=(const Installed&) = delete;
+
+      private:
+        wave_driver* previous_;
+    };
 
     // The display of a look target, at its first store; headless there is none.
     virtual void OpenDisplay2d(CZrkData* record, const char* palette) {
@@ -44,7 +56,6 @@ class CMuDriver : public wave_driver {
     MuFirstStoreFn First();
 
     CDataSpace& space_;
-    wave_driver* previous_;
     std::string status_;
     std::string log_line_;
 };

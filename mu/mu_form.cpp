@@ -190,6 +190,7 @@ int CMuForm::Continue() {
 }
 
 int CMuForm::Apply() {
+    CMuDriver::Installed use(*driver_);
     UpdatePages();
     if (active_ == PAGE_FILTER) {
         int bad = filter_->Apply();
@@ -411,6 +412,7 @@ int CMuForm::SphereLoop(int encodings) {
 
 int CMuForm::Run() {
     Host().Trace("CMuForm::Run");
+    CMuDriver::Installed use(*driver_);
     // 1: the controls, over the rest values of the record.
     record = wave_params();
     targets = Targets();
