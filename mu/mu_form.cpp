@@ -436,8 +436,6 @@ int CMuForm::Run() {
                                 slots_[MU_SLOT_MATCHED].get()};
     for (CPageMu* page : prepare) {
         if (page && page->Prepare()) {
-            status = page->Status();
-            Host().Status(status);
             EndRun();
             status = page->Status();
             Host().Status(status);

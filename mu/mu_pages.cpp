@@ -658,6 +658,10 @@ void CPageMuOutput::Report(std::string* out) {
 int CPageMuOutput::Prepare() {
     auto& t = form_.targets;
     wave_params& r = form_.record;
+    // Time series need the harmonic extracted, whatever else is asked for.
+    if (!form_.block.harmin &&
+        Unavailable(&status_, {r.nz > 1 ? "phase_offset_filtering_3d" : "phase_offset_filtering"}))
+        return 1;
     if (c.interp_out && Unavailable(&status_, {"interp_images"})) return 1;
     if (Target(&t.magmask, c.magmask_out, c.magmask, "grey", 0,
                "append magnitude output not found") ||
@@ -782,8 +786,10 @@ int CPageMuLfe::Prepare() {
     const MuOptionBlock& b = form_.block;
     bool xyz = b.xyz != 0;
     if (r.lfe_on) {
-        const char* stage = r.nz > 1 ? (xyz ? "lfe_3d_XYZ" : "lfe_3d_1axis")
-                                     : (xyz ? "lfe_2d_XYZ" : "lfe_2d_1axis");
+        // Three encodings go through the one-axis chain each, unless AIDE takes them together.
+        bool together = xyz && b.di_aide;
+        const char* stage = r.nz > 1 ? (together ? "lfe_3d_XYZ" : "lfe_3d_1axis")
+                                     : (together ? "lfe_2d_XYZ" : "lfe_2d_1axis");
         if (Unavailable(&status_, {stage})) return 1;
     }
     if (Target(&t.lfe_est, c.lfe_est_out, c.lfe_est, "grey", 0, "append estimate output not found") ||
