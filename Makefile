@@ -43,13 +43,15 @@ fuzz: deps
 	cmake -S . -B $(FUZZ) -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang-14 \
 	      -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link \
 	      -DQUELMOR_SANITIZE=ON -DQUELMOR_FUZZ=ON -DQUELMOR_GUI=OFF -DQUELMOR_BENCH=OFF
-	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look files_tests
+	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look fuzz_mu_options files_tests
 	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
-	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look
+	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look $(FUZZ)/work/mu
 	cd $(FUZZ) && ./tests/files/fuzz_zrk_file -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/zrk tests/corpus/zrk
 	cd $(FUZZ) && ./tests/display/fuzz_look -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/look tests/corpus/look
+	cd $(FUZZ) && ./tests/mu/fuzz_mu_options -max_total_time=$(FUZZ_SECONDS) \
+	      -artifact_prefix=findings/ work/mu $(CURDIR)/tests/mu/corpus
 
 bench: build
 	@sh scripts/bench.sh $(BUILD)
