@@ -30,9 +30,8 @@ int CMuDriver::read_phase_stack(wave_params* p, float* buf) {
     if (p->complex_in) {
         if (a->IsComplex() && !p->complex_split) {
             if (a->Count() < n) return 1;
-            std::vector<float> iq(2 * n);
-            CDataCursor<float>(a).GetIQBlock(iq.data(), 0, n);
-            for (size_t i = 0; i < n; ++i) buf[i] = iq[2 * i], buf[n + i] = iq[2 * i + 1];
+            CDataCursor<float>(a, 0).GetBlock(buf, 0, n);
+            CDataCursor<float>(a, 1).GetBlock(buf + n, 0, n);
             return 0;
         }
         if (a->Count() < 2 * n) return 1;

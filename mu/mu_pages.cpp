@@ -371,6 +371,12 @@ int CPageMuMask::Prepare() {
     if (Target(&form_.targets.mask, c.mask_out, c.mask, "grey", 0, "append mask output not found"))
         return 1;
     r.mask_out = form_.targets.mask.Handle();
+    // The chain makes its own mask; the array is for the unwrap stage and the saved output.
+    const MuOptionBlock& blk = form_.block;
+    if (!c.mask_out && !(blk.uwmethod != 0 && blk.wrapage_mask && c.use_mask)) {
+        preview.clear();
+        return 0;
+    }
     std::string error;
     std::string name = OutputName(form_, c.mask_out, c.mask, "quelmor.mask", &error);
     if (name.empty()) return Fail(1, error);

@@ -154,7 +154,7 @@ class CPageMuMask : public CPageMu {
     int Check() override;
     void Report(std::string* out) override;
     void Defaults() override;
-    // Builds the mask array the unwrap stage reads, and its preview.
+    // Builds the mask array the unwrap stage reads or the output keeps, and its preview.
     int Prepare() override;
     // A threshold spin moves the threshold by one per step.
     void Spin(int steps) { c.background += steps; }
