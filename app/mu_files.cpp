@@ -60,16 +60,36 @@ CZrkData* ReadNifti(CDataSpace& space, const std::string& path, const char* name
     if (slope == 1.0 && n->scl_slope == 0.0) inter = 0.0;
     auto* out = static_cast<float*>(a->data);
     switch (n->datatype) {
-        case NIFTI_TYPE_UINT8: Convert<uint8_t>(n->data, out, count, slope, inter); break;
-        case NIFTI_TYPE_INT8: Convert<int8_t>(n->data, out, count, slope, inter); break;
-        case NIFTI_TYPE_INT16: Convert<int16_t>(n->data, out, count, slope, inter); break;
-        case NIFTI_TYPE_UINT16: Convert<uint16_t>(n->data, out, count, slope, inter); break;
-        case NIFTI_TYPE_INT32: Convert<int32_t>(n->data, out, count, slope, inter); break;
-        case NIFTI_TYPE_UINT32: Convert<uint32_t>(n->data, out, count, slope, inter); break;
-        case NIFTI_TYPE_FLOAT32: Convert<float>(n->data, out, count, slope, inter); break;
-        case NIFTI_TYPE_FLOAT64: Convert<double>(n->data, out, count, slope, inter); break;
-        case NIFTI_TYPE_COMPLEX64: Convert<float>(n->data, out, 2 * count, 1.0, 0.0); break;
-        case NIFTI_TYPE_COMPLEX128: Convert<double>(n->data, out, 2 * count, 1.0, 0.0); break;
+        case NIFTI_TYPE_UINT8:
+            Convert<uint8_t>(n->data, out, count, slope, inter);
+            break;
+        case NIFTI_TYPE_INT8:
+            Convert<int8_t>(n->data, out, count, slope, inter);
+            break;
+        case NIFTI_TYPE_INT16:
+            Convert<int16_t>(n->data, out, count, slope, inter);
+            break;
+        case NIFTI_TYPE_UINT16:
+            Convert<uint16_t>(n->data, out, count, slope, inter);
+            break;
+        case NIFTI_TYPE_INT32:
+            Convert<int32_t>(n->data, out, count, slope, inter);
+            break;
+        case NIFTI_TYPE_UINT32:
+            Convert<uint32_t>(n->data, out, count, slope, inter);
+            break;
+        case NIFTI_TYPE_FLOAT32:
+            Convert<float>(n->data, out, count, slope, inter);
+            break;
+        case NIFTI_TYPE_FLOAT64:
+            Convert<double>(n->data, out, count, slope, inter);
+            break;
+        case NIFTI_TYPE_COMPLEX64:
+            Convert<float>(n->data, out, 2 * count, 1.0, 0.0);
+            break;
+        case NIFTI_TYPE_COMPLEX128:
+            Convert<double>(n->data, out, 2 * count, 1.0, 0.0);
+            break;
         default:
             space.DelData(name);
             *error = "unsupported NIfTI data type: " + path;
@@ -77,7 +97,9 @@ CZrkData* ReadNifti(CDataSpace& space, const std::string& path, const char* name
     }
     a->SetMm(float(n->dx), float(n->dy), float(n->dz), 1, 1, 1);
     // NIfTI keeps millimetres unless told otherwise.
-    double unit = n->xyz_units == NIFTI_UNITS_METER ? 1000.0 : n->xyz_units == NIFTI_UNITS_MICRON ? 1e-3 : 1.0;
+    double unit = n->xyz_units == NIFTI_UNITS_METER    ? 1000.0
+                  : n->xyz_units == NIFTI_UNITS_MICRON ? 1e-3
+                                                       : 1.0;
     for (int d = 0; d < 3; ++d) a->mm[d] = float(n->pixdim[d + 1] * unit);
     if (g) {
         *g = MuGeometry();
@@ -93,11 +115,12 @@ CZrkData* ReadNifti(CDataSpace& space, const std::string& path, const char* name
     return a;
 }
 
-CZrkData* ReadWorkspace(CDataSpace& space, const std::string& path, const char* name,
-                        MuGeometry* g, std::string* error) {
+CZrkData* ReadWorkspace(CDataSpace& space, const std::string& path, const char* name, MuGeometry* g,
+                        std::string* error) {
     std::string file = path, wanted;
     size_t colon = path.rfind(".zrk:");
-    if (colon != std::string::npos) file = path.substr(0, colon + 4), wanted = path.substr(colon + 5);
+    if (colon != std::string::npos)
+        file = path.substr(0, colon + 4), wanted = path.substr(colon + 5);
     CDataSpace read;
     CWindowSpace windows;
     CZrkFile z(file);
@@ -107,8 +130,8 @@ CZrkData* ReadWorkspace(CDataSpace& space, const std::string& path, const char* 
         *error = z.status.empty() ? "cannot read workspace: " + file : z.status;
         return nullptr;
     }
-    CZrkData* from = wanted.empty() ? (read.Count() ? read.GetData(0) : nullptr)
-                                    : read.FindData(wanted.c_str());
+    CZrkData* from =
+        wanted.empty() ? (read.Count() ? read.GetData(0) : nullptr) : read.FindData(wanted.c_str());
     if (!from || !from->data) {
         *error = "no such array in " + file + (wanted.empty() ? "" : ": " + wanted);
         return nullptr;
@@ -147,8 +170,14 @@ CZrkData* ReadInputArray(CDataSpace& space, const std::string& path, const char*
 
 int WriteNifti(const CZrkData* a, const MuGeometry& g, const std::string& path,
                std::string* error) {
-    int64_t dims[8] = {0, int64_t(a->nx), int64_t(a->ny), int64_t(a->nz), int64_t(a->nt),
-                       int64_t(a->nu), int64_t(a->nv), 1};
+    int64_t dims[8] = {0,
+                       int64_t(a->nx),
+                       int64_t(a->ny),
+                       int64_t(a->nz),
+                       int64_t(a->nt),
+                       int64_t(a->nu),
+                       int64_t(a->nv),
+                       1};
     dims[0] = 6;
     while (dims[0] > 3 && dims[dims[0]] == 1) --dims[0];
     bool complex = a->IsComplex();

@@ -103,7 +103,8 @@ int AssembleBlock(const Job& job, CMuOptions* options, bool* fov_given) {
     MuOptionBlock* block = options->Get(0);
     *fov_given = false;
     if (!job.prefs.empty()) {
-        if (!std::filesystem::exists(job.prefs)) return Fail("cannot read preferences: " + job.prefs);
+        if (!std::filesystem::exists(job.prefs))
+            return Fail("cannot read preferences: " + job.prefs);
         CMuOptions read;
         COptionTable table;
         table.SetMuEstimationReader([&read](CKeyReader& r) { read.ScanfOptions(r); });
@@ -136,8 +137,8 @@ bool SplitEncodings(CDataSpace& space, CZrkData* phase, std::string names[3]) {
     uint64_t per = phase->Bytes() / 3;
     static const char* kNames[] = {"phase_x", "phase_y", "phase_z"};
     for (int a = 0; a < 3; ++a) {
-        CZrkData* p = space.NewData(phase->type, phase->nx, phase->ny, phase->nz, phase->nt, 1, 1,
-                                    kNames[a]);
+        CZrkData* p =
+            space.NewData(phase->type, phase->nx, phase->ny, phase->nz, phase->nt, 1, 1, kNames[a]);
         if (!p || !p->data) return false;
         std::memcpy(p->data, static_cast<const char*>(phase->data) + per * a, per);
         p->CopyMm(*phase);

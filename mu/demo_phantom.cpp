@@ -35,8 +35,8 @@ CDemoPhantom MakeDemoPhantom(const CDemoPhantomSpec& spec) {
     const double kpa[] = {1.0, 4.0, 6.0};
     for (int c = 0; c < 3; ++c) {
         double lambda = std::sqrt(kpa[c] * 1000.0 / CDemoPhantom::kDensity) / spec.freq;
-        ph.cylinders.push_back({nx * (c + 0.5) / 3.0, ny * 0.5,
-                                0.65 * lambda / spec.voxel, kpa[c]});
+        ph.cylinders.push_back(
+            {nx * (c + 0.5) / 3.0, ny * 0.5, 0.65 * lambda / spec.voxel, kpa[c]});
     }
     const size_t plane = size_t(nx) * ny, n = plane * nz;
     std::vector<double> speed(plane);
@@ -104,7 +104,8 @@ double RegionMedian(const std::vector<float>& values, const CDemoPhantom& ph, in
                     for (int dx = -erode; dx <= erode && inside; ++dx)
                         inside = ph.region[(size_t(z) * ny + y + dy) * nx + x + dx] == label;
                 size_t i = (size_t(z) * ny + y) * nx + x;
-                if (inside && i < values.size() && std::isfinite(values[i])) kept.push_back(values[i]);
+                if (inside && i < values.size() && std::isfinite(values[i]))
+                    kept.push_back(values[i]);
             }
     if (kept.empty()) return std::numeric_limits<double>::quiet_NaN();
     std::nth_element(kept.begin(), kept.begin() + ptrdiff_t(kept.size() / 2), kept.end());

@@ -43,5 +43,4 @@ CDemoPhantom MakeDemoPhantom(const CDemoPhantomSpec& spec = {});
 
 // The median of `values` where `region` equals `label` after eroding that region by `erode`
 // voxels in x and y; NaN when nothing is left.
-double RegionMedian(const std::vector<float>& values, const CDemoPhantom& ph, int label,
-                    int erode);
+double RegionMedian(const std::vector<float>& values, const CDemoPhantom& ph, int label, int erode);

@@ -51,8 +51,8 @@ int CMuDriver::read_max_magnitude(wave_params* p, float* buf) {
     if (!a || !a->data || a->Count() < n) return 1;
     CDataCursor<float> in(a, p->mag_index);
     in.GetBlock(buf, 0, n);
-    size_t copies = std::max<size_t>(1, std::min<size_t>(size_t(std::max(p->ncopies, 1)),
-                                                         a->Count() / n));
+    size_t copies =
+        std::max<size_t>(1, std::min<size_t>(size_t(std::max(p->ncopies, 1)), a->Count() / n));
     std::vector<float> more(n);
     for (size_t k = 1; k < copies; ++k) {
         in.GetBlock(more.data(), k * n, n);

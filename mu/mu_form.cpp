@@ -62,28 +62,51 @@ std::vector<std::string> CMuForm::OptionNames() const {
 
 CPageMu* CMuForm::Page(int i) const {
     switch (i) {
-        case PAGE_DATA: return data_.get();
-        case PAGE_PARAMS: return params_.get();
-        case PAGE_MASK: return mask_.get();
-        case PAGE_WRAP: return wrap_.get();
-        case PAGE_FILTER: return filter_.get();
-        case PAGE_OUTPUT: return output_.get();
-        case PAGE_LFE: return lfe_.get();
-        default: return nullptr;
+        case PAGE_DATA:
+            return data_.get();
+        case PAGE_PARAMS:
+            return params_.get();
+        case PAGE_MASK:
+            return mask_.get();
+        case PAGE_WRAP:
+            return wrap_.get();
+        case PAGE_FILTER:
+            return filter_.get();
+        case PAGE_OUTPUT:
+            return output_.get();
+        case PAGE_LFE:
+            return lfe_.get();
+        default:
+            return nullptr;
     }
 }
 
 void CMuForm::CreatePage(int page) {
     CPageMu* made = nullptr;
     switch (page) {
-        case PAGE_DATA: made = (data_ = std::make_unique<CPageMuData>(*this)).get(); break;
-        case PAGE_PARAMS: made = (params_ = std::make_unique<CPageMuParams>(*this)).get(); break;
-        case PAGE_MASK: made = (mask_ = std::make_unique<CPageMuMask>(*this)).get(); break;
-        case PAGE_WRAP: made = (wrap_ = std::make_unique<CPageMuWrap>(*this)).get(); break;
-        case PAGE_FILTER: made = (filter_ = std::make_unique<CPageMuFilter>(*this)).get(); break;
-        case PAGE_OUTPUT: made = (output_ = std::make_unique<CPageMuOutput>(*this)).get(); break;
-        case PAGE_LFE: made = (lfe_ = std::make_unique<CPageMuLfe>(*this)).get(); break;
-        default: return;
+        case PAGE_DATA:
+            made = (data_ = std::make_unique<CPageMuData>(*this)).get();
+            break;
+        case PAGE_PARAMS:
+            made = (params_ = std::make_unique<CPageMuParams>(*this)).get();
+            break;
+        case PAGE_MASK:
+            made = (mask_ = std::make_unique<CPageMuMask>(*this)).get();
+            break;
+        case PAGE_WRAP:
+            made = (wrap_ = std::make_unique<CPageMuWrap>(*this)).get();
+            break;
+        case PAGE_FILTER:
+            made = (filter_ = std::make_unique<CPageMuFilter>(*this)).get();
+            break;
+        case PAGE_OUTPUT:
+            made = (output_ = std::make_unique<CPageMuOutput>(*this)).get();
+            break;
+        case PAGE_LFE:
+            made = (lfe_ = std::make_unique<CPageMuLfe>(*this)).get();
+            break;
+        default:
+            return;
     }
     made->Bind();
     created_ = page + 1;
@@ -93,12 +116,24 @@ void CMuForm::CreatePage(int page) {
 void CMuForm::RemoveLaterPages() {
     for (int p = created_ - 1; p > active_; --p) {
         switch (p) {
-            case PAGE_PARAMS: params_.reset(); break;
-            case PAGE_MASK: mask_.reset(); break;
-            case PAGE_WRAP: wrap_.reset(); break;
-            case PAGE_FILTER: filter_.reset(); break;
-            case PAGE_OUTPUT: output_.reset(); break;
-            case PAGE_LFE: lfe_.reset(); break;
+            case PAGE_PARAMS:
+                params_.reset();
+                break;
+            case PAGE_MASK:
+                mask_.reset();
+                break;
+            case PAGE_WRAP:
+                wrap_.reset();
+                break;
+            case PAGE_FILTER:
+                filter_.reset();
+                break;
+            case PAGE_OUTPUT:
+                output_.reset();
+                break;
+            case PAGE_LFE:
+                lfe_.reset();
+                break;
         }
     }
     created_ = active_ + 1;
@@ -207,14 +242,19 @@ int CMuForm::Validate() {
         CPageMu* page;
         int shown;  // the page whose text a failure shows
     };
-    const Entry order[] = {
-        {data_.get(), PAGE_DATA},          {params_.get(), PAGE_PARAMS},
-        {mask_.get(), PAGE_MASK},          {wrap_.get(), PAGE_MASK},
-        {filter_.get(), PAGE_DATA},        {output_.get(), PAGE_DATA},
-        {slots_[MU_SLOT_CURL].get(), -1},  {slots_[MU_SLOT_DF].get(), -1},
-        {slots_[MU_SLOT_SNR].get(), PAGE_DATA}, {slots_[MU_SLOT_PG].get(), -1},
-        {lfe_.get(), PAGE_LFE},            {slots_[MU_SLOT_DI].get(), -1},
-        {slots_[MU_SLOT_MATCHED].get(), -1}};
+    const Entry order[] = {{data_.get(), PAGE_DATA},
+                           {params_.get(), PAGE_PARAMS},
+                           {mask_.get(), PAGE_MASK},
+                           {wrap_.get(), PAGE_MASK},
+                           {filter_.get(), PAGE_DATA},
+                           {output_.get(), PAGE_DATA},
+                           {slots_[MU_SLOT_CURL].get(), -1},
+                           {slots_[MU_SLOT_DF].get(), -1},
+                           {slots_[MU_SLOT_SNR].get(), PAGE_DATA},
+                           {slots_[MU_SLOT_PG].get(), -1},
+                           {lfe_.get(), PAGE_LFE},
+                           {slots_[MU_SLOT_DI].get(), -1},
+                           {slots_[MU_SLOT_MATCHED].get(), -1}};
     for (int i = 0; i < int(std::size(order)); ++i) {
         CPageMu* page = order[i].page;
         if (!page) continue;
@@ -233,9 +273,9 @@ int CMuForm::Validate() {
 
 std::vector<MuOutputTarget*> CMuForm::AllTargets() {
     Targets& t = targets;
-    return {&t.mask,      &t.magmask,  &t.interp,   &t.r1i1,   &t.amplitude, &t.lfe_est,
-            &t.lfe_stiff, &t.lfe_cert, &t.lfe_imu,  &t.lfe_icert, &t.pre[0],  &t.pre[1],
-            &t.pre[2],    &t.temp_r1i1};
+    return {&t.mask,    &t.magmask,   &t.interp,   &t.r1i1,     &t.amplitude,
+            &t.lfe_est, &t.lfe_stiff, &t.lfe_cert, &t.lfe_imu,  &t.lfe_icert,
+            &t.pre[0],  &t.pre[1],    &t.pre[2],   &t.temp_r1i1};
 }
 
 void CMuForm::SetPasses(int passes) {
@@ -301,7 +341,8 @@ int CMuForm::Accumulate(int pass) {
     for (const Summed& s : summed) {
         const float* plane = VolumeOf(*s.t, n, pass, 1);
         if (plane && !error)
-            error = ADD_weighted_sum(&wsum_slot[s.slot], plane, weights.data(), int(n), s.invert, 0);
+            error =
+                ADD_weighted_sum(&wsum_slot[s.slot], plane, weights.data(), int(n), s.invert, 0);
     }
     if (error) Host().History(std::string(error) + "\r\n");
     return error ? 1 : 0;
@@ -374,9 +415,15 @@ int CMuForm::AngleLoop(int encodings, int xyz_flavour) {
             float c = float(std::cos(r)), s = float(std::sin(r));
             float* v = record.dirf_vector;
             switch (block.dirf_2d_dir) {
-                case 2: v[0] = 0, v[1] = c, v[2] = s; break;  // x off
-                case 1: v[0] = c, v[1] = 0, v[2] = s; break;  // y off
-                default: v[0] = c, v[1] = s, v[2] = 0; break;
+                case 2:
+                    v[0] = 0, v[1] = c, v[2] = s;
+                    break;  // x off
+                case 1:
+                    v[0] = c, v[1] = 0, v[2] = s;
+                    break;  // y off
+                default:
+                    v[0] = c, v[1] = s, v[2] = 0;
+                    break;
             }
         }
         for (int e = 0; e < encodings; ++e) {
@@ -467,7 +514,7 @@ int CMuForm::Run() {
     int xyz_flavour = block.xyz && block.di_aide;
     if (xyz_flavour) encodings = 1;
     // 7
-    int bad = angles ? AngleLoop(encodings, xyz_flavour)
+    int bad = angles   ? AngleLoop(encodings, xyz_flavour)
               : sphere ? SphereLoop(encodings)
                        : PlainLoop(encodings, xyz_flavour);
     // 8

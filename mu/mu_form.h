@@ -23,8 +23,15 @@
 class CDataSpace;
 
 // The pages an estimator issue adds; null until one registers a maker for its slot.
-enum MuSlot { MU_SLOT_CURL, MU_SLOT_DF, MU_SLOT_SNR, MU_SLOT_PG, MU_SLOT_DI, MU_SLOT_MATCHED,
-              MU_SLOT_COUNT };
+enum MuSlot {
+    MU_SLOT_CURL,
+    MU_SLOT_DF,
+    MU_SLOT_SNR,
+    MU_SLOT_PG,
+    MU_SLOT_DI,
+    MU_SLOT_MATCHED,
+    MU_SLOT_COUNT
+};
 using MuSlotMaker = std::unique_ptr<CPageMu> (*)(CMuForm& form);
 void RegisterMuSlotPage(MuSlot slot, MuSlotMaker maker);
 
@@ -34,8 +41,16 @@ inline constexpr const char* kMuTempR1i1 = "_$ZARNIK$_$TEMP$_$DELETE$_$ME$.r1i1"
 class CMuForm {
   public:
     // The pages of the sheet in the order continuing creates them.
-    enum Page { PAGE_DATA, PAGE_PARAMS, PAGE_MASK, PAGE_WRAP, PAGE_FILTER, PAGE_OUTPUT,
-                PAGE_LFE, PAGE_COUNT };
+    enum Page {
+        PAGE_DATA,
+        PAGE_PARAMS,
+        PAGE_MASK,
+        PAGE_WRAP,
+        PAGE_FILTER,
+        PAGE_OUTPUT,
+        PAGE_LFE,
+        PAGE_COUNT
+    };
 
     CMuForm(CDataSpace& space, CMuOptions& options);
     ~CMuForm();

@@ -112,9 +112,7 @@ struct PrintVisitor : MuKeyVisitor {
 struct BytesVisitor : MuKeyVisitor {
     void Add(const void* p, size_t n) { out.emplace_back(static_cast<const char*>(p), n); }
     void Ints(const char*, int* v, int n, const double*) override { Add(v, sizeof(int) * n); }
-    void Floats(const char*, float* v, int n, const double*) override {
-        Add(v, sizeof(float) * n);
-    }
+    void Floats(const char*, float* v, int n, const double*) override { Add(v, sizeof(float) * n); }
     void Text(const char*, std::string* v, const char*) override { out.push_back(*v); }
     void Chars(const char*, char* v, int size, const char*) override {
         out.emplace_back(v, strnlen(v, static_cast<size_t>(size)));
@@ -376,9 +374,7 @@ MuOptionBlock* CMuOptions::Get(int i) {
     return more_[static_cast<size_t>(i - 1)].get();
 }
 
-const MuOptionBlock* CMuOptions::Get(int i) const {
-    return const_cast<CMuOptions*>(this)->Get(i);
-}
+const MuOptionBlock* CMuOptions::Get(int i) const { return const_cast<CMuOptions*>(this)->Get(i); }
 
 void CMuOptions::ScanfOptions(CKeyReader& reader) {
     reader.Next();
@@ -401,6 +397,7 @@ void CMuOptions::ScanfOptions(CKeyReader& reader) {
 
 void CMuOptions::PrintfOptions(FILE* file) const {
     if (Count() < 2) return;
-    std::fprintf(file, "\n// wave inversion option blocks\nmu_estimation_options\n%d\n", Count() - 1);
+    std::fprintf(file, "\n// wave inversion option blocks\nmu_estimation_options\n%d\n",
+                 Count() - 1);
     for (int b = 1; b < Count(); ++b) Get(b)->Print(file);
 }

@@ -73,8 +73,7 @@ class MuOptionBlock {
     int background, mask_default = 0, mask_out, magmask_out, smooth_mask, use_mask, mask_2d;
     int mask_regions, mask_voids, mask_nregions, mask_nvoids;
     std::string mask, magmask;
-    int interp_out, ninterp, interp_mask, r1i1_out, amplitude_out, gradient_type,
-        gradient_pairs;
+    int interp_out, ninterp, interp_mask, r1i1_out, amplitude_out, gradient_type, gradient_pairs;
     std::string interp, r1i1, amplitude;
     float gradient_amp, menc;
     int wsum, ampweight[3];
@@ -103,11 +102,9 @@ class MuOptionBlock {
     float mf_regular;
     std::string mf_stiff, mf_atten, mf_cmu;
     int mf_stiff_out, mf_atten_out, mf_cmu_out;
-    int dirf_default, dirf_1d_on, dirf_1d_dir, dirf_1d_forward, dirf_2d_on, dirf_2d_dir,
-        dirf_order;
+    int dirf_default, dirf_1d_on, dirf_1d_dir, dirf_1d_forward, dirf_2d_on, dirf_2d_dir, dirf_order;
     float dirf_cut[2], dirf_angle, dirf_2d_ntheta, dirf_inc, df3d_xyz[3];
-    int dirf_2d_nangle, dirf_space, dirf_3d_on, dirf_3d_nangle, dirf_out, dirf_all = 0,
-                                                                         dirf_mask;
+    int dirf_2d_nangle, dirf_space, dirf_3d_on, dirf_3d_nangle, dirf_out, dirf_all = 0, dirf_mask;
     std::string dirf_format;
     int gdc_flag, ldc_flag, ldc_winx, ldc_winy, ldc_out, ldcr_out, meanx2_flag, meanx2_out;
     std::string ldc_format, ldcr_format, meanx2_format;

@@ -179,9 +179,12 @@ void CPageMuParams::Bind() {
 }
 
 void CPageMuParams::SetPhasePreset(int preset) {
-    static const float kRanges[][2] = {{0.0f, 255.0f},           {0.0f, 4095.0f},
-                                       {-1.5707964f, 1.5707964f}, {-3.1415927f, 3.1415927f},
-                                       {-3141.0f, 3141.0f},       {-31415.0f, 31415.0f}};
+    static const float kRanges[][2] = {{0.0f, 255.0f},
+                                       {0.0f, 4095.0f},
+                                       {-1.5707964f, 1.5707964f},
+                                       {-3.1415927f, 3.1415927f},
+                                       {-3141.0f, 3141.0f},
+                                       {-31415.0f, 31415.0f}};
     c.phase_preset = std::clamp(preset, 0, int(kPresetOther));
     if (c.phase_preset == kPresetOther) return;
     c.phase_range[0] = kRanges[c.phase_preset][0];
@@ -200,7 +203,8 @@ int CPageMuParams::Shape(int* slices, int* ndim, int* ncopies) {
         *slices = int(std::min<uint64_t>(std::max(ph->nz, ph->nt), 0x7fffffff));
     } else {
         if (c.noff <= 0 || ph_zt < uint64_t(c.noff)) return 0;
-        if (ph_zt % uint64_t(c.noff)) return Fail(1, "phase images are not a multiple of the offsets");
+        if (ph_zt % uint64_t(c.noff))
+            return Fail(1, "phase images are not a multiple of the offsets");
         *slices = int(std::min<uint64_t>(ph_zt / uint64_t(c.noff), 0x7fffffff));
         if (*slices == 0) return 0;
         if (mag_zt % uint64_t(*slices))
@@ -389,8 +393,7 @@ int CPageMuMask::Prepare() {
         mask_from_magnitude(mag.data(), bytes.data(), r.nx, r.ny, r.nz, float(r.background),
                             r.smooth_mask);
         if (r.mask_nregions > 0 || r.mask_nvoids >= 0)
-            mask_regions(bytes.data(), r.nx, r.ny, r.nz, r.mask_nregions, r.mask_nvoids,
-                         r.mask_2d);
+            mask_regions(bytes.data(), r.nx, r.ny, r.nz, r.mask_nregions, r.mask_nvoids, r.mask_2d);
     }
     CZrkData* a = form_.space.FindOrNew(name.c_str());
     if (!a) return Fail(1, "image alloc failed");
@@ -438,8 +441,8 @@ int CPageMuWrap::Prepare() {
     wave_params& r = form_.record;
     CDataSpace& s = form_.space;
     static const char* kFixed[] = {"quelmor.unwrap", "quelmor.yunwrap", "quelmor.zunwrap"};
-    static const char* kMissing[] = {"x phase data not found:", "y phase data not found:",
-                                     "z phase data not found:"};
+    static const char* kMissing[] = {
+        "x phase data not found:", "y phase data not found:", "z phase data not found:"};
     const std::string* formats[] = {&c.uwpx, &c.uwpy, &c.uwpz};
     int axes = b.xyz ? 3 : 1;
     std::string names[3];
@@ -551,10 +554,9 @@ int CPageMuFilter::Prepare() {
         names[a] = OutputName(form_, c.pre_out, formats[a], kFixed[a], &error);
         if (names[a].empty()) return Fail(1, error);
     }
-    std::string from = std::to_string(c.filter) + Printf(" %d %d %d %g %g %d", c.filter_res[0],
-                                                         c.filter_res[1], c.filter_res[2],
-                                                         c.filter_cut[0], c.filter_cut[1],
-                                                         c.filter_order);
+    std::string from = std::to_string(c.filter) +
+                       Printf(" %d %d %d %g %g %d", c.filter_res[0], c.filter_res[1],
+                              c.filter_res[2], c.filter_cut[0], c.filter_cut[1], c.filter_order);
     for (int a = 0; a < axes; ++a) from += " " + b.phase_name[a] + ">" + names[a];
     bool missing = false;
     for (int a = 0; a < axes; ++a) missing |= !s.FindData(names[a].c_str());
@@ -654,8 +656,7 @@ void CPageMuOutput::Report(std::string* out) {
     const auto& t = form_.targets;
     if (t.magmask.Active()) *out += Printf("magnitude mask: %s\r\n", t.magmask.name.c_str());
     if (t.interp.Active())
-        *out += Printf("phase interpolation: %s in %d steps\r\n", t.interp.name.c_str(),
-                       c.ninterp);
+        *out += Printf("phase interpolation: %s in %d steps\r\n", t.interp.name.c_str(), c.ninterp);
     if (t.r1i1.Active()) *out += Printf("r1i1: %s\r\n", t.r1i1.name.c_str());
     if (t.amplitude.Active())
         *out += Printf("displacement map in microns: %s\r\n", t.amplitude.name.c_str());
@@ -782,8 +783,10 @@ void CPageMuLfe::Report(std::string* out) {
     if (c.lfe_complex) *out += "Complex processing\r\n";
     if (form_.record.lfe_noft) *out += "time FT turned off\r\n";
     const auto& t = form_.targets;
-    if (t.lfe_stiff.Active()) *out += Printf("LFE stiffness estimate: %s\r\n", t.lfe_stiff.name.c_str());
-    if (t.lfe_est.Active()) *out += Printf("LFE frequency estimate: %s\r\n", t.lfe_est.name.c_str());
+    if (t.lfe_stiff.Active())
+        *out += Printf("LFE stiffness estimate: %s\r\n", t.lfe_stiff.name.c_str());
+    if (t.lfe_est.Active())
+        *out += Printf("LFE frequency estimate: %s\r\n", t.lfe_est.name.c_str());
 }
 
 int CPageMuLfe::Prepare() {
@@ -798,7 +801,8 @@ int CPageMuLfe::Prepare() {
                                      : (together ? "lfe_2d_XYZ" : "lfe_2d_1axis");
         if (Unavailable(&status_, {stage})) return 1;
     }
-    if (Target(&t.lfe_est, c.lfe_est_out, c.lfe_est, "grey", 0, "append estimate output not found") ||
+    if (Target(&t.lfe_est, c.lfe_est_out, c.lfe_est, "grey", 0,
+               "append estimate output not found") ||
         Target(&t.lfe_stiff, c.lfe_stiff_out, c.lfe_stiff, "aaasmo", 0,
                "append mu output not found") ||
         Target(&t.lfe_cert, c.lfe_cert_out, c.lfe_cert, "grey", 0,

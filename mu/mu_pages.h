@@ -265,9 +265,8 @@ class CPageMuLfe : public CPageMu {
         int lfe_noft = 0;
         int lfe_est_out = 0, lfe_stiff_out = 1, lfe_cert_out = 0, lfe_imu_out = 0,
             lfe_icert_out = 0;
-        std::string lfe_est = "lfe_est%02d", lfe_stiff = "lfe_stiff%02d",
-                    lfe_cert = "lfe_cert%02d", lfe_imu = "lfe_imu%02d",
-                    lfe_icert = "lfe_icert%02d";
+        std::string lfe_est = "lfe_est%02d", lfe_stiff = "lfe_stiff%02d", lfe_cert = "lfe_cert%02d",
+                    lfe_imu = "lfe_imu%02d", lfe_icert = "lfe_icert%02d";
     } c;
 
     int Bit() const override { return MU_LFE; }

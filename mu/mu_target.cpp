@@ -11,8 +11,8 @@
 #include "mu/name_format.h"
 
 int MakeTarget(MuOutputTarget* t, CDataSpace& space, const std::string& format,
-               const std::string& base, int count, bool append, const char* palette,
-               int apply_mask, std::string* error) {
+               const std::string& base, int count, bool append, const char* palette, int apply_mask,
+               std::string* error) {
     *t = MuOutputTarget();
     std::string name = FormatOutputName(format, base, count, error);
     if (name.empty()) return 1;
@@ -34,8 +34,8 @@ namespace {
 
 // The target's array, ready for `volumes` volumes of `type` behind its append offset; null
 // after the report when it could not be had.
-CZrkData* Ready(CDataSpace& space, const wave_params* p, MuOutputTarget* t, int type,
-                int volumes, const MuFirstStoreFn& first) {
+CZrkData* Ready(CDataSpace& space, const wave_params* p, MuOutputTarget* t, int type, int volumes,
+                const MuFirstStoreFn& first) {
     const res_t nx = res_t(p->nx), ny = res_t(p->ny), nz = res_t(std::max(p->nz, 1));
     volumes = std::max(volumes, t->passes) + t->extra;
     CZrkData* a = space.FindData(t->name.c_str());
@@ -128,8 +128,8 @@ int StorePlaneFloatMask(CDataSpace& space, const float* plane, const uint8_t* ma
     return 0;
 }
 
-int StorePlaneFloat(CDataSpace& space, const float* plane, const wave_params* p,
-                    MuOutputTarget* t, int position, int volumes, const MuFirstStoreFn& first) {
+int StorePlaneFloat(CDataSpace& space, const float* plane, const wave_params* p, MuOutputTarget* t,
+                    int position, int volumes, const MuFirstStoreFn& first) {
     CZrkData* a = Ready(space, p, t, TYPE_R4, std::max(volumes, position + 1), first);
     if (!a) return 1;
     size_t n = size_t(p->nx) * p->ny * std::max(p->nz, 1);

@@ -38,8 +38,8 @@ struct MuOutputTarget {
 // Expands `format` into t->name and readies the target. 0 on success; 1 with `error` set when
 // the name is invalid or, with `append`, when the array does not exist.
 int MakeTarget(MuOutputTarget* t, CDataSpace& space, const std::string& format,
-               const std::string& base, int count, bool append, const char* palette,
-               int apply_mask, std::string* error);
+               const std::string& base, int count, bool append, const char* palette, int apply_mask,
+               std::string* error);
 
 // Called with a look target's array at its first store (the form opens its display there).
 using MuFirstStoreFn = std::function<void(CZrkData* array, const char* palette)>;
@@ -55,5 +55,5 @@ int StorePlaneComplex(CDataSpace& space, const float* plane, int planar, const w
 int StorePlaneFloatMask(CDataSpace& space, const float* plane, const uint8_t* mask,
                         const wave_params* p, MuOutputTarget* t, int position, int volumes,
                         const MuFirstStoreFn& first);
-int StorePlaneFloat(CDataSpace& space, const float* plane, const wave_params* p,
-                    MuOutputTarget* t, int position, int volumes, const MuFirstStoreFn& first);
+int StorePlaneFloat(CDataSpace& space, const float* plane, const wave_params* p, MuOutputTarget* t,
+                    int position, int volumes, const MuFirstStoreFn& first);

@@ -72,8 +72,8 @@ void WriteInputs(const fs::path& dir) {
     WriteNifti(&a, g, (dir / "mag.nii.gz").string(), &error);
     std::vector<std::complex<float>> h;
     if (g_lfe) {
-        a.SetHeader(TYPE_R4, res_t(s.nx), res_t(s.ny), res_t(s.nz), res_t(s.noff),
-                    res_t(s.ncomp), 1);
+        a.SetHeader(TYPE_R4, res_t(s.nx), res_t(s.ny), res_t(s.nz), res_t(s.noff), res_t(s.ncomp),
+                    1);
         a.data = const_cast<float*>(ph.phase.data());
     } else {
         h = Harmonic(ph);
@@ -189,14 +189,16 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks(&reporter);
     fs::remove_all(dir);
     if (g_process_seconds > 0)
-        std::printf("quelmor-mu on the demo phantom%s: %.3f s per frequency, %.2f of the 1 s bound\n",
-                    g_lfe ? "" : " (output-page run: no local frequency estimator in this build)",
-                    g_process_seconds, g_process_seconds / 1.0);
+        std::printf(
+            "quelmor-mu on the demo phantom%s: %.3f s per frequency, %.2f of the 1 s bound\n",
+            g_lfe ? "" : " (output-page run: no local frequency estimator in this build)",
+            g_process_seconds, g_process_seconds / 1.0);
     double engine = reporter.Time("bench_mu_engine"), form = reporter.Time("bench_mu_form");
     if (engine > 0 && form > 0) {
         double overhead = 100.0 * (form - engine) / engine;
-        std::printf("CMuForm run over the bare chain call: %+.1f %% overhead, %.2f of the 5 %% bound\n",
-                    overhead, overhead / 5.0);
+        std::printf(
+            "CMuForm run over the bare chain call: %+.1f %% overhead, %.2f of the 5 %% bound\n",
+            overhead, overhead / 5.0);
     }
     return 0;
 }

@@ -84,9 +84,8 @@ TEST_F(MuCliTest, WritesTheInProcessSamplesWithTheInputGeometry) {
 
     // The same sheet in this process.
     peer::Array mag = p.Get("mag"), r1 = p.Get("r1");
-    Real("mag", 20, 16, 4, 1, [&](size_t i) {
-        return reinterpret_cast<const float*>(mag.bytes.data())[i];
-    });
+    Real("mag", 20, 16, 4, 1,
+         [&](size_t i) { return reinterpret_cast<const float*>(mag.bytes.data())[i]; });
     Complex("r1", 20, 16, 4, 1, [&](size_t i) {
         auto* f = reinterpret_cast<const float*>(r1.bytes.data());
         return std::complex<float>(f[2 * i], f[2 * i + 1]);
@@ -120,8 +119,8 @@ TEST_F(MuCliTest, RefusesBadInputWithoutPartialFiles) {
         {common + " --count", 2, "--count needs a number"},
         {"--mag " + (dir / "missing.nii.gz").string() + " --phase x.nii.gz", 1,
          "cannot read NIfTI file"},
-        {"--mag " + (dir / "mag.nii.gz").string() + " --phase " + (dir / "stdout.txt").string(),
-         1, "unknown file type"},
+        {"--mag " + (dir / "mag.nii.gz").string() + " --phase " + (dir / "stdout.txt").string(), 1,
+         "unknown file type"},
         {common + " --mech_freq=0", 1, "mechanical frequency must be above 0"},
         {common + " --fov=0.2,0,0.1", 1, "field of view must be above 0"},
         {common + " --prefs " + (dir / "none.txt").string(), 1, "cannot read preferences"},
@@ -140,9 +139,9 @@ TEST_F(MuCliTest, PreferenceBlocksAndFlags) {
     Ran w = RunMu("--write-prefs " + prefs + " --name=liver50 --mech_freq=50 --lfe_nbands=7", dir);
     ASSERT_EQ(w.status, 0) << w.err;
     // The block as written, then a flag over it.
-    Ran r = RunMu(common + " --prefs " + prefs + " --block liver50 --menc=4 --out " +
-                    (dir / "o2").string(),
-                dir);
+    Ran r = RunMu(
+        common + " --prefs " + prefs + " --block liver50 --menc=4 --out " + (dir / "o2").string(),
+        dir);
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.out.find("mechanical frequency: 50.000000"), std::string::npos) << r.out;
     EXPECT_NE(r.out.find("menc: 4.000000"), std::string::npos);

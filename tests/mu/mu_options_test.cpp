@@ -361,40 +361,45 @@ TEST_F(MuPrefsTest, HandWrittenSectionsAreReadAsTold) {
     struct Case {
         const char* what;
         const char* text;
-        int count;                      // blocks after the read
-        const char* name;               // of the last block
-        const char* wedge_side;         // of the last block
-        float mech_freq;                // of the last block
-        int prefilter, filter_type;     // of the last block
-        int history_taken;              // a key behind the section was read
+        int count;                   // blocks after the read
+        const char* name;            // of the last block
+        const char* wedge_side;      // of the last block
+        float mech_freq;             // of the last block
+        int prefilter, filter_type;  // of the last block
+        int history_taken;           // a key behind the section was read
     } cases[] = {
-        {"n 0 leaves the list", "mu_estimation_options\n0\nview_history= 0\n", 1, "default",
-         "left", 60, 0, -1, 1},
+        {"n 0 leaves the list", "mu_estimation_options\n0\nview_history= 0\n", 1, "default", "left",
+         60, 0, -1, 1},
         {"name and end_mu give resets", "mu_estimation_options\n1\nname= liver 60Hz\nend_mu\n", 2,
          "liver 60Hz", "left", 60, 0, -1, 0},
         {"wedge_side keeps 8 characters",
          "mu_estimation_options\n1\nwedge_side= bottomrightleft\nend_mu\n", 2, "default",
          "bottomri", 60, 0, -1, 0},
-        {"CRLF lines", "mu_estimation_options\r\n1\r\nname= brain\r\nmech_freq= 50\r\nend_mu\r\n"
-         "view_history= 0\r\n", 2, "brain", "left", 50, 0, -1, 1},
+        {"CRLF lines",
+         "mu_estimation_options\r\n1\r\nname= brain\r\nmech_freq= 50\r\nend_mu\r\n"
+         "view_history= 0\r\n",
+         2, "brain", "left", 50, 0, -1, 1},
         {"unknown keys and garbage are passed over",
-         "mu_estimation_options\n1\nbogus= 1 2 3\n@@@ ###\nmech_freq= 45\nend_mu\n", 2,
-         "default", "left", 45, 0, -1, 0},
-        {"a filter record", "mu_estimation_options\n1\nprefilter= 1\nfilter_type= 5\n"
-         "filter_cut= 1 20\nend_filter\nmech_freq= 90\nend_mu\n", 2, "default", "left", 90, 1, 5, 0},
+         "mu_estimation_options\n1\nbogus= 1 2 3\n@@@ ###\nmech_freq= 45\nend_mu\n", 2, "default",
+         "left", 45, 0, -1, 0},
+        {"a filter record",
+         "mu_estimation_options\n1\nprefilter= 1\nfilter_type= 5\n"
+         "filter_cut= 1 20\nend_filter\nmech_freq= 90\nend_mu\n",
+         2, "default", "left", 90, 1, 5, 0},
         {"end_mu inside a filter record ends both",
          "mu_estimation_options\n1\nmidfilter= 1\nfilter_type= 3\nend_mu\nview_history= 0\n", 2,
          "default", "left", 60, 1, 3, 1},
-        {"a negative count is none", "mu_estimation_options\n-5\nview_history= 0\n", 1,
-         "default", "left", 60, 0, -1, 1},
-        {"a huge count is a failed add", "mu_estimation_options\n99999999999\nname= x\nend_mu\n"
-         "view_history= 0\n", 1, "default", "left", 60, 0, -1, 1},
+        {"a negative count is none", "mu_estimation_options\n-5\nview_history= 0\n", 1, "default",
+         "left", 60, 0, -1, 1},
+        {"a huge count is a failed add",
+         "mu_estimation_options\n99999999999\nname= x\nend_mu\n"
+         "view_history= 0\n",
+         1, "default", "left", 60, 0, -1, 1},
         {"no end_mu: the file's end keeps what was read",
          "mu_estimation_options\n2\nname= one\nend_mu\nname= two\nmech_freq= 30\n", 3, "two",
          "left", 30, 0, -1, 0},
         {"bad numbers read as 0 and meet the checks later",
-         "mu_estimation_options\n1\nmech_freq= fast\nend_mu\n", 2, "default", "left", 0, 0, -1,
-         0},
+         "mu_estimation_options\n1\nmech_freq= fast\nend_mu\n", 2, "default", "left", 0, 0, -1, 0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -407,8 +412,8 @@ TEST_F(MuPrefsTest, HandWrittenSectionsAreReadAsTold) {
         EXPECT_EQ(last->name, c.name);
         EXPECT_STREQ(last->wedge_side, c.wedge_side);
         EXPECT_EQ(last->mech_freq, c.mech_freq);
-        const MuFilterRecord& f = std::strstr(c.text, "midfilter") ? last->mid_record
-                                                                    : last->pre_record;
+        const MuFilterRecord& f =
+            std::strstr(c.text, "midfilter") ? last->mid_record : last->pre_record;
         EXPECT_EQ(std::strstr(c.text, "midfilter") ? last->midfilter : last->prefilter,
                   c.prefilter);
         EXPECT_EQ(f.filter_type, c.filter_type);

@@ -39,7 +39,8 @@ TEST(DemoPhantom, KnowsItsStiffness) {
 TEST_F(MuFormTest, PhantomStiffnessThroughTheLfePage) {
     CDemoPhantom ph = MakeDemoPhantom({.nz = 4, .ncomp = 1});
     const auto& s = ph.spec;
-    Real("mag", res_t(s.nx), res_t(s.ny), res_t(s.nz), 1, [&](size_t i) { return ph.magnitude[i]; });
+    Real("mag", res_t(s.nx), res_t(s.ny), res_t(s.nz), 1,
+         [&](size_t i) { return ph.magnitude[i]; });
     Real("ph", res_t(s.nx), res_t(s.ny), res_t(s.nz), res_t(s.noff),
          [&](size_t i) { return ph.phase[i]; });
     Open(CMuForm::PAGE_PARAMS, "mag", "ph", 0);

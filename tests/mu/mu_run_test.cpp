@@ -52,7 +52,8 @@ class MuRunTest : public MuFormTest {
         p->c.fov[0] = 0.2f, p->c.fov[1] = 0.16f, p->c.fov[2] = 0.04f;
         p->c.menc = 3.0f;
         p->SetPhasePreset(3);
-        while (form->ActivePage() < CMuForm::PAGE_OUTPUT) ASSERT_EQ(form->Continue(), 0) << form->status;
+        while (form->ActivePage() < CMuForm::PAGE_OUTPUT)
+            ASSERT_EQ(form->Continue(), 0) << form->status;
         form->base_name = "liver";
         form->count = 2;
     }
