@@ -148,11 +148,8 @@ bool SplitEncodings(CDataSpace& space, CZrkData* phase, std::string names[3]) {
     return true;
 }
 
-struct RunResult {
-    std::vector<std::string> outputs;  // arrays written
-};
-
-int RunInversion(const Job& job, CDataSpace& space, RunResult* result) {
+// The run of one subject; its outputs stay in `space` and are written to job.out.
+int RunInversion(const Job& job, CDataSpace& space) {
     CMuOptions options;
     bool fov_given = false;
     if (int bad = AssembleBlock(job, &options, &fov_given)) return bad;
@@ -172,11 +169,9 @@ int RunInversion(const Job& job, CDataSpace& space, RunResult* result) {
                 return Fail(error);
         }
     } else if (phase->nu == 3) {
-        res_t nt = phase->nt;
         if (!SplitEncodings(space, phase, names)) return Fail("out of memory");
         xyz = true;
         phase = space.FindData(names[0].c_str());
-        phase->nt = nt;
     }
     MuOptionBlock* block = options.Get(0);
     if (xyz) block->xyz = 1;
@@ -221,7 +216,6 @@ int RunInversion(const Job& job, CDataSpace& space, RunResult* result) {
         if (!a || !a->data) continue;
         std::string path = job.out + "/" + target->name + ".nii.gz";
         if (WriteNifti(a, geometry, path, &error)) return Fail(error);
-        result->outputs.push_back(target->name);
     }
     return 0;
 }
@@ -274,8 +268,7 @@ int Demo(Job job) {
     job.phase[0] = dir + "/demo_phase.nii.gz";
     job.out = dir;
     CDataSpace space;
-    RunResult result;
-    if (int bad = RunInversion(job, space, &result)) return bad;
+    if (int bad = RunInversion(job, space)) return bad;
     CZrkData* stiff = space.FindData("lfe_stiff01");
     if (!stiff || !stiff->data) return Fail("no stiffness map was made");
     // The last volume: the weighted sum over the encodings when there are several.
@@ -381,6 +374,5 @@ int main(int argc, char** argv) {
     if (job.demo_run) return Demo(job);
     if (job.mag.empty() || job.phase[0].empty()) return Usage("--mag and --phase are needed");
     CDataSpace space;
-    RunResult result;
-    return RunInversion(job, space, &result);
+    return RunInversion(job, space);
 }
