@@ -1,22 +1,54 @@
 // quelmor_screenshot: starts the program as a user would, types a few equations into the
 // bar, and writes a picture of the main window (under Xvfb: xvfb-run -a), and with a second
-// file name one of the about dialog.
+// file name one of the about dialog; with two more, the main window with the script manager
+// on a folder of sample scripts, and the function browser on `ft`.
 #include <QApplication>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QPixmap>
 #include <QScreen>
 #include <QTimer>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 
 #include "core/data_space.h"
+#include "core/script_space.h"
 #include "eval/qt/bar_equ.h"
+#include "eval/qt/dialog_func.h"
+#include "eval/qt/form_script.h"
+#include "eval/qt/frame_script.h"
 #include "shell/qt/about_wave.h"
 #include "shell/qt/main_frame.h"
 #include "shell/qt/zarnik_app.h"
 
+namespace {
+
+std::string ScriptFolder() {
+    return (std::filesystem::temp_directory_path() / "quelmor_screenshot_scripts").string();
+}
+
+// A folder of sample scripts, chosen in the manager as a user would browse to it.
+void ShowScripts(CMainFrame* frame) {
+    const std::string folder = ScriptFolder();
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder + "/double_it") << "script (p) { p = p * 2; }\n";
+    std::ofstream(folder + "/mask_clean") << "mask = thresh(magn, 2, 9, 0) > 0;\n";
+    std::ofstream(folder + "/stiff_range") << "stiff = clip(stiff, 0, 20);\n";
+    std::ofstream(folder + "/wave.prep") << "// phase to complex wave\nwave = cexp(ph);\n";
+    CFormScript* form = frame->Scripts()->Form();
+    form->choose_folder = [folder] { return QString::fromStdString(folder); };
+    frame->Scripts()->show();
+    frame->resizeDocks({frame->Scripts()}, {400}, Qt::Horizontal);
+    form->OnFolder(form->findChild<QComboBox*>("script_folders")->count() - 2);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::fprintf(stderr, "usage: quelmor_screenshot main.png [about.png]\n");
+        std::fprintf(
+            stderr, "usage: quelmor_screenshot main.png [about.png [scripts.png functions.png]]\n");
         return 2;
     }
     QApplication qt(argc, argv);
@@ -28,12 +60,13 @@ int main(int argc, char** argv) {
     CMainFrame* frame = app.Frame();
     frame->setGeometry(0, 0, 1180, 760);
     CBarEqu* bar = frame->EquationBar();
-    for (const char* line : {"mag = {3, 1, 4, 1, 5, 9, 2, 6}", "phase = mag * 0.25 - 1",
-                             "wave = (complex r4) phase", "mask = mag > 2"}) {
+    // Names of their own: "mag" and "phase" are functions, not names for data.
+    for (const char* line : {"magn = {3, 1, 4, 1, 5, 9, 2, 6}", "ph = magn * 0.25 - 1",
+                             "wave = (complex r4) ph", "mask = magn > 2"}) {
         bar->Edit()->setText(line);
         bar->OnEquEval();
     }
-    bar->Edit()->setText("stiff = mag * mag * 1.2");
+    bar->Edit()->setText("stiff = magn * magn * 1.2");
     CAboutWave about(frame);
     int status = 0;
     const auto finish = [&] {
@@ -48,7 +81,18 @@ int main(int argc, char** argv) {
         // A few frames on, so the picture shows the wave under way.
         QTimer::singleShot(400, [&] {
             if (!about.grab().save(argv[2])) status = 1;
-            finish();
+            about.hide();
+            if (argc < 5) return finish();
+            ShowScripts(frame);
+            QTimer::singleShot(300, [&] {
+                if (!frame->screen()->grabWindow(frame->winId()).save(argv[3])) status = 1;
+                CDialogFunc functions(frame);
+                functions.Select("ft");
+                functions.show();
+                if (!functions.grab().save(argv[4])) status = 1;
+                std::filesystem::remove_all(ScriptFolder());
+                finish();
+            });
         });
     });
     qt.exec();

@@ -2,6 +2,7 @@
 // module table together with the data space. The application holds one for its life.
 #pragma once
 
+#include "eval/script_manager.h"
 #include "mu/mu_options.h"
 #include "ops/unwrap/unwrap.h"
 #include "shell/desktop.h"
@@ -19,6 +20,7 @@ struct CShellModules {
     CMainFrameOptions main_frame;
     CDesktop desktop;
     CHistory history;
+    CScript script;
     CRename rename;
     CUnwrap unwrap;
     CMuOptions mu_options;

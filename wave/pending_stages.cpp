@@ -9,33 +9,10 @@
 namespace {
 
 // The stages still defined in this file; a stage that gets its own file leaves the list.
-constexpr const char* kPending[] = {"phase_offset_filtering",
-                                    "phase_offset_filtering_3d",
-                                    "direction_filter_2d",
-                                    "direction_filter",
-                                    "zonly_filter",
-                                    "pre_filter",
-                                    "pre_filter_3d",
-                                    "mid_filter",
-                                    "mid_filter_3d",
-                                    "interp_images",
-                                    "dirf_images",
-                                    "lfe_2d_1axis",
-                                    "lfe_2d_XYZ",
-                                    "lfe_3d_1axis",
-                                    "lfe_3d_XYZ",
-                                    "pg_2d_1axis",
-                                    "pg_2d_XYZ",
-                                    "pg_3d_1axis",
-                                    "pg_3d_XYZ",
-                                    "mf_2d",
-                                    "mf_2d_XYZ",
-                                    "mf_3d",
-                                    "mf_3d_XYZ",
-                                    "direct_2d_1axis",
-                                    "direct_2d_XYZ",
-                                    "direct_3d_1axis",
-                                    "direct_3d_XYZ"};
+constexpr const char* kPending[] = {
+    "pg_2d_1axis",     "pg_2d_XYZ",     "pg_3d_1axis",     "pg_3d_XYZ",
+    "mf_2d",           "mf_2d_XYZ",     "mf_3d",           "mf_3d_XYZ",
+    "direct_2d_1axis", "direct_2d_XYZ", "direct_3d_1axis", "direct_3d_XYZ"};
 
 int unavailable(const char* name) {
     std::string text = wave_fmt("%s: not available in this build.\n", name);
@@ -49,39 +26,6 @@ bool wave_stage_available(const char* name) {
     for (const char* pending : kPending)
         if (std::strcmp(pending, name) == 0) return false;
     return true;
-}
-
-int phase_offset_filtering(float*, int, int, int, int) {
-    return unavailable("phase_offset_filtering");
-}
-int phase_offset_filtering_3d(float*, int, int, int, int, int) {
-    return unavailable("phase_offset_filtering_3d");
-}
-int direction_filter_2d(float*, wave_params*, int) { return unavailable("direction_filter_2d"); }
-int direction_filter(float*, wave_params*, int) { return unavailable("direction_filter"); }
-int zonly_filter(float*, wave_params*) { return unavailable("zonly_filter"); }
-int pre_filter(float*, uint8_t*, wave_params*, filter_spec*) { return unavailable("pre_filter"); }
-int pre_filter_3d(float*, uint8_t*, wave_params*, filter_spec*) {
-    return unavailable("pre_filter_3d");
-}
-int mid_filter(float*, uint8_t*, wave_params*, filter_spec*) { return unavailable("mid_filter"); }
-int mid_filter_3d(float*, uint8_t*, wave_params*, filter_spec*) {
-    return unavailable("mid_filter_3d");
-}
-int interp_images(float*, uint8_t*, wave_params*, int, int) { return unavailable("interp_images"); }
-int dirf_images(float*, uint8_t*, wave_params*, int, int) { return unavailable("dirf_images"); }
-
-int lfe_2d_1axis(wave_params*, float*, uint8_t*, uint8_t*, int, float**) {
-    return unavailable("lfe_2d_1axis");
-}
-int lfe_2d_XYZ(wave_params*, float*, uint8_t*, float*, uint8_t*, float**) {
-    return unavailable("lfe_2d_XYZ");
-}
-int lfe_3d_1axis(wave_params*, float*, uint8_t*, uint8_t*, int, float**) {
-    return unavailable("lfe_3d_1axis");
-}
-int lfe_3d_XYZ(wave_params*, float*, uint8_t*, float*, uint8_t*, float**) {
-    return unavailable("lfe_3d_XYZ");
 }
 
 int pg_2d_1axis(wave_params*, float*, uint8_t*, uint8_t*, float**) {

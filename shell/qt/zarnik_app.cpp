@@ -4,6 +4,7 @@
 
 #include "core/data_space.h"
 #include "core/host.h"
+#include "core/script_space.h"
 #include "core/window_space.h"
 #include "ops/function_rows.h"
 #include "shell/crash_hooks.h"
@@ -30,6 +31,8 @@ bool CZarnikApp::InitInstance(const CStartOptions& start) {
     modules_.Register(table_, space_);
     preferences_ = start.preferences.empty() ? paths_.preferences : start.preferences;
     ReadOptions();
+    // Scripts are callable from the first equation on.
+    modules_.script.StartFolder(GlobalScriptSpace(), paths_.script);
 
     frame_ = std::make_unique<CMainFrame>(space_, modules_);
     frame_->SetOnExit([this] { WriteOptions(); });
