@@ -25,6 +25,7 @@ raw         tests/files/scanner/fuzz_raw_file          tests/corpus/scanner/raw
 image       tests/files/scanner/fuzz_image_file        tests/corpus/scanner/image
 pulsegen    tests/files/scanner/fuzz_pulsegen_file     tests/corpus/scanner/pulsegen
 plotpulse   tests/files/scanner/fuzz_plotpulse_file    tests/corpus/scanner/plotpulse
+mu          tests/mu/fuzz_mu_options                   $ROOT/tests/mu/corpus
 "
 
 programs=$(echo "$TARGETS" | awk 'NF { n = split($2, p, "/"); print p[n] }')

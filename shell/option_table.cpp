@@ -42,5 +42,6 @@ int COptionTable::WriteOptions(const std::string& path) const {
     if (!file) return 1;
     for (const PrintfFn& printf_options : printf_)
         if (printf_options) printf_options(file);
+    if (mu_estimation_writer_) mu_estimation_writer_(file);
     return std::fclose(file) == 0 ? 0 : 1;
 }

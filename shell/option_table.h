@@ -56,6 +56,8 @@ class COptionTable {
     bool Has(OptionModule slot) const { return static_cast<bool>(scanf_[slot]); }
     // The reader of the hand-written section that follows "mu_estimation_options".
     void SetMuEstimationReader(SectionFn reader) { mu_estimation_options_ = std::move(reader); }
+    // Its writer, run after every slot: a damaged section then swallows no other module's keys.
+    void SetMuEstimationWriter(PrintfFn writer) { mu_estimation_writer_ = std::move(writer); }
 
     // Reads as far as the file goes; a missing file, a malformed value or a truncated last
     // line ends the read quietly, keeping what was set. Returns the number of keys taken.
@@ -70,4 +72,5 @@ class COptionTable {
     PrintfFn printf_[OPT_MODULE_COUNT];
     ScanfFn scanf_[OPT_MODULE_COUNT];
     SectionFn mu_estimation_options_;
+    PrintfFn mu_estimation_writer_;
 };

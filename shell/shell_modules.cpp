@@ -31,4 +31,6 @@ void CShellModules::Register(COptionTable& table, CDataSpace& space) {
     table.Set(
         OPT_DATA_SPACE, [&space](FILE* f) { space.PrintfOptions(f); },
         [&space](CKeyReader& r) { return space.ScanfOptions(r); });
+    table.SetMuEstimationReader([this](CKeyReader& r) { mu_options.ScanfOptions(r); });
+    table.SetMuEstimationWriter([this](FILE* f) { mu_options.PrintfOptions(f); });
 }

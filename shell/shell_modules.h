@@ -4,6 +4,7 @@
 
 #include "eval/script_manager.h"
 #include "files/file_options.h"
+#include "mu/mu_options.h"
 #include "ops/unwrap/unwrap.h"
 #include "shell/desktop.h"
 #include "shell/history.h"
@@ -25,4 +26,5 @@ struct CShellModules {
     CUnwrap unwrap;
     COpenOptions open;
     CSaveOptions save;
+    CMuOptions mu_options;
 };

@@ -85,7 +85,8 @@ bool condition_component(wave_params* p, const Shape& s, float* mag, uint8_t* ma
     if (p->ldc_flag) local_dc_removal(p, images, mask, pass, npasses);
 
     if (p->magmask_out) {
-        if (float* filled = fill_outside_with_mean(mag, mask, s.nx, int(npix / s.nx))) {
+        float* filled = nullptr;
+        if (fill_outside_with_mean(mag, mask, s.nx, int(npix / s.nx), &filled)) {
             float* temp = nullptr;
             store_image(filled, p, 0, &temp, p->magmask_out, pass, npasses);
             mem_free(&temp, 0);

@@ -103,7 +103,8 @@ void global_dc_removal(float* stack, const uint8_t* mask, int npix, int nimages)
     }
 }
 
-float* fill_outside_with_mean(const float* image, const uint8_t* mask, int nx, int ny) {
+float* fill_outside_with_mean(const float* image, const uint8_t* mask, int nx, int ny,
+                              float** holder) {
     size_t n = size_t(nx) * ny;
     double sum = 0.0;
     size_t count = 0;
@@ -111,8 +112,7 @@ float* fill_outside_with_mean(const float* image, const uint8_t* mask, int nx, i
         if (mask[i]) sum += image[i], ++count;
     if (!count) return nullptr;
     float mean = float(sum / double(count));
-    float* out = nullptr;
-    mem_allocate(&out, sizeof(float), uint32_t(n), 0);
+    float* out = mem_allocate(holder, sizeof(float), uint32_t(n), 0);
     for (size_t i = 0; i < n; ++i) out[i] = mask[i] ? image[i] : mean;
     return out;
 }
@@ -150,7 +150,8 @@ int harmonic_outputs(wave_params* p, float* pair, float* phase_out, float* amp2_
     int plane = p->nx * p->ny;
     int n = plane * nz;
     int level = mem_next_level();
-    float *amp = nullptr, *phase = phase_out, *temp = nullptr;
+    // Every table block's holder lives to the mem_free_level below.
+    float *amp = nullptr, *phase = phase_out, *temp = nullptr, *disp = nullptr;
     mem_allocate(&amp, sizeof(float), n, 0);
     if (!phase) mem_allocate(&phase, sizeof(float), n, 0);
     magnitude_phase(pair, amp, phase, n);
@@ -159,7 +160,6 @@ int harmonic_outputs(wave_params* p, float* pair, float* phase_out, float* amp2_
     if (p->smooth_mask)
         for (int z = 0; z < nz; ++z) mask_smooth_9x9(mask + size_t(z) * plane, p->nx, p->ny);
     if (p->amplitude_out) {
-        float* disp = nullptr;
         mem_allocate(&disp, sizeof(float), n, 0);
         float a = float(displacement_scale(p));
         for (int i = 0; i < n; ++i) disp[i] = amp[i] * a;

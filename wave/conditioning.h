@@ -17,9 +17,10 @@ int local_dc_removal(wave_params* p, float* stack, uint8_t* mask, int pass, int 
 int mean_x2_filter(wave_params* p, float* stack, uint8_t* mask, int pass, int npasses);
 // Per image: the masked mean is subtracted inside the mask; outside becomes 0.
 void global_dc_removal(float* stack, const uint8_t* mask, int npix, int nimages);
-// A table-owned copy of `image` whose unmasked pixels hold the masked mean; null when the
-// mask is empty.
-float* fill_outside_with_mean(const float* image, const uint8_t* mask, int nx, int ny);
+// A table-owned copy of `image` in *holder (which must outlive the block) whose unmasked
+// pixels hold the masked mean; null when the mask is empty.
+float* fill_outside_with_mean(const float* image, const uint8_t* mask, int nx, int ny,
+                              float** holder);
 // Displacement in microns per unit of phase amplitude, from the encoding parameters.
 double displacement_scale(const wave_params* p);
 // Amplitude and phase of the planar pair, amplitude thresholding of the mask, displacement

@@ -192,9 +192,10 @@ TEST(Conditioning, LocalMeanGlobalDcAndFill) {
     float stack[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
     global_dc_removal(stack, none, 9, 1);
     for (float v : stack) EXPECT_EQ(v, 0.0f);
-    EXPECT_EQ(fill_outside_with_mean(in, none, 3, 3), nullptr);
+    float* filled = nullptr;
+    EXPECT_EQ(fill_outside_with_mean(in, none, 3, 3, &filled), nullptr);
     uint8_t two[9] = {1, 0, 0, 0, 0, 0, 0, 0, 1};
-    float* filled = fill_outside_with_mean(in, two, 3, 3);
+    fill_outside_with_mean(in, two, 3, 3, &filled);
     EXPECT_FLOAT_EQ(filled[4], 5.0f);
     EXPECT_FLOAT_EQ(filled[8], 9.0f);
     mem_free_all(0);
