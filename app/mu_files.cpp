@@ -12,6 +12,10 @@
 #include "core/data_space.h"
 #include "core/window_space.h"
 #include "core/zrk_data.h"
+#include "files/file_kinds.h"
+#include "files/guess_code.h"
+#include "files/load_model.h"
+#include "files/open_model.h"
 #include "files/zrk_file.h"
 
 namespace {
@@ -115,6 +119,29 @@ CZrkData* ReadNifti(CDataSpace& space, const std::string& path, const char* name
     return a;
 }
 
+// `from` copied into `space` under `name` as floats (complex stays complex), with its steps.
+CZrkData* TakeAsFloat(CDataSpace& space, const CZrkData* from, const char* name, MuGeometry* g,
+                      std::string* error) {
+    space.DelData(name);
+    CZrkData* a = space.NewData(from->IsComplex() ? TYPE_CR4 : TYPE_R4, from->nx, from->ny,
+                                from->nz, from->nt, from->nu, from->nv, name);
+    if (!a || !a->data) {
+        *error = "out of memory";
+        return nullptr;
+    }
+    CDataCursor<float> in(from);
+    if (from->IsComplex())
+        in.GetIQBlock(static_cast<float*>(a->data), 0, from->Count());
+    else
+        in.GetIBlock(static_cast<float*>(a->data), 0, from->Count());
+    a->CopyMm(*from);
+    if (g) {
+        *g = MuGeometry();
+        for (int d = 0; d < 3; ++d) g->spacing[d] = from->mm[d];
+    }
+    return a;
+}
+
 CZrkData* ReadWorkspace(CDataSpace& space, const std::string& path, const char* name, MuGeometry* g,
                         std::string* error) {
     std::string file = path, wanted;
@@ -136,24 +163,26 @@ CZrkData* ReadWorkspace(CDataSpace& space, const std::string& path, const char* 
         *error = "no such array in " + file + (wanted.empty() ? "" : ": " + wanted);
         return nullptr;
     }
-    space.DelData(name);
-    CZrkData* a = space.NewData(from->IsComplex() ? TYPE_CR4 : TYPE_R4, from->nx, from->ny,
-                                from->nz, from->nt, from->nu, from->nv, name);
-    if (!a || !a->data) {
-        *error = "out of memory";
+    return TakeAsFloat(space, from, name, g, error);
+}
+
+// Any other kind the open dialog reads (DICOM, MAT, scanner files...): its first array, with
+// its steps as the spacing and no orientation.
+CZrkData* ReadOtherFile(CDataSpace& space, const std::string& path, const char* name, MuGeometry* g,
+                        std::string* error) {
+    InstallFileKinds();
+    COpenOptions options;
+    options.filetype = GuessOpenCode(path);
+    CDataSpace read;
+    std::string folder;
+    COpenModel open(options, read, folder);
+    open.run_load = [](CLoadModel& load) { load.LoadAllIndividually(); };
+    open.Ok({path});
+    if (open.status != "read success" || read.Count() == 0) {
+        *error = path + ": " + open.status;
         return nullptr;
     }
-    CDataCursor<float> in(from);
-    if (from->IsComplex())
-        in.GetIQBlock(static_cast<float*>(a->data), 0, from->Count());
-    else
-        in.GetIBlock(static_cast<float*>(a->data), 0, from->Count());
-    a->CopyMm(*from);
-    if (g) {
-        *g = MuGeometry();
-        for (int d = 0; d < 3; ++d) g->spacing[d] = from->mm[d];
-    }
-    return a;
+    return TakeAsFloat(space, read.GetData(0), name, g, error);
 }
 
 }  // namespace
@@ -164,8 +193,7 @@ CZrkData* ReadInputArray(CDataSpace& space, const std::string& path, const char*
         return ReadNifti(space, path, name, geometry, error);
     if (EndsWith(path, ".zrk") || path.find(".zrk:") != std::string::npos)
         return ReadWorkspace(space, path, name, geometry, error);
-    *error = "unknown file type: " + path;
-    return nullptr;
+    return ReadOtherFile(space, path, name, geometry, error);
 }
 
 int WriteNifti(const CZrkData* a, const MuGeometry& g, const std::string& path,

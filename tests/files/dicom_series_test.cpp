@@ -35,16 +35,17 @@ TEST_F(DicomSeries, FilesAreNamedByExamSeriesAndImageAndStackInPathOrder) {
     peer::Peer p;
     std::string list;
     for (const std::string& path : paths) list += "'" + path + "',";
-    ASSERT_TRUE(p.RunText("import pydicom\n"
-                          "ds = [pydicom.dcmread(f) for f in [" +
-                          list +
-                          "]]\n"
-                          "peer.save(FOLDER, 'stack', np.stack([d.pixel_array for d in ds]).T)\n"
-                          "for k, d in enumerate(ds):\n"
-                          "    peer.save(FOLDER, 'e%ds%03di%03d' % (int(d.StudyID), "
-                          "int(d.SeriesNumber), int(d.InstanceNumber)), d.pixel_array.T)\n"
-                          "print(' '.join('e%ds%03di%03d' % (int(d.StudyID), "
-                          "int(d.SeriesNumber), int(d.InstanceNumber)) for d in ds))\n"));
+    ASSERT_TRUE(
+        p.RunText("import pydicom\n"
+                  "ds = [pydicom.dcmread(f) for f in [" +
+                  list +
+                  "]]\n"
+                  "peer.save(FOLDER, 'stack', np.stack([d.pixel_array for d in ds]).T)\n"
+                  "for k, d in enumerate(ds):\n"
+                  "    peer.save(FOLDER, 'e%ds%03di%03d' % (int(d.StudyID), "
+                  "int(d.SeriesNumber), int(d.InstanceNumber)), d.pixel_array.T)\n"
+                  "print(' '.join('e%ds%03di%03d' % (int(d.StudyID), "
+                  "int(d.SeriesNumber), int(d.InstanceNumber)) for d in ds))\n"));
     const std::string want_names = p.Output().substr(0, p.Output().find('\n'));
 
     // one by one, rule 2: each file under its numbers

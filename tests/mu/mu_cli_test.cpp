@@ -108,6 +108,28 @@ TEST_F(MuCliTest, WritesTheInProcessSamplesWithTheInputGeometry) {
     }
 }
 
+// Any file the open dialog reads serves as input: the same data as MAT files, with the field
+// of view given, give the same samples as the NIfTI files.
+TEST_F(MuCliTest, ReadsTheKindsTheOpenDialogReads) {
+    ASSERT_TRUE(
+        p.RunText("import scipy.io\n"
+                  "scipy.io.savemat(FOLDER + '/mag.mat', {'mag': peer.load(FOLDER, 'mag')})\n"
+                  "scipy.io.savemat(FOLDER + '/r1.mat', {'r1': peer.load(FOLDER, 'r1')})\n"));
+    Ran nifti = RunMu(common + " --out " + (dir / "from_nifti").string(), dir);
+    ASSERT_EQ(nifti.status, 0) << nifti.err;
+    const std::string mat = "--mag " + (dir / "mag.mat").string() + " --phase " +
+                            (dir / "r1.mat").string() + common.substr(common.find(" --lfe")) +
+                            " --fov=0.05,0.04,0.02";
+    Ran r = RunMu(mat + " --out " + (dir / "from_mat").string(), dir);
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_TRUE(
+        p.RunText("import nibabel as nib\n"
+                  "for n in ('r1i102', 'amp_02', 'mag_02'):\n"
+                  "    a = np.asarray(nib.load(f'{FOLDER}/from_nifti/{n}.nii.gz').dataobj)\n"
+                  "    b = np.asarray(nib.load(f'{FOLDER}/from_mat/{n}.nii.gz').dataobj)\n"
+                  "    assert a.shape == b.shape and np.array_equal(a, b), n\n"));
+}
+
 TEST_F(MuCliTest, RefusesBadInputWithoutPartialFiles) {
     fs::path out = dir / "bad";
     struct Case {
@@ -120,7 +142,7 @@ TEST_F(MuCliTest, RefusesBadInputWithoutPartialFiles) {
         {"--mag " + (dir / "missing.nii.gz").string() + " --phase x.nii.gz", 1,
          "cannot read NIfTI file"},
         {"--mag " + (dir / "mag.nii.gz").string() + " --phase " + (dir / "stdout.txt").string(), 1,
-         "unknown file type"},
+         "resolutions don't make sense"},
         {common + " --mech_freq=0", 1, "mechanical frequency must be above 0"},
         {common + " --fov=0.2,0,0.1", 1, "field of view must be above 0"},
         {common + " --prefs " + (dir / "none.txt").string(), 1, "cannot read preferences"},
