@@ -113,3 +113,8 @@ void CMuDriver::status_clear() {
     status_.clear();
     Host().Status(status_);
 }
+
+const char* MuOutputName(wave_output output) {
+    const auto* t = static_cast<const MuOutputTarget*>(output);
+    return t && t->Active() ? t->name.c_str() : "unnamed";
+}

@@ -11,8 +11,12 @@
 
 #include "mu/mu_target.h"
 #include "wave/driver.h"
+#include "wave/snr.h"
 
 class CDataSpace;
+
+// The name of an output handle (a MuOutputTarget); "unnamed" for none.
+const char* MuOutputName(wave_output output);
 
 class CMuDriver : public wave_driver {
   public:
@@ -23,13 +27,20 @@ class CMuDriver : public wave_driver {
     // The engine's driver for the life of a scope; the previous one comes back after it.
     class Installed {
       public:
-        explicit Installed(wave_driver& driver) : previous_(set_wave_driver(&driver)) {}
-        ~Installed() { set_wave_driver(previous_); }
+        // The SNR stage names its outputs through the targets too.
+        explicit Installed(wave_driver& driver)
+            : previous_(set_wave_driver(&driver)),
+              previous_namer_(set_snr_output_namer(MuOutputName)) {}
+        ~Installed() {
+            set_snr_output_namer(previous_namer_);
+            set_wave_driver(previous_);
+        }
         Installed(const Installed&) = delete;
         Installed& operator=(const Installed&) = delete;
 
       private:
         wave_driver* previous_;
+        wave_output_namer previous_namer_;
     };
 
     // The display of a look target, at its first store; headless there is none.
