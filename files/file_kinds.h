@@ -27,8 +27,7 @@ struct CFileReader {
     int (*header)(const COpenOptions& options, FileEntry& entry) = nullptr;
     int (*load)(const COpenOptions& options, FileEntry& entry,
                 CZrkData* const targets[3]) = nullptr;
-    int (*load_space)(const COpenOptions& options, FileEntry& entry,
-                      CDataSpace& space) = nullptr;
+    int (*load_space)(const COpenOptions& options, FileEntry& entry, CDataSpace& space) = nullptr;
 };
 
 // What one save writes: the arrays (one, or all selected for MAT), or a display for the

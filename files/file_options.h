@@ -9,9 +9,9 @@
 class CKeyReader;
 
 struct COpenOptions {
-    std::string res4d[4];   // x y z t resolutions, as typed
-    std::string skip4d[4];  // byte skips, as typed
-    std::string offset;     // header bytes, as typed
+    std::string res4d[4];          // x y z t resolutions, as typed
+    std::string skip4d[4];         // byte skips, as typed
+    std::string offset;            // header bytes, as typed
     int baselines[3] = {1, 0, 0};  // ignore, add, subtract
     int swap = 0;
     int swapxy = 0;
@@ -22,7 +22,7 @@ struct COpenOptions {
     int dicom_scale = 0;
     int stay = 0;
     std::string data_format;
-    int name_is_file = 1;  // naming rule 1 to 4
+    int name_is_file = 1;        // naming rule 1 to 4
     int display[3] = {0, 0, 0};  // none, 1d, 2d
     int report = 0;
 

@@ -15,11 +15,11 @@
 
 #include "core/data_space.h"
 #include "core/host.h"
+#include "core/number_format.h"
 #include "core/window_space.h"
 #include "display/display_update.h"
 #include "eval/qt/bar_equ.h"
 #include "files/zrk_file.h"
-#include "shell/number_format.h"
 #include "shell/qt/form_alloc.h"
 #include "shell/qt/form_desktop.h"
 #include "shell/qt/form_history.h"
