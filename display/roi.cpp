@@ -81,8 +81,7 @@ const CZrkData* BuildMask(int kind, const CZrkData* a) {
     return GetRoiMask(kind, a->nx, a->ny);
 }
 
-bool CRoi::Get2dRoiRange(int kind, res_t nx, res_t ny, res_t* x0, res_t* y0, res_t* x1,
-                         res_t* y1) {
+bool CRoi::Get2dRoiRange(int kind, res_t nx, res_t ny, res_t* x0, res_t* y0, res_t* x1, res_t* y1) {
     if (nx == 0 || ny == 0) return false;
     if (!HasRoi(kind)) return false;
     const auto* m = static_cast<const unsigned char*>(GetRoiMask(kind, nx, ny)->data);
@@ -144,9 +143,8 @@ int CRoi::Edit1d(CZrkData* a, uint64_t plane, bool all, bool keep) {
 }
 
 int CRoi::Edit2d(CZrkData* a, uint64_t plane, int kind, bool all, bool keep, bool zero) {
-    const std::string where = Trace(zero ? (keep ? "OnZeroOutside" : "OnZeroInside")
-                                         : (keep ? "Keep2dRoi" : "Fill2dRoi"),
-                                    all);
+    const std::string where = Trace(
+        zero ? (keep ? "OnZeroOutside" : "OnZeroInside") : (keep ? "Keep2dRoi" : "Fill2dRoi"), all);
     return Reported({.lines = {CaughtLine(where.c_str())}, .to = REPORT_STATUS}, 0, [&] {
         RequireData(a);
         CDataSpace temp;
@@ -206,4 +204,19 @@ void CRoi::OrIntoComposite(const CZrkData* mask) {
     auto* c = static_cast<unsigned char*>(composite_.data);
     const auto* m = static_cast<const unsigned char*>(mask->data);
     for (uint64_t k = 0; k < composite_.CountXY(); ++k) c[k] |= m[k];
+}
+
+void CRoi::SaveComposite() {
+    saved_nx_ = composite_.data ? composite_.nx : 0;
+    saved_ny_ = composite_.data ? composite_.ny : 0;
+    const auto* c = static_cast<const uint8_t*>(composite_.data);
+    saved_.assign(c, c + saved_nx_ * saved_ny_);
+}
+
+void CRoi::RestoreComposite() {
+    composite_.FreeData();
+    if (saved_nx_ == 0) return;
+    composite_.SetHeader(TYPE_N1, saved_nx_, saved_ny_, 1, 1, 1, 1);
+    if (!composite_.Allocate()) return;
+    std::memcpy(composite_.data, saved_.data(), saved_.size());
 }

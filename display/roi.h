@@ -15,6 +15,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "core/zrk_data.h"
 
@@ -62,7 +63,9 @@ class CRoi {
     // OrIntoComposite widens it by `mask` (n1, any size: a new size starts it afresh).
     const CZrkData& Composite() const { return composite_; }
     void OrIntoComposite(const CZrkData* mask);
-    void ClearComposite() { composite_.FreeData(); }
+    // One level of undo for the composite: an add saves it, "undo add" puts it back.
+    void SaveComposite();
+    void RestoreComposite();
 
   private:
     int Edit1d(CZrkData* a, uint64_t plane, bool all, bool keep);
@@ -71,6 +74,8 @@ class CRoi {
     void Replace(CZrkData* a, CZrkData* result, const char* what);
 
     CZrkData composite_;
+    std::vector<uint8_t> saved_;  // the composite before the last add
+    res_t saved_nx_ = 0, saved_ny_ = 0;
     std::string last_;  // name of the array the last edit changed
 };
 

@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <string>
 
-#include "core/data_space.h"
 #include "core/data_cursor.h"
+#include "core/data_space.h"
 #include "core/host.h"
 #include "core/number_format.h"
 #include "display/roi_mask.h"
@@ -124,8 +124,8 @@ int CalcRoiX(const CZrkData* a, uint64_t line, int iqmp) {
     res_t x0, x1;
     if (!Usable(a) || !XRange(a, &x0, &x1)) return 0;
     const MinMax m = LineMinMax(a, line, x0, x1, iqmp);
-    Host().History(Line("[][]%s %s, %s, %" PRIu64 "\r\n", a->name, F(m.min).c_str(),
-                        F(m.max).c_str(), m.n));
+    Host().History(
+        Line("[][]%s %s, %s, %" PRIu64 "\r\n", a->name, F(m.min).c_str(), F(m.max).c_str(), m.n));
     Host().Status(Line(" min=%s; max=%s; n=%" PRIu64, F(m.min).c_str(), F(m.max).c_str(), m.n));
     return 1;
 }
@@ -137,8 +137,7 @@ int CalcRoiXAll(const CZrkData* a, int iqmp) {
     MinMax m;
     for (uint64_t k = 0; k < lines; ++k) {
         m = LineMinMax(a, k, x0, x1, iqmp);
-        Host().History(
-            Line("%s, %s, %" PRIu64 "\r\n", F(m.min).c_str(), F(m.max).c_str(), m.n));
+        Host().History(Line("%s, %s, %" PRIu64 "\r\n", F(m.min).c_str(), F(m.max).c_str(), m.n));
     }
     Host().Status(Line("min=%s; max=%s; n=%" PRIu64, F(m.min).c_str(), F(m.max).c_str(), m.n));
     return 1;

@@ -164,12 +164,12 @@ TEST_F(RoiStatsTest, AllFormsLineByLine) {
     peer::Peer p;
     p.Put("a", a);
     p.Put("m", GlobalDataSpace().FindData("roi_mask"));
-    ASSERT_TRUE(p.RunText(
-        "a = peer.load(FOLDER, 'a').reshape(16, 12, 6, order='F').astype(float)\n"
-        "m = peer.load(FOLDER, 'm').reshape(16, 12) != 0\n"
-        "for k in range(6):\n"
-        "    v = a[:, :, k][m]\n"
-        "    print(v.mean(), v.std(), m.sum())\n"));
+    ASSERT_TRUE(
+        p.RunText("a = peer.load(FOLDER, 'a').reshape(16, 12, 6, order='F').astype(float)\n"
+                  "m = peer.load(FOLDER, 'm').reshape(16, 12) != 0\n"
+                  "for k in range(6):\n"
+                  "    v = a[:, :, k][m]\n"
+                  "    print(v.mean(), v.std(), m.sum())\n"));
     std::istringstream out(p.Output());
     for (size_t k = 0; k < 6; ++k) {
         double mean, sd, count;

@@ -39,9 +39,7 @@ class RoiTest : public ::testing::Test {
         return std::string(static_cast<const char*>(d->data), d->Bytes());
     }
     int16_t At(uint64_t k) const { return static_cast<const int16_t*>(a->data)[k]; }
-    int16_t Before(uint64_t k) const {
-        return reinterpret_cast<const int16_t*>(before.data())[k];
-    }
+    int16_t Before(uint64_t k) const { return reinterpret_cast<const int16_t*>(before.data())[k]; }
     std::vector<uint8_t> Mask() const {
         const CZrkData* m = GlobalDataSpace().FindData("roi_mask");
         const auto* p = static_cast<const uint8_t*>(m->data);
@@ -148,7 +146,8 @@ TEST_F(RoiTest, CropCutsTheMasksBoundingBox) {
     for (res_t z = 0; z < 3; ++z)
         for (res_t y = 0; y < a->ny; ++y)
             for (res_t x = 0; x < a->nx; ++x)
-                EXPECT_EQ(At((z * a->ny + y) * a->nx + x), Before(z * 108 + (y + ly) * 12 + x + lx));
+                EXPECT_EQ(At((z * a->ny + y) * a->nx + x),
+                          Before(z * 108 + (y + ly) * 12 + x + lx));
     ExpectUndoRestores(roi);
 
     // An empty region, a missing one and a missing mask change nothing.
