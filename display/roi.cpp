@@ -102,7 +102,7 @@ bool CRoi::Get2dRoiRange(int kind, res_t nx, res_t ny, res_t* x0, res_t* y0, res
 void CRoi::Replace(CZrkData* a, CZrkData* result, const char* what) {
     a->NewUndo(what, result);
     a->changed = 1;
-    last_ = a->name;
+    last_ = a;
     Host().RefreshDisplays();
 }
 
@@ -180,12 +180,11 @@ int CRoi::OnPaste(CZrkData* a, uint64_t plane, int kind, const std::string& payl
     });
 }
 
-int CRoi::Undo() {
-    CZrkData* a = last_.empty() ? nullptr : GlobalDataSpace().FindData(last_.c_str());
-    if (!a || !a->HasUndo()) return 0;
+int CRoi::Undo(CZrkData* a) {
+    if (!a || a != last_ || !a->HasUndo()) return 0;
     a->Undo();
     a->changed = 1;
-    last_.clear();
+    last_ = nullptr;
     Host().RefreshDisplays();
     return 1;
 }

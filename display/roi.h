@@ -10,7 +10,7 @@
 //
 //   CRoi& roi = TheRoi();
 //   roi.Fill2dRoi(image, page, ROI_RECT);   // roi_fill inside the rectangle of this plane
-//   roi.Undo();                             // the plane as it was
+//   roi.Undo(image);                        // the plane as it was
 #pragma once
 
 #include <cstdint>
@@ -56,8 +56,9 @@ class CRoi {
     // Where the mask is set, the samples of a clipboard payload (display/binary_copy.h) of
     // the image's x and y size replace those of the plane.
     int OnPaste(CZrkData* a, uint64_t plane, int kind, const std::string& payload);
-    // Restores the array the last edit saved; 0 when there is none.
-    int Undo();
+    // Restores `a` when the last edit was on it; 0 otherwise. The array is only compared,
+    // never reached, through what is remembered: it may have gone since.
+    int Undo(CZrkData* a);
 
     // The union of the added regions, at the size of the last image; empty before any add.
     // OrIntoComposite widens it by `mask` (n1, any size: a new size starts it afresh).
@@ -76,7 +77,7 @@ class CRoi {
     CZrkData composite_;
     std::vector<uint8_t> saved_;  // the composite before the last add
     res_t saved_nx_ = 0, saved_ny_ = 0;
-    std::string last_;  // name of the array the last edit changed
+    const CZrkData* last_ = nullptr;  // the array the last edit changed
 };
 
 // The application's one region object.

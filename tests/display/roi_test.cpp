@@ -60,7 +60,7 @@ class RoiTest : public ::testing::Test {
         EXPECT_GT(changed, 0);
     }
     void ExpectUndoRestores(CRoi& roi) {
-        ASSERT_EQ(roi.Undo(), 1);
+        ASSERT_EQ(roi.Undo(a), 1);
         EXPECT_EQ(a->nx, 12u);
         EXPECT_EQ(a->ny, 9u);
         EXPECT_EQ(Bytes(a), before);
@@ -96,7 +96,7 @@ TEST_F(RoiTest, FillKeepAndZeroFollowTheMask) {
     ExpectSet(2, false, 0);
     ExpectUndoRestores(roi);
     // Nothing more to undo.
-    EXPECT_EQ(roi.Undo(), 0);
+    EXPECT_EQ(roi.Undo(a), 0);
     EXPECT_EQ(Bytes(a), before);
 }
 
