@@ -2,7 +2,8 @@
 // bar, and writes a picture of the main window (under Xvfb: xvfb-run -a), with a second file
 // name one of the about dialog, and with a third one of a wave made by equations in a 2d
 // display in "jet", the window/level panel showing its colour bar and a read-out in the
-// status line.
+// status line, and with a fourth one of an ellipse drawn on that display with its statistics
+// in the history and the status line.
 #include <QApplication>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -50,11 +51,28 @@ void ShowWave(CZarnikApp& app, CBarEqu* bar) {
     QApplication::sendEvent(view, &move);
 }
 
+// An ellipse dragged on the wave's display, and its statistics.
+void ShowRoi(CZarnikApp& app) {
+    CNew2d& n = app.DisplayModules().new_2d;
+    if (n.opened.empty()) return;
+    auto* view = qobject_cast<CView2d*>(static_cast<CMdiDoc*>(n.opened[0])->Frame()->View());
+    view->SetCursorMode(CRoiEdit::MODE_ELLIPSE);
+    const auto send = [view](QEvent::Type type, QPointF at, Qt::MouseButton button,
+                             Qt::MouseButtons held) {
+        QMouseEvent e(type, at, view->mapToGlobal(at), button, held, {});
+        QApplication::sendEvent(view, &e);
+    };
+    send(QEvent::MouseButtonPress, {90, 70}, Qt::LeftButton, Qt::LeftButton);
+    send(QEvent::MouseMove, {230, 190}, Qt::NoButton, Qt::LeftButton);
+    send(QEvent::MouseButtonRelease, {230, 190}, Qt::LeftButton, Qt::NoButton);
+    view->CalcRoi();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::fprintf(stderr, "usage: quelmor_screenshot main.png [about.png [image.png]]\n");
+        std::fprintf(stderr, "usage: quelmor_screenshot main.png [about.png [image.png [roi.png]]]\n");
         return 2;
     }
     QApplication qt(argc, argv);
@@ -93,7 +111,13 @@ int main(int argc, char** argv) {
             QTimer::singleShot(400, [&] {
                 const QPixmap image = frame->screen()->grabWindow(frame->winId());
                 if (!image.save(argv[3])) status = 1;
-                finish();
+                if (argc < 5) return finish();
+                ShowRoi(app);
+                QTimer::singleShot(300, [&] {
+                    const QPixmap roi = frame->screen()->grabWindow(frame->winId());
+                    if (!roi.save(argv[4])) status = 1;
+                    finish();
+                });
             });
         });
     });
