@@ -72,7 +72,8 @@ void ShowRoi(CZarnikApp& app) {
 
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::fprintf(stderr, "usage: quelmor_screenshot main.png [about.png [image.png [roi.png]]]\n");
+        std::fprintf(stderr,
+                     "usage: quelmor_screenshot main.png [about.png [image.png [roi.png]]]\n");
         return 2;
     }
     QApplication qt(argc, argv);

@@ -1,8 +1,8 @@
 // The region side of CView2d: drawing regions with the mouse, painting them, and the region
 // entries, each a call into the toolkit-free CRoi, CRoiEdit and the statistics.
+#include <QAction>
 #include <QApplication>
 #include <QClipboard>
-#include <QAction>
 #include <QColorDialog>
 #include <QMenu>
 #include <QMimeData>
@@ -31,14 +31,17 @@ QColor RoiColor(int c) { return QColor(c & 0xff, (c >> 8) & 0xff, (c >> 16) & 0x
 
 QPointF CView2d::DataPoint(QPoint p) const {
     const CPlane& z = ZoomPlane();
-    return {(p.x() + z.pan[0]) * 100.0 / z.zoom[0] - 0.5, (p.y() + z.pan[1]) * 100.0 / z.zoom[1] - 0.5};
+    return {(p.x() + z.pan[0]) * 100.0 / z.zoom[0] - 0.5,
+            (p.y() + z.pan[1]) * 100.0 / z.zoom[1] - 0.5};
 }
 
 uint64_t CView2d::CurrentPlane() const {
     const CZrkData* a = Data(0);
     if (!a) return 0;
-    const uint64_t z = std::min<uint64_t>(page[0], a->nz - 1), t = std::min<uint64_t>(page[1], a->nt - 1),
-                   u = std::min<uint64_t>(page[2], a->nu - 1), v = std::min<uint64_t>(page[3], a->nv - 1);
+    const uint64_t z = std::min<uint64_t>(page[0], a->nz - 1),
+                   t = std::min<uint64_t>(page[1], a->nt - 1),
+                   u = std::min<uint64_t>(page[2], a->nu - 1),
+                   v = std::min<uint64_t>(page[3], a->nv - 1);
     return ((v * a->nu + u) * a->nt + t) * a->nz + z;
 }
 
@@ -83,9 +86,11 @@ void CView2d::DrawRois(QPainter& painter) {
     painter.setBrush(Qt::NoBrush);
     const float w = static_cast<float>(Columns()), h = static_cast<float>(Rows());
     if (const std::vector<float> v = Record("roi_x"); v.size() >= 2)
-        for (int k = 0; k < 2; ++k) painter.drawLine(ToScreen(v[k], -0.5f), ToScreen(v[k], h - 0.5f));
+        for (int k = 0; k < 2; ++k)
+            painter.drawLine(ToScreen(v[k], -0.5f), ToScreen(v[k], h - 0.5f));
     if (const std::vector<float> v = Record("roi_y"); v.size() >= 2)
-        for (int k = 0; k < 2; ++k) painter.drawLine(ToScreen(-0.5f, v[k]), ToScreen(w - 0.5f, v[k]));
+        for (int k = 0; k < 2; ++k)
+            painter.drawLine(ToScreen(-0.5f, v[k]), ToScreen(w - 0.5f, v[k]));
     if (const std::vector<float> v = Record("roi_rect"); v.size() >= 4)
         painter.drawRect(QRectF(ToScreen(v[0], v[1]), ToScreen(v[2], v[3])).normalized());
     if (const std::vector<float> v = Record("roi_ellip"); v.size() >= 4)
