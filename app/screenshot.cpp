@@ -1,41 +1,68 @@
 // quelmor_screenshot: starts the program as a user would, types a few equations into the
-// bar, and writes a picture of the main window (under Xvfb: xvfb-run -a), with a second file
-// name one of the about dialog, and with a third one of a wave made by equations in a 2d
-// display in "jet", the window/level panel showing its colour bar and a read-out in the
-// status line, and with a fourth one of an ellipse drawn on that display with its statistics
-// in the history and the status line.
+// bar, and writes a picture of the main window (under Xvfb: xvfb-run -a), and with a second
+// file name one of the about dialog; with two more, the main window with the script manager
+// on a folder of sample scripts, and the function browser on `ft`; with a fifth, a wave made
+// by equations in a 2d display in "jet", the window/level pane showing its colour bar and a
+// read-out in the status line; with a sixth, an ellipse drawn on that display with its
+// statistics in the history.
 #include <QApplication>
+#include <QComboBox>
+#include <QDockWidget>
 #include <QLineEdit>
-#include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMouseEvent>
 #include <QPixmap>
 #include <QScreen>
 #include <QTimer>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 
 #include "core/data_space.h"
+#include "core/script_space.h"
 #include "display/qt/display_ui.h"
 #include "display/qt/form_wl.h"
 #include "display/qt/mdi_doc.h"
 #include "display/qt/view_2d.h"
 #include "eval/qt/bar_equ.h"
+#include "eval/qt/dialog_func.h"
+#include "eval/qt/form_script.h"
+#include "eval/qt/frame_script.h"
 #include "shell/qt/about_wave.h"
 #include "shell/qt/main_frame.h"
 #include "shell/qt/zarnik_app.h"
 
 namespace {
 
+std::string ScriptFolder() {
+    return (std::filesystem::temp_directory_path() / "quelmor_screenshot_scripts").string();
+}
+
+// A folder of sample scripts, chosen in the manager as a user would browse to it.
+void ShowScripts(CMainFrame* frame) {
+    const std::string folder = ScriptFolder();
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder + "/double_it") << "script (p) { p = p * 2; }\n";
+    std::ofstream(folder + "/mask_clean") << "mask = thresh(magn, 2, 9, 0) > 0;\n";
+    std::ofstream(folder + "/stiff_range") << "stiff = clip(stiff, 0, 20);\n";
+    std::ofstream(folder + "/wave.prep") << "// phase to complex wave\nwave = cexp(ph);\n";
+    CFormScript* form = frame->Scripts()->Form();
+    form->choose_folder = [folder] { return QString::fromStdString(folder); };
+    frame->Scripts()->show();
+    frame->resizeDocks({frame->Scripts()}, {400}, Qt::Horizontal);
+    form->OnFolder(form->findChild<QComboBox*>("script_folders")->count() - 2);
+}
+
 // A damped circular wave in a 2d display, zoomed, in "jet", with the vertical colour bar of
-// the window/level panel and the read-out of a point under the mouse.
+// the window/level pane and the read-out of a point under the mouse.
 void ShowWave(CZarnikApp& app, CBarEqu* bar) {
     for (const char* line : {"x = rampx(-6.3, 6.3, 160)", "y = rampy(-6.3, 6.3, 160)",
-                             "r = sqrt(x*x + y*y)", "wave = cos(r * 3) * exp(r * -0.15)"}) {
+                             "r = sqrt(x*x + y*y)", "ripple = cos(r * 3) * exp(r * -0.15)"}) {
         bar->Edit()->setText(line);
         bar->OnEquEval();
     }
     CNew2d& n = app.DisplayModules().new_2d;
-    n.names[0] = "wave";
+    n.names[0] = "ripple";
     n.iqmp = 0;
     if (!n.OnViewNew(GlobalDataSpace()) || n.opened.empty()) return;
     auto* doc = static_cast<CMdiDoc*>(n.opened[0]);
@@ -45,7 +72,12 @@ void ShowWave(CZarnikApp& app, CBarEqu* bar) {
     doc->Frame()->resize(360, 420);
     doc->Frame()->move(10, 10);
     GlobalWinLev().wl_plot = 4;
-    app.DisplayUi()->FormWL()->SetTarget(view);
+    CFormWL* form = app.DisplayUi()->FormWL();
+    form->SetTarget(view);
+    CMainFrame* frame = app.Frame();
+    frame->resizeDocks({form}, {440}, Qt::Horizontal);
+    if (auto* history = frame->findChild<QDockWidget*>("history_dock"))
+        frame->resizeDocks({history}, {110}, Qt::Vertical);
     const QPointF at(200, 120);
     QMouseEvent move(QEvent::MouseMove, at, view->mapToGlobal(at), Qt::NoButton, Qt::NoButton, {});
     QApplication::sendEvent(view, &move);
@@ -73,7 +105,8 @@ void ShowRoi(CZarnikApp& app) {
 int main(int argc, char** argv) {
     if (argc < 2) {
         std::fprintf(stderr,
-                     "usage: quelmor_screenshot main.png [about.png [image.png [roi.png]]]\n");
+                     "usage: quelmor_screenshot main.png [about.png [scripts.png functions.png "
+                     "[image.png [roi.png]]]]\n");
         return 2;
     }
     QApplication qt(argc, argv);
@@ -85,13 +118,13 @@ int main(int argc, char** argv) {
     CMainFrame* frame = app.Frame();
     frame->setGeometry(0, 0, 1180, 760);
     CBarEqu* bar = frame->EquationBar();
-    // "mag" and "phase" are names of functions, so the arrays get names of their own.
-    for (const char* line : {"amp = {3, 1, 4, 1, 5, 9, 2, 6}", "ph = amp * 0.25 - 1",
-                             "cw = (complex r4) ph", "mask = amp > 2"}) {
+    // Names of their own: "mag" and "phase" are functions, not names for data.
+    for (const char* line : {"magn = {3, 1, 4, 1, 5, 9, 2, 6}", "ph = magn * 0.25 - 1",
+                             "wave = (complex r4) ph", "mask = magn > 2"}) {
         bar->Edit()->setText(line);
         bar->OnEquEval();
     }
-    bar->Edit()->setText("stiff = amp * amp * 1.2");
+    bar->Edit()->setText("stiff = magn * magn * 1.2");
     CAboutWave about(frame);
     int status = 0;
     const auto finish = [&] {
@@ -107,17 +140,28 @@ int main(int argc, char** argv) {
         QTimer::singleShot(400, [&] {
             if (!about.grab().save(argv[2])) status = 1;
             about.hide();
-            if (argc < 4) return finish();
-            ShowWave(app, bar);
-            QTimer::singleShot(400, [&] {
-                const QPixmap image = frame->screen()->grabWindow(frame->winId());
-                if (!image.save(argv[3])) status = 1;
-                if (argc < 5) return finish();
-                ShowRoi(app);
-                QTimer::singleShot(300, [&] {
-                    const QPixmap roi = frame->screen()->grabWindow(frame->winId());
-                    if (!roi.save(argv[4])) status = 1;
-                    finish();
+            if (argc < 5) return finish();
+            ShowScripts(frame);
+            QTimer::singleShot(300, [&] {
+                if (!frame->screen()->grabWindow(frame->winId()).save(argv[3])) status = 1;
+                CDialogFunc functions(frame);
+                functions.Select("ft");
+                functions.show();
+                if (!functions.grab().save(argv[4])) status = 1;
+                std::filesystem::remove_all(ScriptFolder());
+                if (argc < 6) return finish();
+                frame->Scripts()->hide();
+                frame->setGeometry(0, 0, 1180, 760);
+                ShowWave(app, bar);
+                QTimer::singleShot(400, [&] {
+                    if (!frame->screen()->grabWindow(frame->winId()).save(argv[5])) status = 1;
+                    if (argc < 7) return finish();
+                    ShowRoi(app);
+                    QTimer::singleShot(300, [&] {
+                        if (!frame->screen()->grabWindow(frame->winId()).save(argv[6]))
+                            status = 1;
+                        finish();
+                    });
                 });
             });
         });

@@ -74,61 +74,72 @@ void ComplexDiv(W* z, const W* x, const W* y, size_t m) {
 }
 
 template <class W>
+void AddKernel(W* z, const W* x, const W* y, size_t m) {
+    for (size_t j = 0; j < m; ++j) z[j] = x[j] + y[j];
+}
+template <class W>
+void SubKernel(W* z, const W* x, const W* y, size_t m) {
+    for (size_t j = 0; j < m; ++j) z[j] = x[j] - y[j];
+}
+template <class W>
+void MulKernel(W* z, const W* x, const W* y, size_t m) {
+    for (size_t j = 0; j < m; ++j) z[j] = x[j] * y[j];
+}
+template <class W>
+void DivKernel(W* z, const W* x, const W* y, size_t m) {
+    for (size_t j = 0; j < m; ++j) z[j] = x[j] / y[j];
+}
+template <class W>
+void ModKernel(W* z, const W* x, const W* y, size_t m) {
+    CheckedMap2(MATH_PLAIN, x, y, z, m, [](W p, W q) { return std::fmod(p, q); });
+}
+template <class W>
+void PowKernel(W* z, const W* x, const W* y, size_t m) {
+    CheckedMap2(MATH_POLE_AT_ZERO | MATH_UNDERFLOW_TO_ZERO, x, y, z, m,
+                [](W p, W q) { return std::pow(p, q); });
+}
+template <class W>
+void Atan2Kernel(W* z, const W* x, const W* y, size_t m) {
+    CheckedMap2(MATH_PLAIN, x, y, z, m, [](W p, W q) { return std::atan2(p, q); });
+}
+
+template <class W>
 void RunArithmetic(int op, const CZrkData* a, const CZrkData* b, CZrkData* out, int comps) {
-    auto zip = [&](auto kernel) { ZipBlocks<W>(a, b, out, comps, kernel); };
+    ZipBlocks<W>(a, b, out, comps, ArithmeticKernel<W>(op, comps));
+}
+
+}  // namespace
+
+template <class W>
+ArithmeticKernelFn<W> ArithmeticKernel(int op, int comps) {
     switch (op) {
         case OP_ADD:
-            zip([](W* z, const W* x, const W* y, size_t m) {
-                for (size_t j = 0; j < m; ++j) z[j] = x[j] + y[j];
-            });
-            break;
+            return AddKernel<W>;
         case OP_SUB:
-            zip([](W* z, const W* x, const W* y, size_t m) {
-                for (size_t j = 0; j < m; ++j) z[j] = x[j] - y[j];
-            });
-            break;
+            return SubKernel<W>;
         case OP_MUL:
-            if (comps == 2) {
-                zip(ComplexMul<W>);
-                break;
-            }
-            [[fallthrough]];
+            return comps == 2 ? ComplexMul<W> : MulKernel<W>;
         case OP_IQMUL:
-            zip([](W* z, const W* x, const W* y, size_t m) {
-                for (size_t j = 0; j < m; ++j) z[j] = x[j] * y[j];
-            });
-            break;
+            return MulKernel<W>;
         case OP_DIV:
-            if (comps == 2) {
-                zip(ComplexDiv<W>);
-                break;
-            }
-            [[fallthrough]];
+            return comps == 2 ? ComplexDiv<W> : DivKernel<W>;
         case OP_IQDIV:
-            zip([](W* z, const W* x, const W* y, size_t m) {
-                for (size_t j = 0; j < m; ++j) z[j] = x[j] / y[j];
-            });
-            break;
+            return DivKernel<W>;
         case OP_MOD:
-            zip([](W* z, const W* x, const W* y, size_t m) {
-                CheckedMap2(MATH_PLAIN, x, y, z, m, [](W p, W q) { return std::fmod(p, q); });
-            });
-            break;
+            return ModKernel<W>;
         case OP_POW:
-            zip([](W* z, const W* x, const W* y, size_t m) {
-                CheckedMap2(MATH_POLE_AT_ZERO | MATH_UNDERFLOW_TO_ZERO, x, y, z, m,
-                            [](W p, W q) { return std::pow(p, q); });
-            });
-            break;
+            return PowKernel<W>;
         case OP_ATAN2:
-            zip([](W* z, const W* x, const W* y, size_t m) {
-                CheckedMap2(MATH_PLAIN, x, y, z, m, [](W p, W q) { return std::atan2(p, q); });
-            });
-            break;
+            return Atan2Kernel<W>;
         default:
             Raise("internal error, no operator");
     }
 }
+
+template ArithmeticKernelFn<float> ArithmeticKernel<float>(int op, int comps);
+template ArithmeticKernelFn<double> ArithmeticKernel<double>(int op, int comps);
+
+namespace {
 
 // Shifts and bit operations work on 64-bit integers; shift counts wrap at 64 as the
 // processor's do, so no count is undefined.
@@ -209,6 +220,10 @@ void AskForHugePages(const CZrkData* r) {
 }
 
 }  // namespace
+
+bool IsArithmeticOp(int op) {
+    return op >= 0 && op < OP_BINARY_COUNT && !IsComparison(op) && !IsIntegerOp(op);
+}
 
 const char* OpText(int op) { return op >= 0 && op < OP_BINARY_COUNT ? kOpText[op] : ""; }
 

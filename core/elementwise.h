@@ -66,6 +66,14 @@ CZrkData* NewTemp(CDataSpace& temp, int type, const res_t res[6]);
 // written over one of them when type and shape allow, saving a buffer and its first touch.
 enum SpareOperand : unsigned { SPARE_NONE = 0, SPARE_LEFT = 1, SPARE_RIGHT = 2 };
 
+// The kernel of an arithmetic operator (+ - * / % iqmul() iqdiv() pow() atan2()) on numbers
+// of `comps` components: z = x op y for m numbers; z may be x or y.
+template <class W>
+using ArithmeticKernelFn = void (*)(W* z, const W* x, const W* y, size_t m);
+template <class W>
+ArithmeticKernelFn<W> ArithmeticKernel(int op, int comps);
+bool IsArithmeticOp(int op);
+
 // a op b.
 CZrkData* BinaryOperation(CDataSpace& temp, int op, CZrkData* a, CZrkData* b,
                           unsigned spare = SPARE_NONE);

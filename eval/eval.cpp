@@ -41,8 +41,11 @@ int CEval::Eval(CZrkData** out, CEval* parent_eval, const char* text, const char
         locals = &space_;
     }
 
+    chain_.reset();
     int status = qm_parse(*this);
     if (status == 2) status = SetError("parse()", "stack overflow");
+    // before links and untyped records go: a kept-back step may read one
+    if (status == 0) Settle();
 
     space_.DelLinks();
     space_.DelUntyped();
@@ -52,6 +55,7 @@ int CEval::Eval(CZrkData** out, CEval* parent_eval, const char* text, const char
         if (!record && index_failed_) status = 1;
         if (out) *out = record;
     }
+    chain_.reset();
     return Fail(status);
 }
 
@@ -95,6 +99,7 @@ int CEval::PushTag(uint64_t tag) {
 int CEval::PushAssign(int op) { return PushTag(TAG_ASSIGN + static_cast<uint64_t>(op)); }
 
 int CEval::PopTag(uint64_t* tag) {
+    Settle();
     if (stack.empty()) {
         err_msg = "internal error, stack underflow";
         return 1;
@@ -108,7 +113,16 @@ uint64_t CEval::Peek(int n) const {
     return n >= 0 && static_cast<size_t>(n) < stack.size() ? stack[stack.size() - 1 - n] : 0;
 }
 
+void CEval::Settle() {
+    if (chain_) chain_->Run();
+}
+
 CZrkData* CEval::PopData() {
+    Settle();
+    return PopOperand();
+}
+
+CZrkData* CEval::PopOperand() {
     if (stack.empty()) return nullptr;
     const uint64_t tag = stack.back();
     if (IsIndexListTag(tag)) {
@@ -116,7 +130,7 @@ CZrkData* CEval::PopData() {
             index_failed_ = true;
             return nullptr;
         }
-        return PopData();
+        return PopOperand();
     }
     if (tag != TAG_DATA || stack.size() < 2) return nullptr;
     auto* record = reinterpret_cast<CZrkData*>(stack[stack.size() - 2]);

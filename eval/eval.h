@@ -24,10 +24,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "core/data_space.h"
+#include "core/scalar_chain.h"
 #include "core/script_space.h"
 #include "core/zrk_data.h"
 
@@ -117,6 +119,9 @@ class CEval {
     CZrkData* PopData();
     int PopTag(uint64_t* tag);
     uint64_t Peek(int n) const;
+    // Runs the arithmetic kept back for one pass (see CScalarChain). Everything that may read
+    // a result or change an array settles first; only binary operators and pushes do not.
+    void Settle();
     // Number of arguments above the nearest mark, -1 when no mark is reached.
     int CountArgs() const;
     // The failure status for a null from PopData under `func`: a report made by a failed
@@ -136,6 +141,8 @@ class CEval {
 
   private:
     int Push(uint64_t entry);
+    CZrkData* PopOperand();
+    CZrkData* KeepBack(int op, CZrkData* a, CZrkData* b);
     void Drop(CZrkData* used, const CZrkData* result);
     int Fail(int status);
     int IndexedAssignment(int op, CZrkData* value);
@@ -174,6 +181,7 @@ class CEval {
     bool index_failed_ = false;
     const char* text_ = nullptr;
     std::unique_ptr<CDataSpace> own_locals_;
+    std::optional<CScalarChain> chain_;
 };
 
 class CEvalExpr : public CEval {

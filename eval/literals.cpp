@@ -189,6 +189,7 @@ CZrkData* InitListDir(CDataSpace& temp, const std::vector<CZrkData*>& items, int
 }  // namespace
 
 int CEval::InitList() {
+    Settle();
     if (skip) return 0;
     std::vector<CZrkData*> items;
     for (;;) {
@@ -219,6 +220,7 @@ int CEval::InitList() {
 }
 
 int CEval::IndexOpen(CZrkData* record) {
+    Settle();
     if (PushData(record)) return 1;
     return PushTag(TAG_INDEXED);
 }
@@ -367,6 +369,7 @@ int CEval::Tile(int brackets) {
 }
 
 int CEval::DataInfo(CZrkData* record, int what) {
+    Settle();
     if (skip) return 0;
     return Reported({.func = "DataInfo()"}, 1, [&] {
         if (!IsOnStack(record)) Raise("invalid data");

@@ -41,13 +41,41 @@ void CEval::Drop(CZrkData* used, const CZrkData* result) {
     if (used != result && temp.IsDataValid(used)) temp.DelData(used);
 }
 
+CZrkData* CEval::KeepBack(int op, CZrkData* a, CZrkData* b) {
+    const bool scalar_left = a->Count() == 1 && b->Count() != 1;
+    CZrkData* x = scalar_left ? b : a;
+    CZrkData* s = scalar_left ? a : b;
+    if (chain_ && chain_->Takes(op, x, s)) {
+        chain_->Add(op, s, scalar_left);
+        Drop(s, x);
+        return x;
+    }
+    if (!CScalarChain::Starts(op, x, s)) return nullptr;
+    const int type = BinaryResultType(op, x->Type(), s->Type());
+    // a temporary of ours is written over only when it keeps its type; one that would not
+    // is consumed here and must not outlive this step
+    const bool spare = temp.IsDataValid(x);
+    if (spare && x->Type() != type) return nullptr;
+    Settle();
+    res_t res[6];
+    x->GetRes(res);
+    CZrkData* out = spare ? x : NewTemp(temp, type, res);
+    chain_.emplace(x, out);
+    chain_->Add(op, s, scalar_left);
+    Drop(s, out);
+    return out;
+}
+
 int CEval::BinaryOp(int op) {
     if (skip) return 0;
-    CZrkData* b = PopData();
+    // operands are popped unsettled: a step on the kept-back result may join it
+    CZrkData* b = PopOperand();
     if (!b) return DataNotOnStack("BinaryOp()");
-    CZrkData* a = PopData();
+    CZrkData* a = PopOperand();
     if (!a) return DataNotOnStack("BinaryOp()");
     return Reported({.func = OpText(op)}, 1, [&] {
+        if (CZrkData* kept = KeepBack(op, a, b)) return PushData(kept);
+        Settle();
         // A temporary of ours is referred to by nothing else: it may carry the result.
         const unsigned spare = (temp.IsDataValid(a) ? SPARE_LEFT : SPARE_NONE) |
                                (temp.IsDataValid(b) ? SPARE_RIGHT : SPARE_NONE);
@@ -144,6 +172,7 @@ int CEval::Assignment() {
 }
 
 int CEval::CallFunction(int index) {
+    Settle();
     if (skip) return 0;
     const CFuncRow* row = FunctionRow(index);
     if (!row) return SetError("CallFunction()", "internal error, invalid function");

@@ -47,6 +47,7 @@ int CEval::CheckScriptDepth() {
 }
 
 int CEval::RunLines(CScriptEntry* entry) {
+    Settle();
     if (!GlobalScriptSpace().IsDataValid(entry))
         return SetError("RunScript()", "internal error, invalid data");
     if (skip) return 0;
@@ -58,6 +59,7 @@ int CEval::RunLines(CScriptEntry* entry) {
 }
 
 int CEval::RunScript(CScriptEntry* entry, bool with_arguments) {
+    Settle();
     if (!GlobalScriptSpace().IsDataValid(entry))
         return SetError("RunScript()", "internal error, invalid data");
     if (skip) return 0;
@@ -73,6 +75,7 @@ int CEval::RunScript(CScriptEntry* entry, bool with_arguments) {
 }
 
 int CEval::FirstName(CZrkData* record) {
+    Settle();
     if (PushTag(TAG_MARK)) return 1;
     return PushData(record);
 }
@@ -98,6 +101,7 @@ int CEval::PassArgs() {
 }
 
 int CEval::Define() {
+    Settle();
     if (skip) return 0;
     while (!stack.empty() && Peek(0) != TAG_MARK) {
         CZrkData* name = PopData();
@@ -118,18 +122,21 @@ int CEval::ExprStmt() {
 }
 
 int CEval::CountLoop(int* depth) {
+    Settle();
     ++*depth;
     skip = 1;
     return 0;
 }
 
 int CEval::WhileOpen() {
+    Settle();
     if (skip && do_depth == 1 && TextMark()) return 1;
     if (!skip || while_depth != 0) CountLoop(&while_depth);
     return 0;
 }
 
 int CEval::TextMark() {
+    Settle();
     if (!skip) return Push(static_cast<uint64_t>(position - text_));
     if (do_depth || if_depth || for_depth || while_depth)
         return Push(static_cast<uint64_t>(token_start - text_));
@@ -175,6 +182,7 @@ std::string CEval::Slice(uint64_t start, uint64_t end, int trim) {
 }
 
 int CEval::IfEval() {
+    Settle();
     if (skip && if_depth == 0) return 0;
     if (TextMark()) return 1;
     uint64_t m[3] = {0, 0, 0};  // after "(", after ")", the end of the statement
@@ -194,6 +202,7 @@ int CEval::IfEval() {
 }
 
 int CEval::ForEval(int parts) {
+    Settle();
     if (TextMark()) return 1;
     // after "(", after each ";", after ")", the end of the statement
     uint64_t m[5] = {0, 0, 0, 0, 0};

@@ -6,7 +6,7 @@
 void InstallFunctions() {
     static const bool kInstalled = [] {
         for (auto* family : {BasicRows, ComplexRows, MathRows, StructuralRows, TransformRows,
-                             ConvolutionRows, ReduceRows, MatrixRows, UnwrapRows})
+                             ConvolutionRows, ReduceRows, MatrixRows, UnwrapRows, ThresholdRows})
             RegisterFunctions(family());
         SetMatrixOperator(MatrixOperate);
         return true;

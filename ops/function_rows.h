@@ -19,3 +19,4 @@ std::vector<CFuncDecl> ConvolutionRows();
 std::vector<CFuncDecl> ReduceRows();
 std::vector<CFuncDecl> MatrixRows();
 std::vector<CFuncDecl> UnwrapRows();
+std::vector<CFuncDecl> ThresholdRows();

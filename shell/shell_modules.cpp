@@ -10,6 +10,9 @@ void CShellModules::Register(COptionTable& table, CDataSpace& space) {
         OPT_DESKTOP, [this](FILE* f) { desktop.PrintfOptions(f); },
         [this](CKeyReader& r) { return desktop.ScanfOptions(r); });
     table.Set(
+        OPT_SCRIPT, [this](FILE* f) { script.PrintfOptions(f); },
+        [this](CKeyReader& r) { return script.ScanfOptions(r); });
+    table.Set(
         OPT_HISTORY, [this](FILE* f) { history.PrintfOptions(f); },
         [this](CKeyReader& r) { return history.ScanfOptions(r); });
     table.Set(

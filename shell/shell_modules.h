@@ -2,6 +2,7 @@
 // module table together with the data space. The application holds one for its life.
 #pragma once
 
+#include "eval/script_manager.h"
 #include "ops/unwrap/unwrap.h"
 #include "shell/desktop.h"
 #include "shell/history.h"
@@ -18,6 +19,7 @@ struct CShellModules {
     CMainFrameOptions main_frame;
     CDesktop desktop;
     CHistory history;
+    CScript script;
     CRename rename;
     CUnwrap unwrap;
 };

@@ -1,5 +1,6 @@
 #include "wave/chain.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "wave/conditioning.h"
@@ -21,6 +22,21 @@ struct Shape {
     size_t npix;  // pixels of one image (a volume for 3-D)
 };
 
+// The offsets of a filtered stack as planes of `output`, masked on request.
+void store_offsets(wave_params* p, const float* stack, const uint8_t* mask, size_t npix,
+                   wave_output output, int masked, int pass, int npasses) {
+    if (!output) return;
+    float *plane = nullptr, *temp = nullptr;
+    mem_allocate(&plane, sizeof(float), uint32_t(npix), 0);
+    for (int t = 0; t < p->nt; ++t) {
+        std::memcpy(plane, stack + t * npix, sizeof(float) * npix);
+        if (masked) apply_mask(plane, mask, int(npix));
+        store_image(plane, p, 0, &temp, output, pass * p->nt + t, npasses * p->nt);
+    }
+    mem_free(&temp, 0);
+    mem_free(&plane, 0);
+}
+
 void fail(const Shape& s, const char* what) {
     std::string text = wave_fmt("%s: %s\n", s.name, what);
     wave_warn(WF_CHAIN, text.c_str(), text.c_str());
@@ -34,9 +50,15 @@ bool condition_component(wave_params* p, const Shape& s, float* mag, uint8_t* ma
                          float** lfe_stack, float* amp2, int pass, int npasses) {
     size_t npix = s.npix;
     int nimages = p->complex_in ? 2 : p->nt;
+    // Harmonic extraction leaves the pair in planes 1 and 2, and complex input is read there:
+    // at least 3 planes, the ones no offset fills cleared.
+    size_t nplanes = std::max(nimages + (p->complex_in ? 1 : 0), 3);
     float* stack = nullptr;
-    mem_allocate(&stack, sizeof(float), uint32_t(npix * (nimages > 2 ? nimages : 2)), 0);
-    if (read_phase_stack(p, stack)) return fail(s, "unable to read the phase data."), false;
+    mem_allocate(&stack, sizeof(float), uint32_t(npix * nplanes), 0);
+    std::memset(stack, 0, sizeof(float) * npix * nplanes);
+    float* images = p->complex_in ? stack + npix : stack;
+    float* harmonic = stack + npix;
+    if (read_phase_stack(p, images)) return fail(s, "unable to read the phase data."), false;
     if (read_max_magnitude(p, mag)) return fail(s, "unable to read the magnitude."), false;
 
     if (p->use_mask) {
@@ -48,19 +70,19 @@ bool condition_component(wave_params* p, const Shape& s, float* mag, uint8_t* ma
     }
 
     if (p->pre_on) {
-        int bad = s.volume ? pre_filter_3d(stack, mask, p, &p->pre_filter)
-                           : pre_filter(stack, mask, p, &p->pre_filter);
+        int bad = s.volume ? pre_filter_3d(images, mask, p, &p->pre_filter)
+                           : pre_filter(images, mask, p, &p->pre_filter);
         if (bad) return false;
     }
-    if (p->gdc_flag) global_dc_removal(stack, mask, int(npix), nimages);
+    if (p->gdc_flag) global_dc_removal(images, mask, int(npix), nimages);
     if (p->pre_on && p->meanx2_out) {
         float* temp = nullptr;
         for (int i = 0; i < nimages; ++i)
-            store_image(stack + i * npix, p, 0, &temp, p->meanx2_out, i, nimages);
+            store_image(images + i * npix, p, 0, &temp, p->meanx2_out, i, nimages);
         mem_free(&temp, 0);
     }
-    if (p->meanx2_flag) mean_x2_filter(p, stack, mask, pass, npasses);
-    if (p->ldc_flag) local_dc_removal(p, stack, mask, pass, npasses);
+    if (p->meanx2_flag) mean_x2_filter(p, images, mask, pass, npasses);
+    if (p->ldc_flag) local_dc_removal(p, images, mask, pass, npasses);
 
     if (p->magmask_out) {
         if (float* filled = fill_outside_with_mean(mag, mask, s.nx, int(npix / s.nx))) {
@@ -71,6 +93,11 @@ bool condition_component(wave_params* p, const Shape& s, float* mag, uint8_t* ma
         }
     }
 
+    // The Z-only filter separates waves by the sign of the time frequency: raw offsets only.
+    if (s.volume && p->zonly_on && !p->complex_in) {
+        if (zonly_filter(stack, p)) return false;
+        store_offsets(p, stack, mask, npix, p->zonly_out, 0, pass, npasses);
+    }
     auto extract = [&]() {
         if (p->complex_in) return true;
         return (s.volume
@@ -79,10 +106,13 @@ bool condition_component(wave_params* p, const Shape& s, float* mag, uint8_t* ma
     };
     auto direction = [&](int mode) {
         if (!p->dirf_on) return true;
-        if ((s.volume ? direction_filter(stack, p, mode) : direction_filter_2d(stack, p, mode)))
+        float* data = mode == 1 ? harmonic : stack;
+        if ((s.volume ? direction_filter(data, p, mode) : direction_filter_2d(data, p, mode)))
             return false;
-        if (s.volume && p->zonly_on && zonly_filter(stack, p)) return false;
-        return !p->dirf_out || dirf_images(stack, mask, p, pass, npasses) == 0;
+        if (!p->dirf_out) return true;
+        if (mode == 1) return dirf_images(harmonic, mask, p, pass, npasses) == 0;
+        store_offsets(p, stack, mask, npix, p->dirf_out, p->dirf_mask, pass, npasses);
+        return true;
     };
     bool ordinary =
         p->lfe_noft == 0 && (!p->dirf_on || !p->dirf_all || p->complex_in || !p->dirf_out);
@@ -97,7 +127,7 @@ bool condition_component(wave_params* p, const Shape& s, float* mag, uint8_t* ma
         }
         if (!extract()) return false;
     }
-    std::memcpy(pair, stack, sizeof(float) * 2 * npix);
+    std::memcpy(pair, harmonic, sizeof(float) * 2 * npix);
     mem_free(&stack, 0);
 
     if (p->mid_on) {
@@ -125,6 +155,17 @@ bool condition_component(wave_params* p, const Shape& s, float* mag, uint8_t* ma
 void store_mask_outputs(wave_params* p, const Shape& s, float* mag, uint8_t* mask) {
     apply_mask(mag, mask, int(s.npix));
     store_byte_image(mask, p, p->mask_out);
+    if (p->lfe_on && p->lfe_stack_out) {
+        // The last plane of the estimate stack is the mask.
+        float *plane = nullptr, *temp = nullptr;
+        mem_allocate(&plane, sizeof(float), uint32_t(s.npix), 0);
+        for (size_t i = 0; i < s.npix; ++i) plane[i] = mask[i] ? 1.0f : 0.0f;
+        int pass = p->angle * p->ncomponents + p->component;
+        int npasses = std::max(p->ncomponents * p->nangles, 1);
+        store_image(plane, p, 0, &temp, p->lfe_stack_out, pass * 6 + 5, npasses * 6);
+        mem_free(&temp, 0);
+        mem_free(&plane, 0);
+    }
 }
 
 void run_1axis(wave_params* p, const Shape& s) {
@@ -140,10 +181,11 @@ void run_1axis(wave_params* p, const Shape& s) {
     if (condition_component(p, s, mag, mask, pair, &lfe_stack, nullptr, pass, npasses)) {
         if (p->lfe_on) {
             float* data = p->lfe_noft ? lfe_stack : pair;
+            int ncomp = lfe_ncomp(p, s.volume);
             if (s.volume)
-                lfe_3d_1axis(p, data, mask, p->aux_mask, 1, &temp);
+                lfe_3d_1axis(p, data, mask, p->aux_mask, ncomp, &temp);
             else
-                lfe_2d_1axis(p, data, mask, p->aux_mask, 1, &temp);
+                lfe_2d_1axis(p, data, mask, p->aux_mask, ncomp, &temp);
         }
         if (p->pg_on) {
             if (s.volume)

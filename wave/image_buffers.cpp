@@ -1,6 +1,7 @@
 #include "wave/image_buffers.h"
 
 #include <cmath>
+#include <limits>
 
 void interleave_planes(const float* planar, float* interleaved, int n) {
     for (int i = 0; i < n; ++i) {
@@ -55,4 +56,22 @@ void add_in_place(float* dst, const float* src, int n) {
 
 void scale_in_place(float* dst, float k, int n) {
     for (int i = 0; i < n; ++i) dst[i] *= k;
+}
+
+int hold_nonfinite(float* buf, uint8_t* marks, int n) {
+    int held = 0;
+    for (int i = 0; i < n; ++i) {
+        bool bad = !std::isfinite(buf[i]);
+        marks[i] = bad;
+        if (bad) {
+            buf[i] = 0.0f;
+            ++held;
+        }
+    }
+    return held;
+}
+
+void restore_nan(float* buf, const uint8_t* marks, int n) {
+    for (int i = 0; i < n; ++i)
+        if (marks[i]) buf[i] = std::numeric_limits<float>::quiet_NaN();
 }

@@ -20,3 +20,8 @@ void apply_mask(float* buf, const uint8_t* mask, int n);
 void complex_times_real(float* cbuf, const float* rbuf, int n);
 void add_in_place(float* dst, const float* src, int n);
 void scale_in_place(float* dst, float k, int n);
+// Zeroes NaN and infinite values so that a transform does not spread them over the image, and
+// marks them in `marks` (n bytes, 1 where held). Returns how many were held.
+int hold_nonfinite(float* buf, uint8_t* marks, int n);
+// NaN where `marks` is set: a value that was not finite stays undefined in its own pixel.
+void restore_nan(float* buf, const uint8_t* marks, int n);

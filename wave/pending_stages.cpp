@@ -14,39 +14,6 @@ int unavailable(const char* name) {
 
 }  // namespace
 
-int phase_offset_filtering(float*, int, int, int, int) {
-    return unavailable("phase_offset_filtering");
-}
-int phase_offset_filtering_3d(float*, int, int, int, int, int) {
-    return unavailable("phase_offset_filtering_3d");
-}
-int direction_filter_2d(float*, wave_params*, int) { return unavailable("direction_filter_2d"); }
-int direction_filter(float*, wave_params*, int) { return unavailable("direction_filter"); }
-int zonly_filter(float*, wave_params*) { return unavailable("zonly_filter"); }
-int pre_filter(float*, uint8_t*, wave_params*, filter_spec*) { return unavailable("pre_filter"); }
-int pre_filter_3d(float*, uint8_t*, wave_params*, filter_spec*) {
-    return unavailable("pre_filter_3d");
-}
-int mid_filter(float*, uint8_t*, wave_params*, filter_spec*) { return unavailable("mid_filter"); }
-int mid_filter_3d(float*, uint8_t*, wave_params*, filter_spec*) {
-    return unavailable("mid_filter_3d");
-}
-int interp_images(float*, uint8_t*, wave_params*, int, int) { return unavailable("interp_images"); }
-int dirf_images(float*, uint8_t*, wave_params*, int, int) { return unavailable("dirf_images"); }
-
-int lfe_2d_1axis(wave_params*, float*, uint8_t*, uint8_t*, int, float**) {
-    return unavailable("lfe_2d_1axis");
-}
-int lfe_2d_XYZ(wave_params*, float*, uint8_t*, float*, uint8_t*, float**) {
-    return unavailable("lfe_2d_XYZ");
-}
-int lfe_3d_1axis(wave_params*, float*, uint8_t*, uint8_t*, int, float**) {
-    return unavailable("lfe_3d_1axis");
-}
-int lfe_3d_XYZ(wave_params*, float*, uint8_t*, float*, uint8_t*, float**) {
-    return unavailable("lfe_3d_XYZ");
-}
-
 int pg_2d_1axis(wave_params*, float*, uint8_t*, uint8_t*, float**) {
     return unavailable("pg_2d_1axis");
 }

@@ -16,6 +16,19 @@ namespace {
 
 constexpr float kEightBitScale = 40.58449935913086f;
 
+wave_output_namer g_namer = nullptr;
+
+// One stored SNR map with its report line: a plane for each of the pair's two planes, so the
+// map lines up with the harmonic it was made from.
+void store_map(const float* map, wave_params* p, wave_output output, const char* line) {
+    if (!map || !output) return;
+    float* temp = nullptr;
+    for (int plane = 0; plane < 2; ++plane) store_image(map, p, 0, &temp, output, plane, 2);
+    mem_free(&temp, 0);
+    std::string t = wave_fmt(line, g_namer ? g_namer(output) : "unnamed");
+    wave_say(WF_SNR, nullptr, t.c_str());
+}
+
 // Median of the values at background voxels; 0 when there are none.
 float background_median(const float* v, const uint8_t* bg, size_t n) {
     std::vector<float> picked;
@@ -48,6 +61,12 @@ void erode_axis(std::vector<uint8_t>& m, int nx, int ny, int nz, int axis, int e
 }
 
 }  // namespace
+
+wave_output_namer set_snr_output_namer(wave_output_namer namer) {
+    wave_output_namer previous = g_namer;
+    g_namer = namer;
+    return previous;
+}
 
 void window_stats(const float* data, const uint8_t* mask, int nx, int ny, int nz, int wx, int wy,
                   int wz, float* sum, float* sumsq, float* count) {
@@ -168,12 +187,17 @@ float* snr_phase_difference(const float* amp, const float* snr_mag, const uint8_
                  sum.data(), nullptr, cnt.data());
     float* map = nullptr;
     mem_allocate(&map, sizeof(float), uint32_t(n), 0);
+    bool any = false;
     for (size_t i = 0; i < n; ++i) {
         float s = snr_mag[i];
         float noise = s >= 1.0f ? float(std::asin(1.0 / s) / std::sqrt(2.0)) : 0.0f;
         float mean = cnt[i] > 0.5f ? sum[i] / cnt[i] : 0.0f;
-        map[i] = mask[i] && noise > 0.0f ? mean / scale / noise : 0.0f;
+        bool measured = mask[i] && noise > 0.0f;
+        map[i] = measured ? mean / scale / noise : 0.0f;
+        any = any || measured;
     }
+    // Without one pixel of known phase noise the map says nothing.
+    if (!any) mem_free(&map, 1);
     return map;
 }
 
@@ -225,7 +249,7 @@ uint8_t* snr_maps(const float* pair, const uint8_t* mask, wave_params* p) {
     if (p->snr_mask) mem_allocate(&result, 1, uint32_t(n), 0);
     int level = mem_next_level();
     int nimages = std::max(p->nt, 1) * (p->xyz ? 3 : 1);
-    float *mag = nullptr, *amp = nullptr, *temp = nullptr;
+    float *mag = nullptr, *amp = nullptr;
     mem_allocate(&mag, sizeof(float), uint32_t(n * nimages), 0);
     uint8_t* bg = nullptr;
     float* smag = nullptr;
@@ -244,6 +268,9 @@ uint8_t* snr_maps(const float* pair, const uint8_t* mask, wave_params* p) {
     mem_allocate(&amp, sizeof(float), uint32_t(n), 0);
     magnitude_phase(pair, amp, nullptr, int(n));
     float* spd = snr_phase_difference(amp, smag, mask, nx, ny, nz, scale, p);
+    if (!spd)
+        wave_warn(WF_SNR, ": Unable to create Phase Difference SNR image. ",
+                  ": Unable to create Phase Difference SNR image. ");
     if (result) {
         snr_mask(spd ? spd : smag, mask, result, nx, ny, nz, p->snr_threshold, p->snr_mask_pattern);
         std::string t = p->snr_mask_pattern > 0
@@ -251,10 +278,15 @@ uint8_t* snr_maps(const float* pair, const uint8_t* mask, wave_params* p) {
                                        p->snr_threshold, p->snr_mask_pattern)
                             : wave_fmt("\nSNR Masking enabled (threshold %.3f) ", p->snr_threshold);
         wave_say(WF_SNR, nullptr, t.c_str());
-        store_byte_image(result, p, p->snr_mask_out);
+        if (p->snr_mask_out) {
+            store_byte_image(result, p, p->snr_mask_out);
+            std::string t =
+                wave_fmt("\nSNR Output file: %s ", g_namer ? g_namer(p->snr_mask_out) : "unnamed");
+            wave_say(WF_SNR, nullptr, t.c_str());
+        }
     }
-    store_image(smag, p, 0, &temp, p->snr_mag_out, 0, 1);
-    store_image(spd, p, 0, &temp, p->snr_pd_out, 0, 1);
+    store_map(smag, p, p->snr_mag_out, "\nSNR Output magnitude file: %s ");
+    store_map(spd, p, p->snr_pd_out, "\nSNR Output pd file: %s ");
     mem_free_level(level, 0);
     return result;
 }

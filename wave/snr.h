@@ -7,7 +7,15 @@
 
 // Runs the SNR stage on the planar harmonic pair; returns a new table-owned mask (at the
 // caller's level) when SNR masking is on, else null. Failures leave the mask to the caller.
+// The magnitude and phase difference maps are stored in the pair's two-plane form, the same
+// map in both planes; each stored output gets its report line with its name.
 uint8_t* snr_maps(const float* pair, const uint8_t* mask, wave_params* p);
+
+// The name of an output for the report lines of the stored maps; the driver that makes the
+// outputs knows it. Without one the lines call an output "unnamed".
+using wave_output_namer = const char* (*)(wave_output output);
+// Installs `namer` (null removes it); returns the previous one.
+wave_output_namer set_snr_output_namer(wave_output_namer namer);
 
 // Windowed sums of value, squared value and count over masked pixels (all when mask is null);
 // a window of wx x wy x wz centred on each pixel, cut at the edges. Any output may be null.
@@ -27,7 +35,8 @@ float snr_background_sd(const float* data, const uint8_t* bg, int nx, int ny, in
 float* snr_magnitude(const float* mag, const uint8_t* mask, const uint8_t* bg, int nx, int ny,
                      int nz, int nimages, wave_params* p);
 // Local mean amplitude over the window divided by scale and by the phase noise of the
-// magnitude SNR. Table-owned.
+// magnitude SNR. Table-owned; null when no masked pixel has a phase noise (every magnitude
+// SNR there below 1).
 float* snr_phase_difference(const float* amp, const float* snr_mag, const uint8_t* mask, int nx,
                             int ny, int nz, float scale, wave_params* p);
 // 1 at or above the threshold, a checker of `pattern` below it (0 without), 0 outside.

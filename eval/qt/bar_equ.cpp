@@ -4,9 +4,11 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QToolButton>
 
 #include "core/host.h"
 #include "eval/equation_bar.h"
+#include "eval/qt/dialog_func.h"
 
 CBarEqu::CBarEqu(CDataSpace& space, QWidget* parent)
     : QDockWidget("equation", parent), space_(space), edit_(new QLineEdit) {
@@ -20,8 +22,14 @@ CBarEqu::CBarEqu(CDataSpace& space, QWidget* parent)
     layout->setContentsMargins(4, 2, 4, 2);
     layout->addWidget(new QLabel("=", body));
     layout->addWidget(edit_, 1);
+    auto* functions = new QToolButton(body);
+    functions->setObjectName("equation_functions");
+    functions->setText("f()");
+    functions->setToolTip("functions");
+    layout->addWidget(functions);
     setWidget(body);
     connect(edit_, &QLineEdit::returnPressed, this, &CBarEqu::OnEquEval);
+    connect(functions, &QToolButton::clicked, this, &CBarEqu::OnEquFunctions);
 }
 
 void CBarEqu::SetText(const QString& text) {
@@ -39,4 +47,12 @@ void CBarEqu::OnEquEval() {
     // The text stays in the field when the evaluation fails, for correction.
     if (EquationBarEval(space_, text) == 0) edit_->clear();
     emit evaluated();
+}
+
+void CBarEqu::OnEquFunctions() {
+    Host().Trace("CBarEqu::OnEquFunctions");
+    CDialogFunc dialog(this);
+    if (dialog.exec() != QDialog::Accepted || dialog.Chosen().isEmpty()) return;
+    edit_->insert(dialog.Chosen());
+    edit_->setFocus();
 }

@@ -46,7 +46,8 @@ class CMinimumDiscontinuity {
           bits(value.size()),
           phase_(phase),
           quality_(quality),
-          out_(out) {}
+          out_(out),
+          stack_(value.size()) {}
 
     void Run() {
         const int64_t w = width, h = height;
@@ -164,12 +165,13 @@ class CMinimumDiscontinuity {
     // the walk met `watch`. The walk keeps an explicit stack: trees grow deeper than the
     // main thread's stack allows on large planes.
     bool ChangeSubtree(int64_t root, int64_t change, int64_t watch) {
+        // a tree holds each node once, so the stack never outgrows the node count
         bool met = false;
-        stack_.clear();
-        stack_.push_back(root);
-        while (!stack_.empty()) {
-            const int64_t node = stack_.back();
-            stack_.pop_back();
+        int64_t* const base = stack_.data();
+        int64_t* top = base;
+        *top++ = root;
+        while (top != base) {
+            const int64_t node = *--top;
             met |= node == watch;
             bits[node] |= kChanged;
             const int64_t v = value[node] + change;
@@ -182,10 +184,10 @@ class CMinimumDiscontinuity {
             value[node] = static_cast<int32_t>(v);
             // Children in the order right, left, below, above: pushed in reverse.
             const uint8_t b = bits[node];
-            if (b & kAbove) stack_.push_back(node - stride);
-            if (b & kBelow) stack_.push_back(node + stride);
-            if (b & kLeft) stack_.push_back(node - 1);
-            if (b & kRight) stack_.push_back(node + 1);
+            if (b & kAbove) *top++ = node - stride;
+            if (b & kBelow) *top++ = node + stride;
+            if (b & kLeft) *top++ = node - 1;
+            if (b & kRight) *top++ = node + 1;
         }
         return met;
     }

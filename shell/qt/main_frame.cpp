@@ -16,9 +16,12 @@
 #include "core/data_space.h"
 #include "core/host.h"
 #include "core/number_format.h"
+#include "core/script_space.h"
 #include "core/window_space.h"
 #include "display/display_update.h"
 #include "eval/qt/bar_equ.h"
+#include "eval/qt/form_script.h"
+#include "eval/qt/frame_script.h"
 #include "files/zrk_file.h"
 #include "shell/qt/form_alloc.h"
 #include "shell/qt/form_desktop.h"
@@ -55,6 +58,8 @@ CMainFrame::CMainFrame(CDataSpace& space, CShellModules& modules, QWidget* paren
     addDockWidget(Qt::TopDockWidgetArea, bar_);
     desktop_dock_ = Dock("data desktop", "desktop_dock", desktop_, Qt::LeftDockWidgetArea);
     history_dock_ = Dock("history", "history_dock", history_, Qt::BottomDockWidgetArea);
+    scripts_ = new CFrameScript(modules.script, GlobalScriptSpace(), this);
+    addDockWidget(Qt::RightDockWidgetArea, scripts_);
 
     for (int i = 0; i < 3; ++i) {
         panes_[i] = new QLabel(this);
@@ -71,6 +76,8 @@ CMainFrame::CMainFrame(CDataSpace& space, CShellModules& modules, QWidget* paren
         RefreshAll();
     });
     connect(history_, &CFormHistory::linePicked, bar_, &CBarEqu::SetText);
+    connect(scripts_->Form(), &CFormScript::statusChanged, this,
+            [this](const QString& text) { SetStatus(0, text.toStdString()); });
 }
 
 QDockWidget* CMainFrame::Dock(const char* title, const char* name, QWidget* body,
@@ -117,6 +124,10 @@ void CMainFrame::BuildMenus() {
     view->addAction(bar);
     view->addAction(desktop_dock_->toggleViewAction());
     view->addAction(history_dock_->toggleViewAction());
+    QAction* script = scripts_->toggleViewAction();
+    script->setText("script");
+    script->setObjectName("action_view_script");
+    view->addAction(script);
     QAction* status = view->addAction("status bar");
     status->setCheckable(true);
     status->setChecked(true);
@@ -182,6 +193,7 @@ void CMainFrame::RestorePanes() {
     const CHistory& hist = modules_.history;
     history_dock_->setVisible(hist.view_history && !hist.history_minimized);
     if (!hist.history_loc.IsEmpty()) history_dock_->resize(ToRect(hist.history_loc).size());
+    scripts_->RestorePlace();
     RefreshAll();
 }
 
@@ -194,6 +206,7 @@ void CMainFrame::KeepPlaces() {
     modules_.desktop.desktop_loc = FromRect(desktop_dock_->geometry());
     modules_.history.view_history = history_dock_->isVisible();
     modules_.history.history_loc = FromRect(history_dock_->geometry());
+    scripts_->KeepPlace();
 }
 
 void CMainFrame::closeEvent(QCloseEvent* event) {

@@ -17,6 +17,7 @@
 class CBarEqu;
 class CDataSpace;
 class CFormDesktop;
+class CFrameScript;
 class CFormHistory;
 class QDockWidget;
 class QLabel;
@@ -37,6 +38,7 @@ class CMainFrame : public QMainWindow {
     CFormHistory* History() const { return history_; }
     CFormDesktop* Desktop() const { return desktop_; }
     CBarEqu* EquationBar() const { return bar_; }
+    CFrameScript* Scripts() const { return scripts_; }
     QMdiArea* Mdi() const { return mdi_; }
 
     void SetOnExit(std::function<void()> on_exit) { on_exit_ = std::move(on_exit); }
@@ -65,6 +67,7 @@ class CMainFrame : public QMainWindow {
     CFormHistory* history_;
     QDockWidget* desktop_dock_;
     QDockWidget* history_dock_;
+    CFrameScript* scripts_;
     QToolBar* tools_;
     QLabel* panes_[3];
     std::function<void()> on_exit_;

@@ -4,6 +4,7 @@
 
 #include "core/data_space.h"
 #include "core/host.h"
+#include "core/script_space.h"
 #include "core/window_space.h"
 #include "ops/function_rows.h"
 #include "shell/crash_hooks.h"
@@ -32,6 +33,8 @@ bool CZarnikApp::InitInstance(const CStartOptions& start) {
     display_modules_.Register(table_);
     preferences_ = start.preferences.empty() ? paths_.preferences : start.preferences;
     ReadOptions();
+    // Scripts are callable from the first equation on.
+    modules_.script.StartFolder(GlobalScriptSpace(), paths_.script);
 
     frame_ = std::make_unique<CMainFrame>(space_, modules_);
     frame_->SetOnExit([this] { WriteOptions(); });

@@ -88,6 +88,44 @@ TEST_F(LargePassTest, SharedPassesMatchNumpy) {
     }
 }
 
+// Steps with a scalar on a large float result run in one pass; each element still meets
+// every step in float, so NumPy's float32 chain gives the same bits.
+TEST_F(LargePassTest, ScalarStepsInOnePassMatchNumpyBitForBit) {
+    peer::Peer p;
+    p.Put("a", Find("a"));
+    p.Put("z", Find("z"));
+    p.Put("d", Find("d"));
+    ASSERT_EQ(Run("c1 = ((a*2+1)*3+4)*5; c2 = 2 - a / 3 * 7; c3 = ((z*2+1)*3)/2 - 1; "
+                  "c4 = d * 3 - 1; c5 = (a * 2) + (a * 3 + 1); c6 = a * 2 + a++;"),
+              0)
+        << ErrorText();
+    ASSERT_TRUE(
+        p.RunText("a, z, d = (peer.load(FOLDER, n) for n in 'azd')\n"
+                  "f, c = np.float32, np.complex64\n"
+                  "peer.save(FOLDER, 'c1', ((a*f(2)+f(1))*f(3)+f(4))*f(5))\n"
+                  "peer.save(FOLDER, 'c2', f(2) - a / f(3) * f(7))\n"
+                  "peer.save(FOLDER, 'c3', ((z*c(2)+c(1))*c(3))/c(2) - c(1))\n"
+                  "peer.save(FOLDER, 'c4', d * 3.0 - 1.0)\n"
+                  "peer.save(FOLDER, 'c5', (a*f(2)) + (a*f(3)+f(1)))\n"
+                  "peer.save(FOLDER, 'c6', a*f(2) + (a+f(1)))\n"));
+    for (const char* name : {"c1", "c2", "c4", "c5", "c6"}) {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(peer::Same(peer::FromRecord(Find(name)), p.Get(name)));
+    }
+    // complex division is ours, not NumPy's scaled form
+    EXPECT_TRUE(peer::Near(peer::FromRecord(Find("c3")), p.Get("c3"), 1e-6));
+}
+
+// A step that changes the type ends the chain; the steps after it start a new one.
+TEST_F(LargePassTest, ScalarStepsAcrossTypesEqualOneStatementEach) {
+    EXPECT_EQ(BytesWith(2, "out = ((a * 2 + 1) * (r8)0.5 + 1) * 3"),
+              BytesWith(2, "t = a * 2; t = t + 1; t = t * (r8)0.5; t = t + 1; out = t * 3;"));
+    EXPECT_EQ(BytesWith(2, "out = (n * 2.5 + 1) * 3"),
+              BytesWith(2, "t = n * 2.5; t = t + 1; out = t * 3;"));
+    EXPECT_EQ(BytesWith(2, "out = 3 - (z + 2) * 2"),
+              BytesWith(2, "t = z + 2; t = t * 2; out = 3 - t;"));
+}
+
 TEST_F(LargePassTest, TemporariesCarryResultsAndNamedArraysStay) {
     const std::string a_before = BytesWith(2, "out = a");
     const std::string b_before = BytesWith(2, "out = b");

@@ -10,12 +10,17 @@
 #include <QTextBlock>
 #include <QTreeWidget>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "core/data_cursor.h"
 #include "core/data_space.h"
+#include "core/script_space.h"
 #include "core/zrk_data.h"
 #include "eval/qt/bar_equ.h"
+#include "eval/qt/form_script.h"
+#include "eval/qt/frame_script.h"
 #include "shell/crash_hooks.h"
 #include "shell/desktop.h"
 #include "shell/qt/form_desktop.h"
@@ -179,6 +184,44 @@ TEST_F(MainFrameTest, ExitAsksAndWritesPreferencesThatComeBack) {
     EXPECT_EQ(app->Modules().history.view_history, 0);
     EXPECT_FALSE(Find<QDockWidget>(app->Frame(), "history_dock")->isVisibleTo(app->Frame()));
     EXPECT_EQ(Find<QTreeWidget>(app->Frame(), "desktop_list")->columnCount(), 1);
+}
+
+TEST_F(MainFrameTest, ScriptFolderChosenInTheManagerServesTheBarAndComesBack) {
+    const std::string folder = ::testing::TempDir() + "quelmor_gui_scripts";
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder + "/inc") << "script (p) { p = p + 1; }";
+    {
+        auto app = Start();
+        CMainFrame* frame = app->Frame();
+        Trigger(frame, "action_view_script");
+        CFormScript* form = frame->Scripts()->Form();
+        form->choose_folder = [&] { return QString::fromStdString(folder); };
+        const int browse = static_cast<int>(app->Modules().script.FolderEntries().size()) - 2;
+        form->OnFolder(browse);
+        EXPECT_EQ(GlobalScriptSpace().Directory(), folder);
+        Type(frame->EquationBar()->Edit(), "v = 1");
+        Type(frame->EquationBar()->Edit(), "inc(v)");
+        ASSERT_NE(space_.FindData("v"), nullptr);
+        double v = 0;
+        CDataCursor<double>(space_.FindData("v")).GetI(v, 0);
+        EXPECT_EQ(v, 2);
+        EXPECT_TRUE(frame->close());
+    }
+    GlobalScriptSpace().SetDirectory("");
+    std::string written;
+    std::getline(std::ifstream(prefs_), written, '\0');
+    EXPECT_NE(written.find("\n// script options\nview_script= 1\n"), std::string::npos);
+    EXPECT_NE(written.find("script_path0= " + folder + "\n"), std::string::npos);
+    {
+        auto app = Start();
+        EXPECT_EQ(GlobalScriptSpace().Directory(), folder);
+        EXPECT_NE(GlobalScriptSpace().FindByName("inc"), nullptr);
+        EXPECT_TRUE(app->Frame()->Scripts()->isVisibleTo(app->Frame()));
+        while (space_.Count() > 0) space_.DelData(0);
+    }
+    GlobalScriptSpace().SetDirectory("");
+    GlobalScriptSpace().DelAllImages();
+    std::filesystem::remove_all(folder);
 }
 
 TEST_F(MainFrameTest, MalformedPreferencesStillStart) {

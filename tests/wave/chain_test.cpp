@@ -41,12 +41,12 @@ TEST(Chain, FailingStageReportsAndFreesItsLevel) {
     wave_params p = small_run(d, 16, 12);
     float* kept = nullptr;
     mem_allocate(&kept, sizeof(float), 4, 0);  // the caller's block survives the stage
+    p.pg_on = 1;
     wave_2d_1axis(&p);
-    EXPECT_EQ(d.log, "phase_offset_filtering: not available in this build.\n");
+    EXPECT_EQ(d.log, "pg_2d_1axis: not available in this build.\n");
     EXPECT_EQ(mem_count(), 1);
     wave_3d_XYZ(&p);
-    EXPECT_NE(d.log.find("phase_offset_filtering_3d: not available in this build.\n"),
-              std::string::npos);
+    EXPECT_NE(d.log.find("pg_3d_XYZ: not available in this build.\n"), std::string::npos);
     EXPECT_EQ(mem_count(), 1);
     mem_free_all(0);
 
@@ -70,14 +70,61 @@ TEST(Chain, ComplexInputRunsToTheEstimatorsAndStoresTheMask) {
     p.use_mask = 1;
     d.phase.assign(2 * 64, 1.0f);
     for (int i = 0; i < 32; ++i) d.magnitude[i] = 0.0f;  // lower half outside
-    int mask_target = 0;
+    for (int i = 0; i < 64; ++i) d.phase[64 + i] = float(i);
+    int mask_target = 0, pair_target = 0;
     p.mask_out = &mask_target;
-    p.lfe_on = 1;
+    p.r1i1_out = &pair_target;
+    p.pg_on = 1;
     wave_2d_1axis(&p);
-    EXPECT_EQ(d.log, "lfe_2d_1axis: not available in this build.\n");
+    EXPECT_EQ(d.log, "pg_2d_1axis: not available in this build.\n");
+    EXPECT_EQ(d.images[&pair_target][0], d.phase);  // the pair as read
     ASSERT_EQ(d.bytes[&mask_target].size(), 64u);
     EXPECT_EQ(d.bytes[&mask_target][0], 0);
     EXPECT_EQ(d.bytes[&mask_target][63], 1);
+    EXPECT_EQ(mem_count(), 0);
+}
+
+TEST(Chain, PairComesFromOffsetPlanesOneAndTwoAndDirectionOutputs) {
+    buffer_driver d;
+    const int n = 64;
+    wave_params p = small_run(d, 8, 8);
+    for (size_t i = 0; i < d.phase.size(); ++i) d.phase[i] = float(i % 7) - float(i / n);
+    int pair_target = 0, dirf_target = 0;
+    p.r1i1_out = &pair_target;
+    // Two offsets: no harmonic fits, so the pair is offset 1 and a cleared third plane.
+    p.nt = 2;
+    d.phase.resize(2 * n);
+    wave_2d_1axis(&p);
+    std::vector<float> want(d.phase.begin() + n, d.phase.end());
+    want.resize(2 * n, 0.0f);
+    EXPECT_EQ(d.images[&pair_target][0], want);
+
+    // The direction output: ninterp images of the filtered pair in pair mode, the filtered
+    // offsets when the raw stack is filtered first.
+    p.nt = 4;
+    d.phase.assign(4 * n, 0.0f);
+    for (int t = 0; t < 4; ++t)
+        for (int i = 0; i < n; ++i)
+            d.phase[t * n + i] = float(std::cos(2 * M_PI * (i % 8) / 8.0 - M_PI * t / 2));
+    p.dirf_on = 1;
+    p.dirf_out = &dirf_target;
+    p.dirf_ncos = 0;
+    p.dirf_cut[0] = 0.5f;
+    p.dirf_cut[1] = 2.0f;  // full gain at their geometric mean, 1 cycle per row
+    p.dirf_order = 2;
+    p.ninterp = 4;
+    wave_2d_1axis(&p);
+    EXPECT_EQ(d.log, "");
+    EXPECT_EQ(d.images[&dirf_target].size(), 4u);
+    d.images.clear();
+    p.dirf_all = 1;
+    p.nt = 4;
+    wave_2d_1axis(&p);
+    ASSERT_EQ(d.images[&dirf_target].size(), 4u);
+    // A wave of one cycle per row passes the band-pass unchanged, offset by offset.
+    for (int t = 0; t < 4; ++t)
+        for (int i = 0; i < n; ++i)
+            EXPECT_NEAR(d.images[&dirf_target][t][i], d.phase[t * n + i], 1e-5) << t << " " << i;
     EXPECT_EQ(mem_count(), 0);
 }
 
