@@ -158,8 +158,7 @@ int main(int argc, char** argv) {
                     if (argc < 7) return finish();
                     ShowRoi(app);
                     QTimer::singleShot(300, [&] {
-                        if (!frame->screen()->grabWindow(frame->winId()).save(argv[6]))
-                            status = 1;
+                        if (!frame->screen()->grabWindow(frame->winId()).save(argv[6])) status = 1;
                         finish();
                     });
                 });

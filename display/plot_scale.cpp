@@ -108,8 +108,7 @@ bool CPlotScale::Pan(long samples, std::string* why) {
 
 std::vector<double> TickPositions(double lo, double hi, double tick) {
     std::vector<double> out;
-    if (!(tick > 0) || !std::isfinite(tick) || !std::isfinite(lo) || !std::isfinite(hi))
-        return out;
+    if (!(tick > 0) || !std::isfinite(tick) || !std::isfinite(lo) || !std::isfinite(hi)) return out;
     if (lo > hi) std::swap(lo, hi);
     const double first = std::ceil(lo / tick);
     for (double k = first; out.size() < 1000; ++k) {
