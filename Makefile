@@ -54,7 +54,7 @@ run: build
 # Pictures of the main window and the about dialog, taken under Xvfb.
 screenshot: build
 	xvfb-run -a -s "-screen 0 1280x800x24" $(BUILD)/app/quelmor_screenshot quelmor.png quelmor_about.png \
-		quelmor_scripts.png quelmor_functions.png quelmor_image.png
+		quelmor_scripts.png quelmor_functions.png quelmor_image.png quelmor_roi.png
 
 clean:
 	rm -rf $(BUILD) $(ASAN) $(FUZZ)

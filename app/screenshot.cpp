@@ -3,7 +3,8 @@
 // file name one of the about dialog; with two more, the main window with the script manager
 // on a folder of sample scripts, and the function browser on `ft`; with a fifth, a wave made
 // by equations in a 2d display in "jet", the window/level pane showing its colour bar and a
-// read-out in the status line.
+// read-out in the status line; with a sixth, an ellipse drawn on that display with its
+// statistics in the history.
 #include <QApplication>
 #include <QComboBox>
 #include <QDockWidget>
@@ -82,13 +83,30 @@ void ShowWave(CZarnikApp& app, CBarEqu* bar) {
     QApplication::sendEvent(view, &move);
 }
 
+// An ellipse dragged on the wave's display, and its statistics.
+void ShowRoi(CZarnikApp& app) {
+    CNew2d& n = app.DisplayModules().new_2d;
+    if (n.opened.empty()) return;
+    auto* view = qobject_cast<CView2d*>(static_cast<CMdiDoc*>(n.opened[0])->Frame()->View());
+    view->SetCursorMode(CRoiEdit::MODE_ELLIPSE);
+    const auto send = [view](QEvent::Type type, QPointF at, Qt::MouseButton button,
+                             Qt::MouseButtons held) {
+        QMouseEvent e(type, at, view->mapToGlobal(at), button, held, {});
+        QApplication::sendEvent(view, &e);
+    };
+    send(QEvent::MouseButtonPress, {90, 70}, Qt::LeftButton, Qt::LeftButton);
+    send(QEvent::MouseMove, {230, 190}, Qt::NoButton, Qt::LeftButton);
+    send(QEvent::MouseButtonRelease, {230, 190}, Qt::LeftButton, Qt::NoButton);
+    view->CalcRoi();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc < 2) {
         std::fprintf(stderr,
                      "usage: quelmor_screenshot main.png [about.png [scripts.png functions.png "
-                     "[image.png]]]\n");
+                     "[image.png [roi.png]]]]\n");
         return 2;
     }
     QApplication qt(argc, argv);
@@ -137,7 +155,12 @@ int main(int argc, char** argv) {
                 ShowWave(app, bar);
                 QTimer::singleShot(400, [&] {
                     if (!frame->screen()->grabWindow(frame->winId()).save(argv[5])) status = 1;
-                    finish();
+                    if (argc < 7) return finish();
+                    ShowRoi(app);
+                    QTimer::singleShot(300, [&] {
+                        if (!frame->screen()->grabWindow(frame->winId()).save(argv[6])) status = 1;
+                        finish();
+                    });
                 });
             });
         });

@@ -119,6 +119,30 @@ void Draw(Plane m) {
 
 }  // namespace
 
+const char* RoiRecordName(int kind) {
+    switch (kind) {
+        case ROI_X:
+            return "roi_x";
+        case ROI_Y:
+            return "roi_y";
+        case ROI_RECT:
+            return "roi_rect";
+        case ROI_ELLIPSE:
+            return "roi_ellip";
+        case ROI_DRAW:
+            return "roi_draw";
+        case ROI_BINARY:
+            return "roi_binary";
+        default:
+            return "roi_mask";
+    }
+}
+
+bool HasRoi(int kind) {
+    const CZrkData* region = GlobalDataSpace().FindData(RoiRecordName(kind));
+    return region && region->data && region->type >= 0 && region->nx >= 2;
+}
+
 CZrkData* GetRoiMask(int kind, res_t nx, res_t ny) {
     CDataSpace& space = GlobalDataSpace();
     CZrkData* mask = space.FindOrNew("roi_mask");

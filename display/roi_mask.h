@@ -25,3 +25,8 @@ enum RoiKind : int {
 // Builds roi_mask (n1, nx x ny) for `kind` and stores it under the undo text "roi"; returns
 // the record. Raises "out of memory".
 CZrkData* GetRoiMask(int kind, res_t nx, res_t ny);
+
+// The reserved record that holds a region of `kind` ("roi_mask" for the display kinds).
+const char* RoiRecordName(int kind);
+// Whether the region of `kind` exists: its record has samples and at least 2 elements along x.
+bool HasRoi(int kind);

@@ -112,30 +112,9 @@ void ScanLine(const CZrkData* a, uint64_t line, res_t x0, res_t x1, int iqmp, Sc
     ScanRun(a, iqmp, line * a->nx + x0, x1 - x0 + 1, scan);
 }
 
-// The reserved record that holds a region of `kind`.
-const char* RegionRecord(int kind) {
-    switch (kind) {
-        case ROI_X:
-            return "roi_x";
-        case ROI_Y:
-            return "roi_y";
-        case ROI_RECT:
-            return "roi_rect";
-        case ROI_ELLIPSE:
-            return "roi_ellip";
-        case ROI_DRAW:
-            return "roi_draw";
-        case ROI_BINARY:
-            return "roi_binary";
-        default:
-            return "roi_mask";
-    }
-}
-
 // The mask plane of the current region built at the array's size; null without a region.
 const unsigned char* RegionMask(int kind, res_t nx, res_t ny) {
-    const CZrkData* region = GlobalDataSpace().FindData(RegionRecord(kind));
-    if (!region || !region->data || region->type < 0 || region->nx < 2) return nullptr;
+    if (!HasRoi(kind)) return nullptr;
     return static_cast<const unsigned char*>(GetRoiMask(kind, nx, ny)->data);
 }
 

@@ -62,6 +62,8 @@ void CFrame2d::BuildMenus(CView2d* view) {
         modes->addAction(a);
     }
 
+    AddRoiMenu(Menus()->addMenu("roi"), view);
+
     QMenu* scroll = Menus()->addMenu("scroll");
     add(scroll, "z", "scroll_z", [view] { view->OnScrollZ(); });
     add(scroll, "t", "scroll_t", [view] { view->OnScrollT(); });

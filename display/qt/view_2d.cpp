@@ -161,6 +161,8 @@ void CView2d::DrawOverlay(QPainter& painter) {
     polyline(OverlayPoints(space_, "zrk_profile"));
     polyline(OverlayPoints(space_, "zrk_angle"));
     polyline(OverlayPoints(space_, "zrk_line"));
+    OverlayComposite(painter);
+    DrawRois(painter);
 }
 
 void CView2d::resizeEvent(QResizeEvent* event) {
@@ -189,6 +191,7 @@ void CView2d::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) return;
     drag_ = 1;
     emit activated(this);
+    if (RoiPress(fx, fy)) return;
     switch (cursor_mode) {
         case CURSOR_WINLEV:
             GlobalWinLev().Take(*this, &space_);
@@ -220,6 +223,10 @@ void CView2d::mouseMoveEvent(QMouseEvent* event) {
         Pan(-d.x(), -d.y());
         return;
     }
+    if (drag_ == 1) {
+        const QPointF d = DataPoint(at);
+        RoiMove(d.x(), d.y());
+    }
     if (drag_ == 1 && cursor_mode == CURSOR_WINLEV) {
         GWinLev& wl = GlobalWinLev();
         wl.MouseStep(d.x(), -d.y());
@@ -243,7 +250,13 @@ void CView2d::mouseMoveEvent(QMouseEvent* event) {
     }
 }
 
-void CView2d::mouseReleaseEvent(QMouseEvent*) { drag_ = 0; }
+void CView2d::mouseReleaseEvent(QMouseEvent* event) {
+    if (drag_ == 1 && !detached_) {
+        const QPointF d = DataPoint(event->position().toPoint());
+        RoiRelease(d.x(), d.y());
+    }
+    drag_ = 0;
+}
 
 void CView2d::mouseDoubleClickEvent(QMouseEvent* event) {
     if (cursor_mode != CURSOR_LINE || detached_) return;
@@ -258,6 +271,11 @@ void CView2d::SetCursorMode(int mode) {
     cursor_mode = std::clamp(mode, 0, kCursorModes - 1);
     angle_clicks = 0;
     if (cursor_mode == CURSOR_ANGLE) ShowStatus(" click left button 3 times to define angle");
+    if (*CRoiEdit::Status(cursor_mode)) ShowStatus(CRoiEdit::Status(cursor_mode));
+    if (cursor_mode == CRoiEdit::MODE_UNDO_ADD) {
+        roi_edit_.UndoAdd();
+        update();
+    }
     if (cursor_mode == CURSOR_LINE)
         ShowStatus(" click left button define lines; double click to end");
     if (cursor_mode == 15) {  // refresh: the range from the samples as they are now

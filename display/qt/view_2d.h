@@ -10,12 +10,14 @@
 #include <QWidget>
 
 #include "display/image_view.h"
+#include "display/roi_edit.h"
 #include "display/win_lev.h"
 
 class CDataSpace;
 class CMdiDoc;
 class CMdiFrame;
 class QLabel;
+class QMenu;
 class QPainter;
 
 class CView2d : public QWidget, public CImageView, public CWinLevTarget {
@@ -44,6 +46,24 @@ class CView2d : public QWidget, public CImageView, public CWinLevTarget {
     CMdiFrame* Frame() const;
     CDataSpace& Space() const { return space_; }
     QTimer& Timer() { return timer_; }
+
+    // The region entries (view_2d_roi.cpp). The view's region kind is that of the last
+    // region drawn, the mask as it stands after an add.
+    int RoiKind() const { return roi_kind_; }
+    // The xy plane shown, counted over the whole array.
+    uint64_t CurrentPlane() const;
+    void CalcRoi();
+    void CalcRoiAll();
+    void CalcRoiZAll();
+    void OnRoiCrop();
+    void OnRoiFill(bool all);
+    void OnRoiKeep(bool all);
+    void OnZeroInside();
+    void OnZeroOutside();
+    void OnRoiPaste();
+    void OnRoiUndo();
+    void OnRoiSelectAll();
+    void OnSelRoiColor();
 
     // Renders of the off-screen picture so far.
     int Renders() const { return renders_; }
@@ -76,6 +96,15 @@ class CView2d : public QWidget, public CImageView, public CWinLevTarget {
   private:
     void RebuildImage();
     void DrawOverlay(QPainter& painter);
+    // Every region record and the composite, in roi_color.
+    void DrawRois(QPainter& painter);
+    void OverlayComposite(QPainter& painter);
+    // Press, move and release of the region modes; false when the mode is none of them.
+    bool RoiPress(float x, float y);
+    bool RoiMove(float x, float y);
+    bool RoiRelease(float x, float y);
+    // The data point under screen point p, by pixel centres.
+    QPointF DataPoint(QPoint p) const;
     QPointF ToScreen(float x, float y) const;
 
     CDataSpace& space_;
@@ -88,4 +117,9 @@ class CView2d : public QWidget, public CImageView, public CWinLevTarget {
     int drag_ = 0;  // the button held: 0 none, 1 left, 4 middle
     QPoint last_;
     QPointF press_data_;
+    CRoiEdit roi_edit_;
+    int roi_kind_ = 4;  // a rectangle until another region is drawn
 };
+
+// The region entries of `view` in `menu` (objectNames "roi_...").
+void AddRoiMenu(QMenu* menu, CView2d* view);

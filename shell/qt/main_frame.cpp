@@ -14,6 +14,7 @@
 
 #include "core/data_space.h"
 #include "core/host.h"
+#include "core/number_format.h"
 #include "core/script_space.h"
 #include "core/window_space.h"
 #include "display/display_update.h"
@@ -24,7 +25,6 @@
 #include "files/qt/dialog_open.h"
 #include "files/qt/dialog_save_as.h"
 #include "files/save_model.h"
-#include "shell/number_format.h"
 #include "shell/qt/form_alloc.h"
 #include "shell/qt/form_desktop.h"
 #include "shell/qt/form_history.h"

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "shell/number_format.h"
+#include "core/number_format.h"
 
 namespace {
 
