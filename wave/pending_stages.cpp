@@ -27,12 +27,3 @@ int mf_2d(wave_params*, float*, uint8_t*, uint8_t*) { return unavailable("mf_2d"
 int mf_2d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("mf_2d_XYZ"); }
 int mf_3d(wave_params*, float*, uint8_t*, uint8_t*) { return unavailable("mf_3d"); }
 int mf_3d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("mf_3d_XYZ"); }
-
-int direct_2d_1axis(wave_params*, float*, uint8_t*, uint8_t*, float**) {
-    return unavailable("direct_2d_1axis");
-}
-int direct_2d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("direct_2d_XYZ"); }
-int direct_3d_1axis(wave_params*, float*, uint8_t*, uint8_t*, float**) {
-    return unavailable("direct_3d_1axis");
-}
-int direct_3d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("direct_3d_XYZ"); }
