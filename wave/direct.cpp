@@ -69,10 +69,11 @@ void fix_sg(const char* name, bool aide, int nd, const int* dims, int* win, int*
     }
     for (int a = 0; a < nd; ++a)
         if (order[a] < 2) {
-            warn(n + wave_fmt(aide ? ": Polynomial order must be at least 2:  fixing so Or[%d] = 2.\n"
-                                   : ": Polynomial order must be at least 2:\n     fixing so "
-                                     "Or[%d] = 2.\n",
-                              a));
+            warn(n +
+                 wave_fmt(aide ? ": Polynomial order must be at least 2:  fixing so Or[%d] = 2.\n"
+                               : ": Polynomial order must be at least 2:\n     fixing so "
+                                 "Or[%d] = 2.\n",
+                          a));
             order[a] = 2;
         }
     if (flags & kNonSeparable) {
@@ -87,9 +88,8 @@ void fix_sg(const char* name, bool aide, int nd, const int* dims, int* win, int*
                             : int(std::floor((std::sqrt(8.0 * area + 1.0) - 3.0) / 2.0));
         for (int a = 0; a < nd; ++a) {
             order[a] = fixed;
-            std::string line = wave_fmt(aide ? "      fixing so Or[%d] = %d"
-                                             : "     fixing so Or[%d] = %d \n",
-                                        a, fixed);
+            std::string line = wave_fmt(
+                aide ? "      fixing so Or[%d] = %d" : "     fixing so Or[%d] = %d \n", a, fixed);
             warn(line, line);
         }
         return;
@@ -218,10 +218,10 @@ bool axis_kernels(int type, int w, int order, float* s, float* d2) {
 }
 
 // Separable kernels (Farid, Romano, SG) with zero padding.
-int separable_path(int nd, const char* name, const float* re, const float* im, Outputs o,
-                   int* dims, int* order, int* win, float regular, const float* pixel,
-                   float mech_freq, int* med, int type, const uint8_t* mask,
-                   const uint8_t* aux_mask, int seq, int nseq) {
+int separable_path(int nd, const char* name, const float* re, const float* im, Outputs o, int* dims,
+                   int* order, int* win, float regular, const float* pixel, float mech_freq,
+                   int* med, int type, const uint8_t* mask, const uint8_t* aux_mask, int seq,
+                   int nseq) {
     if (too_small(nd, dims, name)) return 1;
     if (larger(nd, win, dims)) {
         std::string t = std::string("\n") + name +
@@ -241,15 +241,16 @@ int separable_path(int nd, const char* name, const float* re, const float* im, O
             if (win[a] % 2 == 0) ++win[a];
         std::string n(name);
         if (larger(2, med, dims)) {
-            std::string t = "\n" + n +
-                            ": Median filter window cannot be bigger than image, fixing to 3x3.\n";
+            std::string t =
+                "\n" + n + ": Median filter window cannot be bigger than image, fixing to 3x3.\n";
             warn(t, t);
             med[0] = med[1] = 3;
         }
         const char* axis_name[3] = {"Y", "X", "Z"};
         for (int a : {1, 0, 2}) {
             if (a >= nd || order[a] >= 2) continue;
-            std::string t = "\n" + n + ": Polynomial order must be at least 2:\n     fixing so SG_order[" +
+            std::string t = "\n" + n +
+                            ": Polynomial order must be at least 2:\n     fixing so SG_order[" +
                             axis_name[a] + "] = 2.\n";
             warn(t, t);
             order[a] = 2;
@@ -359,7 +360,8 @@ int aide(int nd, const char* name, const float* rx, const float* ix, Outputs o, 
     mem_allocate(&der, sizeof(float), uint32_t(size_t(2 * nc * nderiv) * n), 0);
     auto apply = nd == 3 ? apply_sg_filter_3d : apply_sg_filter_2d;
     status(".phase", "Computing filtered phase.\n");
-    bool ok = (nd == 3 ? sg_smooth_3d(order, win, coef, flags) : sg_smooth_2d(order, win, coef, flags)) == 0;
+    bool ok = (nd == 3 ? sg_smooth_3d(order, win, coef, flags)
+                       : sg_smooth_2d(order, win, coef, flags)) == 0;
     for (int c = 0; c < 2 * nc && ok; ++c) {
         const float* src = (c % 2 == 0 ? rx : ix) + size_t(c / 2) * 2 * n;
         ok = apply(src, u + c * n, coef, win, dims, flags, 1) == 0;
@@ -461,18 +463,16 @@ int direct_division2(const float* re, const float* im, float* speed2, float* att
                      const float* pixel, float mech_freq, int* med, int flags, int type,
                      const uint8_t* mask, const uint8_t* aux_mask, int seq, int nseq) {
     if (type != 0)
-        return direct_inversion_2d(re, im, speed2, atten, cmu_re, cmu_im, dims, order, win,
-                                   regular, pixel, mech_freq, med, flags, type, mask, aux_mask,
-                                   seq, nseq);
+        return direct_inversion_2d(re, im, speed2, atten, cmu_re, cmu_im, dims, order, win, regular,
+                                   pixel, mech_freq, med, flags, type, mask, aux_mask, seq, nseq);
     return sg_path(2, "direct_division2", re, im, {speed2, atten, cmu_re, cmu_im}, dims, order, win,
                    regular, pixel, mech_freq, med, flags, seq, nseq);
 }
 
 int direct_inversion_2d(const float* re, const float* im, float* speed2, float* atten,
                         float* cmu_re, float* cmu_im, int* dims, int* order, int* win,
-                        float regular, const float* pixel, float mech_freq, int* med, int,
-                        int type, const uint8_t* mask, const uint8_t* aux_mask, int seq,
-                        int nseq) {
+                        float regular, const float* pixel, float mech_freq, int* med, int, int type,
+                        const uint8_t* mask, const uint8_t* aux_mask, int seq, int nseq) {
     return separable_path(2, "direct_inversion_2d", re, im, {speed2, atten, cmu_re, cmu_im}, dims,
                           order, win, regular, pixel, mech_freq, med, type, mask, aux_mask, seq,
                           nseq);
@@ -483,18 +483,16 @@ int direct_division3(const float* re, const float* im, float* speed2, float* att
                      const float* pixel, float mech_freq, int* med, int flags, int type,
                      const uint8_t* mask, const uint8_t* aux_mask, int seq, int nseq) {
     if (type != 0)
-        return direct_inversion_3d(re, im, speed2, atten, cmu_re, cmu_im, dims, order, win,
-                                   regular, pixel, mech_freq, med, flags, type, mask, aux_mask,
-                                   seq, nseq);
+        return direct_inversion_3d(re, im, speed2, atten, cmu_re, cmu_im, dims, order, win, regular,
+                                   pixel, mech_freq, med, flags, type, mask, aux_mask, seq, nseq);
     return sg_path(3, "direct_division3", re, im, {speed2, atten, cmu_re, cmu_im}, dims, order, win,
                    regular, pixel, mech_freq, med, flags, seq, nseq);
 }
 
 int direct_inversion_3d(const float* re, const float* im, float* speed2, float* atten,
                         float* cmu_re, float* cmu_im, int* dims, int* order, int* win,
-                        float regular, const float* pixel, float mech_freq, int* med, int,
-                        int type, const uint8_t* mask, const uint8_t* aux_mask, int seq,
-                        int nseq) {
+                        float regular, const float* pixel, float mech_freq, int* med, int, int type,
+                        const uint8_t* mask, const uint8_t* aux_mask, int seq, int nseq) {
     return separable_path(3, "direct_inversion_3d", re, im, {speed2, atten, cmu_re, cmu_im}, dims,
                           order, win, regular, pixel, mech_freq, med, type, mask, aux_mask, seq,
                           nseq);

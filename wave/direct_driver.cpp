@@ -60,9 +60,9 @@ Setup setup(const wave_params* p, bool volume) {
 
 // "... window[, order ...][, type ...]) " after the head text.
 std::string window_text(const wave_params* p, bool three) {
-    std::string t = three ? wave_fmt("%d x %d x %d window", p->di_win[0], p->di_win[1],
-                                     p->di_win[2])
-                          : wave_fmt("%d x %d window", p->di_win[0], p->di_win[1]);
+    std::string t = three
+                        ? wave_fmt("%d x %d x %d window", p->di_win[0], p->di_win[1], p->di_win[2])
+                        : wave_fmt("%d x %d window", p->di_win[0], p->di_win[1]);
     if (p->di_type == 0 || p->di_type == 3)
         t += three ? wave_fmt(", order %d, %d, %d", p->di_order[0], p->di_order[1], p->di_order[2])
                    : wave_fmt(", order %d, %d", p->di_order[0], p->di_order[1]);
@@ -197,33 +197,32 @@ int three_axes(wave_params* p, float* pairs, uint8_t* mask, bool volume, const s
 }  // namespace
 
 int direct_2d_1axis(wave_params* p, float* pair, uint8_t* mask, uint8_t* aux_mask, float** temp) {
-    std::string head = wave_fmt("Direct Inversion (%s, ", kernel_name(p->di_type)) +
-                       window_text(p, false);
+    std::string head =
+        wave_fmt("Direct Inversion (%s, ", kernel_name(p->di_type)) + window_text(p, false);
     return one_axis(p, pair, mask, aux_mask, temp, false, head,
                     p->di_type == 0 ? "direct_2d_1axis: Error in Direct Division processing.\n"
                                     : "direct_2d_1axis: Error in Direct Inversion processing.\n");
 }
 
 int direct_3d_1axis(wave_params* p, float* pair, uint8_t* mask, uint8_t* aux_mask, float** temp) {
-    std::string head =
-        p->di_2d ? wave_fmt("2-D Direct Inversion (%s, ", kernel_name(p->di_type)) +
-                       window_text(p, false)
-                 : wave_fmt("3-D Direct Inversion (%s, ", kernel_name(p->di_type)) +
-                       window_text(p, true);
+    std::string head = p->di_2d ? wave_fmt("2-D Direct Inversion (%s, ", kernel_name(p->di_type)) +
+                                      window_text(p, false)
+                                : wave_fmt("3-D Direct Inversion (%s, ", kernel_name(p->di_type)) +
+                                      window_text(p, true);
     return one_axis(p, pair, mask, aux_mask, temp, true, head,
                     "direct_3d_1axis: Error in Direct Division processing.\n");
 }
 
 int direct_2d_XYZ(wave_params* p, float* pairs, uint8_t* mask) {
-    std::string head = wave_fmt("Direct Inversion (%s, ", kernel_name(p->di_type)) +
-                       window_text(p, false);
+    std::string head =
+        wave_fmt("Direct Inversion (%s, ", kernel_name(p->di_type)) + window_text(p, false);
     return three_axes(p, pairs, mask, false, head,
                       "direct_2d_XYZ: Error in Direct Division processing.\n");
 }
 
 int direct_3d_XYZ(wave_params* p, float* pairs, uint8_t* mask) {
-    std::string head = wave_fmt("Direct Inversion (%s, ", kernel_name(p->di_type)) +
-                       window_text(p, true);
+    std::string head =
+        wave_fmt("Direct Inversion (%s, ", kernel_name(p->di_type)) + window_text(p, true);
     return three_axes(p, pairs, mask, true, head,
                       "direct_3d_XYZ: Error in Direct Division processing.\n");
 }

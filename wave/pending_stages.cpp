@@ -14,15 +14,6 @@ int unavailable(const char* name) {
 
 }  // namespace
 
-int pg_2d_1axis(wave_params*, float*, uint8_t*, uint8_t*, float**) {
-    return unavailable("pg_2d_1axis");
-}
-int pg_2d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("pg_2d_XYZ"); }
-int pg_3d_1axis(wave_params*, float*, uint8_t*, uint8_t*, float**) {
-    return unavailable("pg_3d_1axis");
-}
-int pg_3d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("pg_3d_XYZ"); }
-
 int mf_2d(wave_params*, float*, uint8_t*, uint8_t*) { return unavailable("mf_2d"); }
 int mf_2d_XYZ(wave_params*, float*, uint8_t*) { return unavailable("mf_2d_XYZ"); }
 int mf_3d(wave_params*, float*, uint8_t*, uint8_t*) { return unavailable("mf_3d"); }

@@ -47,8 +47,8 @@ int nonseparable(int dims, const int* deriv, int order, const int* win, float* c
     auto fit = [&](const int* p, float* out) {
         int nl[3], nr[3];
         for (int a = 0; a < dims; ++a) nl[a] = p[a], nr[a] = win[a] - 1 - p[a];
-        int r = dims == 3 ? SGcoeff3d(deriv, order, nl, nr, out)
-                          : SGcoeff2d(deriv, order, nl, nr, out);
+        int r =
+            dims == 3 ? SGcoeff3d(deriv, order, nl, nr, out) : SGcoeff2d(deriv, order, nl, nr, out);
         if (!r && scale != 1.0f)
             for (int i = 0; i < area; ++i) out[i] *= scale;
         return r;
@@ -208,10 +208,10 @@ int apply_nd(int dims, const float* in, float* out, const float* coef, const int
         }
         std::vector<float> copy;
         if (in == out) copy.assign(in, in + count), in = copy.data();
-        filter3d_zeropad(in, out, nx, ny, nz, k[0], w[1], 0.0f, nullptr, 0, 0.0f, nullptr, 0,
-                         0.0f, 0);
-        filter3d_zeropad(in, out, nx, ny, nz, nullptr, 0, 0.0f, k[1], w[0], 0.0f, nullptr, 0,
-                         0.0f, 1);
+        filter3d_zeropad(in, out, nx, ny, nz, k[0], w[1], 0.0f, nullptr, 0, 0.0f, nullptr, 0, 0.0f,
+                         0);
+        filter3d_zeropad(in, out, nx, ny, nz, nullptr, 0, 0.0f, k[1], w[0], 0.0f, nullptr, 0, 0.0f,
+                         1);
         if (kz)
             filter3d_zeropad(in, out, nx, ny, nz, nullptr, 0, 0.0f, nullptr, 0, 0.0f, kz, w[2],
                              0.0f, 1);

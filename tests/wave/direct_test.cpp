@@ -91,14 +91,17 @@ TEST(DirectInversion, PlaneWavesGiveEachKernelsOwnResponse) {
         "    j = np.arange(len(s)) - len(s) // 2\n"
         "    S = np.sum(s * np.cos(k * j)); D = np.sum(d * np.cos(k * j))\n"
         "    return k * k * S / -(D + (S * np.sum(d) if d0 else 0))\n"
-        "F = {7: (np.array(" + list(farid7) + "), np.array(" + list(farid7d) + ")), 11: (np.array(" +
-        list(farid11) + "), np.array(" + list(farid11d) + "))}\n"
+        "F = {7: (np.array(" +
+        list(farid7) + "), np.array(" + list(farid7d) + ")), 11: (np.array(" + list(farid11) +
+        "), np.array(" + list(farid11d) +
+        "))}\n"
         "for lam in [11.0, 16.0, 27.0, 44.0]:\n"
         "    k = 2 * np.pi / lam\n"
         "    print(k * k / -np.sum(sg(7, 5, deriv=2) * np.cos(k * (np.arange(7) - 3))))\n"
         "    print(resp(*F[7], k)); print(resp(*F[11], k))\n"
         "    print(k * k / (2 - 2 * np.cos(k)))\n"
-        "    print(resp(sg(7, 5), sg(7, 5, deriv=2), k)); print(resp(sg(11, 3), sg(11, 3, deriv=2), k))\n";
+        "    print(resp(sg(7, 5), sg(7, 5, deriv=2), k)); print(resp(sg(11, 3), sg(11, 3, "
+        "deriv=2), k))\n";
     auto want = peer::Values(script);
     ASSERT_EQ(want.size(), 24u);
     for (int l = 0; l < 4; ++l) {
@@ -159,9 +162,8 @@ TEST(DirectInversion, RandomSmoothFieldEqualsScipyWithTheSameKernels) {
         Result got = run_di(pair, nx, ny, c.type, c.win, c.order, 0, 1e-6f, mask.data());
         ASSERT_EQ(got.status, 0);
         auto want = floats(p.Get(c.id));  // (x, y, 3) x first: cmu re, cmu im, speed2
-        std::vector<float> wre(want.begin(), want.begin() + n), wim(want.begin() + n,
-                                                                    want.begin() + 2 * n),
-            wsp(want.begin() + 2 * n, want.end());
+        std::vector<float> wre(want.begin(), want.begin() + n),
+            wim(want.begin() + n, want.begin() + 2 * n), wsp(want.begin() + 2 * n, want.end());
         EXPECT_LT(max_error(got.cre, wre), 1e-4) << c.type;
         EXPECT_LT(max_error(got.cim, wim), 1e-4) << c.type;
         EXPECT_LT(max_error(got.speed2, wsp), 1e-4) << c.type;
@@ -182,7 +184,8 @@ TEST(DirectInversion, QuirksZeroImageClampRegularisationAndEmptyMask) {
     // A growing exponential has G = -1 / a^2 < 0: clamped to 0 in the division path only.
     auto grow = wave(nx, ny, [](int, int) { return 0.0; });
     for (int y = 0; y < ny; ++y)
-        for (int x = 0; x < nx; ++x) grow[y * nx + x] = float(std::exp(0.2 * x)), grow[n + y * nx + x] = 0.0f;
+        for (int x = 0; x < nx; ++x)
+            grow[y * nx + x] = float(std::exp(0.2 * x)), grow[n + y * nx + x] = 0.0f;
     Result sg0 = run_di(grow, nx, ny, 0, 7, 3);
     Result sg3 = run_di(grow, nx, ny, 3, 7, 3);
     EXPECT_EQ(interior(sg0.cre, nx, ny, 7), 0.0);
@@ -236,13 +239,14 @@ TEST(DirectInversion, FixUpsAlterTheCallersArraysWithTheirTexts) {
                                    o.data() + 2 * n, o.data() + 3 * n, dims, order, win, 1e-6f,
                                    pixel, 60.0f, med, 0, 0, nullptr, nullptr, 0, 0),
                   0);
-        EXPECT_EQ(d.log,
-                  "\ndirect_division2: Median filter window cannot be bigger than image, fixing to "
-                  "3x3.\n"
-                  "\ndirect_division2: Polynomial order must be at least 2:\n     fixing so Or[0] = "
-                  "2.\n"
-                  "\ndirect_division2: Polynomial order must be smaller than window size:\n"
-                  "     fixing so Or[1] = 6\n");
+        EXPECT_EQ(
+            d.log,
+            "\ndirect_division2: Median filter window cannot be bigger than image, fixing to "
+            "3x3.\n"
+            "\ndirect_division2: Polynomial order must be at least 2:\n     fixing so Or[0] = "
+            "2.\n"
+            "\ndirect_division2: Polynomial order must be smaller than window size:\n"
+            "     fixing so Or[1] = 6\n");
         EXPECT_EQ(win[0], 5);
         EXPECT_EQ(win[1], 7);
         EXPECT_EQ(order[0], 2);
@@ -273,12 +277,13 @@ TEST(DirectInversion, FixUpsAlterTheCallersArraysWithTheirTexts) {
                   0);
         std::string err = testing::internal::GetCapturedStderr();
         wave_quiet[WF_DI] = 1;
-        EXPECT_EQ(err,
-                  "\ndirect_inversion_2d: Filter window cannot be bigger than image, fixing to 5x5.\n"
-                  "\ndirect_inversion_2d: Polynomial order must be at least 2:\n     fixing so "
-                  "SG_order[Y] = 2.\n"
-                  "\ndirect_inversion_2d: Polynomial order must be smaller than window size:\n"
-                  "     fixing so SG_order[X] = 4\n");
+        EXPECT_EQ(
+            err,
+            "\ndirect_inversion_2d: Filter window cannot be bigger than image, fixing to 5x5.\n"
+            "\ndirect_inversion_2d: Polynomial order must be at least 2:\n     fixing so "
+            "SG_order[Y] = 2.\n"
+            "\ndirect_inversion_2d: Polynomial order must be smaller than window size:\n"
+            "     fixing so SG_order[X] = 4\n");
         EXPECT_EQ(win[0], 5);
         EXPECT_EQ(order[1], 4);
     }
@@ -323,9 +328,9 @@ Result run_aide(const std::vector<float>& ux, const std::vector<float>& uy, int 
     int dims[2] = {ny, nx}, win[2] = {7, 7}, order[2] = {5, 5}, med[2] = {1, 1};
     float pixel[2] = {float(kDx), float(kDx)};
     (void)nd;
-    r.status = aide_2d(planes.data(), planes.data() + n, r.speed2.data(), r.atten.data(),
-                       r.cre.data(), r.cim.data(), dims, order, win, 1e-6f, pixel, float(kF), med,
-                       flags);
+    r.status =
+        aide_2d(planes.data(), planes.data() + n, r.speed2.data(), r.atten.data(), r.cre.data(),
+                r.cim.data(), dims, order, win, 1e-6f, pixel, float(kF), med, flags);
     return r;
 }
 
@@ -334,7 +339,8 @@ Result run_aide(const std::vector<float>& ux, const std::vector<float>& uy, int 
 TEST(Aide, TransverseWaveEqualsDirectInversionAndSeparatesTwoSpeeds) {
     const int nx = 120, ny = 40;
     const double ls = 22.0, lp = 40.0;  // wavelengths in pixels
-    auto none = wave(nx, ny, [](int, int) { return 0.0; }, 0.0);
+    auto none = wave(
+        nx, ny, [](int, int) { return 0.0; }, 0.0);
     auto shear = wave(nx, ny, [&](int x, int) { return 2 * kPi * x / ls; });
     auto press = wave(nx, ny, [&](int x, int) { return 2 * kPi * x / lp + 0.3; });
     // Transverse: y displacement travelling along x, no divergence.
@@ -447,9 +453,9 @@ TEST(DirectDrivers, PhantomThroughOneAndThreeComponentsWithTextsAndOutputs) {
     EXPECT_EQ(d.images[&stack][0], d.images[&stiff][0]);
     EXPECT_EQ(d.images[&stack][1], d.images[&atten][0]);
     ASSERT_EQ(d.images[&cmu][0].size(), 2 * size_t(ph.nx) * ph.ny);
-    EXPECT_EQ(std::vector<float>(d.images[&cmu][0].begin(),
-                                 d.images[&cmu][0].begin() + ph.nx * ph.ny),
-              d.images[&stack][2]);
+    EXPECT_EQ(
+        std::vector<float>(d.images[&cmu][0].begin(), d.images[&cmu][0].begin() + ph.nx * ph.ny),
+        d.images[&stack][2]);
 
     // Three components, the same wave at different amplitudes: the weighted mean of the
     // inverse moduli is the one modulus.
@@ -493,7 +499,8 @@ TEST(DirectDrivers, VolumeSliceBySliceAndWhole) {
     size_t n = size_t(ph.nx) * ph.ny;
     std::vector<float> vol(2 * n * nz);
     for (int z = 0; z < nz; ++z)
-        for (size_t i = 0; i < n; ++i) vol[z * n + i] = ph.pair[i], vol[(nz + z) * n + i] = ph.pair[n + i];
+        for (size_t i = 0; i < n; ++i)
+            vol[z * n + i] = ph.pair[i], vol[(nz + z) * n + i] = ph.pair[n + i];
     p.di_type = 2;
     p.di_win[0] = p.di_win[1] = 11;
     p.di_win[2] = 1;

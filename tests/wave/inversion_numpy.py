@@ -55,6 +55,33 @@ def direct(a, args):
     return np.stack([(G.real * w * w), (G.imag * w * w), speed2], axis=-1).astype(np.float32)
 
 
+def phase_slopes(phase, hx, hy, dx, dy):
+    """Per pixel, rows (and columns) of the window unwrapped with numpy.unwrap, a line fitted
+    by numpy.polyfit, slopes averaged with the sums of the Gaussian weights of each row."""
+    nx, ny = phase.shape
+    g = lambda h: np.exp(-((np.arange(2 * h + 1) - h) ** 2) / (2 * (0.25 * (2 * h + 1)) ** 2))
+    gx, gy = g(hx), g(hy)
+    out = np.zeros((nx, ny, 2))
+    for x in range(nx):
+        for y in range(ny):
+            x0, x1, y0, y1 = max(x - hx, 0), min(x + hx, nx - 1), max(y - hy, 0), min(y + hy, ny - 1)
+            for axis in (0, 1):
+                S = W = 0.0
+                lines = range(y0, y1 + 1) if axis == 0 else range(x0, x1 + 1)
+                for l in lines:
+                    if axis == 0:
+                        ph, pos = phase[x0:x1 + 1, l], np.arange(x0, x1 + 1) * dx
+                        w = gx[x0 - x + hx:x1 - x + hx + 1] * gy[l - y + hy]
+                    else:
+                        ph, pos = phase[l, y0:y1 + 1], np.arange(y0, y1 + 1) * dy
+                        w = gy[y0 - y + hy:y1 - y + hy + 1] * gx[l - x + hx]
+                    if len(ph) > 1:
+                        S += np.polyfit(pos, np.unwrap(ph.astype(np.float64)), 1)[0] * w.sum()
+                        W += w.sum()
+                out[x, y, axis] = S / W
+    return out
+
+
 def compute(a, op, args):
     if op == "sep":
         return sep(a[args[0]], a[args[1]], a[args[2]]).astype(np.float32)
@@ -65,6 +92,9 @@ def compute(a, op, args):
     if op == "nonsep":  # kernel saved x first as (win x, win y)
         return ndi.correlate(a[args[0]].astype(np.float64), a[args[1]].astype(np.float64),
                              mode="constant").astype(np.float32)
+    if op == "pg":  # phase hx hy dx dy: est = |slope| / (2 pi)
+        s = phase_slopes(a[args[0]], int(args[1]), int(args[2]), float(args[3]), float(args[4]))
+        return (np.hypot(s[..., 0], s[..., 1]) / (2 * np.pi)).astype(np.float32)
     if op == "direct":
         return direct(a, args)
     raise ValueError(op)

@@ -112,8 +112,8 @@ TEST(SgFilter, VariantModesReproduceAQuadraticUpToTheEdges) {
         ASSERT_EQ(apply_sg_filter_2d(img.data(), out.data(), k.data(), win, dims, mode, 1), 0);
         for (int y = 0; y < ny; ++y)
             for (int x = 0; x < nx; ++x) {
-                size_t at = mode == 64 ? size_t(y) * nx + x
-                                       : size_t(centre(y, ny)) * nx + centre(x, nx);
+                size_t at =
+                    mode == 64 ? size_t(y) * nx + x : size_t(centre(y, ny)) * nx + centre(x, nx);
                 EXPECT_NEAR(out[size_t(y) * nx + x], img[at], 2e-4) << mode << " " << x << " " << y;
             }
         ASSERT_EQ(sg_laplacian_2d(order, win, pixel, k.data(), mode), 0);
@@ -137,7 +137,8 @@ TEST(SgFilter, VolumeFormsAgreeWithThePlaneOnAQuadraticAndRejectBadWindows) {
     for (int z = 0; z < nz; ++z)
         for (int y = 0; y < ny; ++y)
             for (int x = 0; x < nx; ++x)
-                vol[(size_t(z) * ny + y) * nx + x] = float(0.1 * x * x - 0.05 * y * y + 0.2 * z * z + x * z * 0.01);
+                vol[(size_t(z) * ny + y) * nx + x] =
+                    float(0.1 * x * x - 0.05 * y * y + 0.2 * z * z + x * z * 0.01);
     for (int mode : {64, 192}) {
         std::vector<float> k(sg_kernel_size(win, mode, 3)), out(vol.size());
         ASSERT_EQ(sg_laplacian_3d(order, win, pixel, k.data(), mode), 0);
