@@ -143,20 +143,17 @@ void slope_y_2d(const float* phase, const uint8_t* mask, float* out, int nx, int
 
 void slope_x_3d(const float* phase, const uint8_t* mask, float* out, int nx, int ny, int nz,
                 float fov_x, float** W, int32_t** offs, int hx, int hy, int hz, int seq, int nseq) {
-    slope_axis(phase, mask, out, nx, ny, nz, 0, double(fov_x) / nx, W, offs, hx, hy, hz, seq,
-               nseq);
+    slope_axis(phase, mask, out, nx, ny, nz, 0, double(fov_x) / nx, W, offs, hx, hy, hz, seq, nseq);
 }
 
 void slope_y_3d(const float* phase, const uint8_t* mask, float* out, int nx, int ny, int nz,
                 float fov_y, float** W, int32_t** offs, int hx, int hy, int hz, int seq, int nseq) {
-    slope_axis(phase, mask, out, nx, ny, nz, 1, double(fov_y) / ny, W, offs, hx, hy, hz, seq,
-               nseq);
+    slope_axis(phase, mask, out, nx, ny, nz, 1, double(fov_y) / ny, W, offs, hx, hy, hz, seq, nseq);
 }
 
 void slope_z_3d(const float* phase, const uint8_t* mask, float* out, int nx, int ny, int nz,
                 float fov_z, float** W, int32_t** offs, int hx, int hy, int hz, int seq, int nseq) {
-    slope_axis(phase, mask, out, nx, ny, nz, 2, double(fov_z) / nz, W, offs, hx, hy, hz, seq,
-               nseq);
+    slope_axis(phase, mask, out, nx, ny, nz, 2, double(fov_z) / nz, W, offs, hx, hy, hz, seq, nseq);
 }
 
 void direction_smooth(float* ux, float* uy, const float* mag, const uint8_t* mask, int nx, int ny,
@@ -336,8 +333,8 @@ int pg_run(const PgJob& j, const float* in, const float* amp2, int n, int pairs,
             pg_core_3d(phase, j.mask, ek, j.nx, j.ny, j.nz, j.fov[0], j.fov[1], j.fov[2], j.win, k,
                        n);
         else
-            pg_core_2d(phase, j.mask, ek, dk, j.nx, j.ny, j.fov[0], j.fov[1], j.win[0], j.win[1],
-                       k, n, j.dir_on, j.dir_angle);
+            pg_core_2d(phase, j.mask, ek, dk, j.nx, j.ny, j.fov[0], j.fov[1], j.win[0], j.win[1], k,
+                       n, j.dir_on, j.dir_angle);
         if (!average) continue;
         for (size_t i = 0; i < npix; ++i) {
             if (average == 1)
@@ -368,15 +365,22 @@ int phgrad_2d(const float* in, const float* amp2_buf, const uint8_t* mask, int n
               int pairs_flag, int average_flag, float fov_x, float fov_y, const int* win,
               lfe_callback callback, float** est_holder, float** dir_holder, int dir_on,
               float dir_angle) {
-    PgJob j{"phgrad_2d", nx, ny, 1, mask, {fov_x, fov_y, 1.0f}, {win[0], win[1], 1}, dir_on,
-            dir_angle};
+    PgJob j{"phgrad_2d",         nx,     ny,       1, mask, {fov_x, fov_y, 1.0f},
+            {win[0], win[1], 1}, dir_on, dir_angle};
     return pg_run(j, in, amp2_buf, n, pairs_flag, average_flag, callback, est_holder, dir_holder);
 }
 
 int phgrad_3d(const float* in, const float* amp2_buf, const uint8_t* mask, int nx, int ny, int nz,
               int n, int pairs_flag, int average_flag, float fov_x, float fov_y, float fov_z,
               const int* win, lfe_callback callback, float** est_holder) {
-    PgJob j{"phgrad_3d", nx, ny, std::max(nz, 1), mask, {fov_x, fov_y, fov_z},
-            {win[0], win[1], win[2]}, 0, 0.0f};
+    PgJob j{"phgrad_3d",
+            nx,
+            ny,
+            std::max(nz, 1),
+            mask,
+            {fov_x, fov_y, fov_z},
+            {win[0], win[1], win[2]},
+            0,
+            0.0f};
     return pg_run(j, in, amp2_buf, n, pairs_flag, average_flag, callback, est_holder, nullptr);
 }

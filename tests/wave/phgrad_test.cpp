@@ -53,7 +53,8 @@ TEST(PhaseGradient, PlaneWavesGiveTheirFrequencyAlsoWhenWrappingOften) {
                       1);
             for (int y = 0; y < ny; ++y)
                 for (int x = 0; x < nx; ++x)
-                    ASSERT_NEAR(est[y * nx + x], k, 0.005 * k) << k << " " << angle << " " << x << " " << y;
+                    ASSERT_NEAR(est[y * nx + x], k, 0.005 * k)
+                        << k << " " << angle << " " << x << " " << y;
             mem_free_level(level, 0);
         }
     }
@@ -86,8 +87,8 @@ TEST(PhaseGradient, ProjectionAndDirectionOutputs) {
     // A mask: zeros outside, and the window only counts inside.
     std::vector<uint8_t> mask(est.size(), 1);
     for (int x = 0; x < nx; ++x) mask[x] = 0;
-    pg_core_2d(ph.data(), mask.data(), est.data(), dir.data(), nx, ny, float(fov), float(fov), 5,
-               5, 0, 0, 0, 0.0f);
+    pg_core_2d(ph.data(), mask.data(), est.data(), dir.data(), nx, ny, float(fov), float(fov), 5, 5,
+               0, 0, 0, 0.0f);
     EXPECT_EQ(est[3], 0.0f);
     EXPECT_EQ(dir[3], 0.0f);
     EXPECT_NEAR(est[nx + 3], k, 0.005 * k);
@@ -136,8 +137,8 @@ TEST(PhaseGradient, ChecksAveragingAndHoles) {
               "\nrequired amp2_buf is null in phgrad_3d\n");
     wave_quiet[WF_PG] = 0;
     testing::internal::CaptureStderr();
-    phgrad_2d(ph.data(), nullptr, nullptr, nx, ny, 2, 0, 2, 0.1f, 0.1f, win, nullptr, &est,
-              nullptr, 0, 0.0f);
+    phgrad_2d(ph.data(), nullptr, nullptr, nx, ny, 2, 0, 2, 0.1f, 0.1f, win, nullptr, &est, nullptr,
+              0, 0.0f);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "\nNULL amp2_buf in phgrad_2d; amp2_buf is REQUIRED \n"
               "for squared-amplitude-weighted averaging when input \n"
@@ -164,8 +165,8 @@ TEST(PhaseGradient, ChecksAveragingAndHoles) {
     auto holed = a;
     holed[15 * 40 + 20] = NAN;
     float* e2 = nullptr;
-    ASSERT_EQ(phgrad_2d(holed.data(), nullptr, nullptr, 40, 30, 1, 0, 0, float(fov), float(fov), win,
-                        nullptr, &e2, nullptr, 0, 0.0f),
+    ASSERT_EQ(phgrad_2d(holed.data(), nullptr, nullptr, 40, 30, 1, 0, 0, float(fov), float(fov),
+                        win, nullptr, &e2, nullptr, 0, 0.0f),
               1);
     for (size_t i = 0; i < n; ++i) EXPECT_NEAR(e2[i], 10.0, 0.05) << i;
     // 3-D: a ramp along z.
@@ -173,7 +174,8 @@ TEST(PhaseGradient, ChecksAveragingAndHoles) {
     std::vector<float> vol(size_t(nx) * ny * nz);
     for (int z = 0; z < nz; ++z)
         for (int i = 0; i < nx * ny; ++i)
-            vol[size_t(z) * nx * ny + i] = float(std::remainder(2 * kPi * 25.0 * z * 0.08 / nz, 2 * kPi));
+            vol[size_t(z) * nx * ny + i] =
+                float(std::remainder(2 * kPi * 25.0 * z * 0.08 / nz, 2 * kPi));
     float* e3 = nullptr;
     ASSERT_EQ(phgrad_3d(vol.data(), nullptr, nullptr, nx, ny, nz, 1, 0, 0, 0.1f, 0.1f, 0.08f, win,
                         nullptr, &e3),
