@@ -17,6 +17,8 @@
 namespace {
 
 constexpr float kOctaveRoot = 1.4142135f;
+// Below this many pixels a loop stays on one thread.
+constexpr int kParallelPixels = 1 << 15;
 
 // One filter of band centre f into `filter`; k picks which of the band's filters.
 using FilterFn = void (*)(float* filter, int k, double f, const void* ctx);
@@ -71,11 +73,15 @@ int run_bank(const Bank& b, float* buf, float* est, float* cert, int nbands, flo
         float* q = bands + size_t(band) * npix;
         for (int k = 0; k < b.nfilters; ++k) {
             b.make(filter, k, f, &b);
+            // Pixel by pixel, so the result is the same on any number of threads; the threads
+            // the transforms use would otherwise wait between them.
+#pragma omp parallel for schedule(static) if (npix >= kParallelPixels)
             for (int i = 0; i < npix; ++i) {
                 work[2 * i] = buf[2 * i] * filter[i];
                 work[2 * i + 1] = buf[2 * i + 1] * filter[i];
             }
             GENERAL_cvfft_3d(work, b.sx, b.sy, b.sz, -1);
+#pragma omp parallel for schedule(static) if (npix >= kParallelPixels)
             for (int i = 0; i < npix; ++i)
                 q[i] += std::sqrt(work[2 * i] * work[2 * i] + work[2 * i + 1] * work[2 * i + 1]);
         }
@@ -304,6 +310,7 @@ void lfe_combine(const float* bands, float* est, float* cert, int npix, int nx, 
     double r = ratio_root, r2 = double(ratio_root) * ratio_root;
     std::vector<double> fb(std::max(nbands - 1, 0));
     for (int b = 0; b + 1 < nbands; ++b) fb[b] = base_freq * r * std::pow(r2, b);
+#pragma omp parallel for schedule(static) if (npix >= kParallelPixels)
     for (int i = 0; i < npix; ++i) {
         double num = 0.0, den = 0.0;
         for (int b = 0; b + 1 < nbands; ++b) {
