@@ -138,7 +138,8 @@ int three_axes(wave_params* p, float* pairs, uint8_t* mask, bool volume, const s
     Setup s = setup(p, volume);
     size_t n = s.n;
     int level = mem_next_level();
-    float *out = nullptr, *w = nullptr, *temp = nullptr;
+    // Holders live to the end: the table writes to them when the level is freed.
+    float *out = nullptr, *w = nullptr, *temp = nullptr, *in = nullptr, *res = nullptr;
     mem_allocate(&out, sizeof(float), uint32_t(4 * n), 0);
     bool ok = true;
     if (p->di_aide) {
@@ -147,7 +148,6 @@ int three_axes(wave_params* p, float* pairs, uint8_t* mask, bool volume, const s
         if (volume && p->di_2d) {
             // Slice by slice: the planes of each slice gathered in the x, y order of aide_2d.
             size_t plane = size_t(s.nx) * s.ny;
-            float *in = nullptr, *res = nullptr;
             mem_allocate(&in, sizeof(float), uint32_t(4 * plane), 0);
             mem_allocate(&res, sizeof(float), uint32_t(4 * plane), 0);
             for (int z = 0; z < s.nz && ok; ++z) {

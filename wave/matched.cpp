@@ -149,8 +149,8 @@ void mf_core(const mf_complex* wave, mf_complex* ratio, const float* weights, fl
             std::complex<double> B = complex_dot(L.data(), ext.data(), int(ext.size()));
             std::complex<double> q = B / A, qp = q / p2;
             ratio[p] = mf_complex(qp);
-            err[p] = float((std::norm(qp) * ef + el - 2 * qp.real() * ec) / std::norm(A) /
-                           (p2 * p2));
+            err[p] =
+                float((std::norm(qp) * ef + el - 2 * qp.real() * ec) / std::norm(A) / (p2 * p2));
         }
     }
     if (!wave_quiet[WF_MF]) wave_say(WF_MF, nullptr, "\r                            \r");
@@ -189,8 +189,8 @@ int matched_filter(const float* re, const float* im, float* speed2, float* atten
         if (regular > 1e-7f && (!sel || sel[i]) && std::isfinite(mag2[i]))
             gathered.push_back(mag2[i]);
     }
-    float reg = gathered.empty() ? 0.0f
-                                 : median_select(gathered.data(), int(gathered.size())) * regular;
+    float reg =
+        gathered.empty() ? 0.0f : median_select(gathered.data(), int(gathered.size())) * regular;
     double w = 2 * std::numbers::pi * mech_freq, w2 = w * w;
     for (size_t i = 0; i < n; ++i) {
         speed2[i] = atten[i] = cmu_re[i] = cmu_im[i] = 0.0f;

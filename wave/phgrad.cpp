@@ -22,13 +22,12 @@ constexpr float kInvTwoPi = 0.15915494f;
 
 // A window image: the row table then the elements, one table block.
 template <class T>
-T** make_window_image(int hx, int hy, int hz) {
+T** make_window_image(void** block, int hx, int hy, int hz) {
     int nrows = (2 * hy + 1) * (2 * hz + 1), width = 2 * hx + 1;
     size_t table = sizeof(T*) * size_t(nrows);
-    void* block = nullptr;
-    mem_allocate(&block, 1, uint32_t(table + sizeof(T) * size_t(nrows) * width), 0);
-    T** rows = static_cast<T**>(block);
-    T* data = reinterpret_cast<T*>(static_cast<char*>(block) + table);
+    mem_allocate(block, 1, uint32_t(table + sizeof(T) * size_t(nrows) * width), 0);
+    T** rows = static_cast<T**>(*block);
+    T* data = reinterpret_cast<T*>(static_cast<char*>(*block) + table);
     for (int r = 0; r < nrows; ++r) rows[r] = data + size_t(r) * width + hx;
     return rows + (nrows / 2);
 }
@@ -103,8 +102,8 @@ void slope_axis(const float* phase, const uint8_t* mask, float* out, int nx, int
 
 }  // namespace
 
-float** weight_image(int hx, int hy, int hz) {
-    float** rows = make_window_image<float>(hx, hy, hz);
+float** weight_image(void** block, int hx, int hy, int hz) {
+    float** rows = make_window_image<float>(block, hx, hy, hz);
     std::vector<float> gx(2 * hx + 1), gy(2 * hy + 1), gz(2 * hz + 1);
     gaussian_vector(gx.data(), 2 * hx + 1, hx, 0.25 * (2 * hx + 1), 0);
     gaussian_vector(gy.data(), 2 * hy + 1, hy, 0.25 * (2 * hy + 1), 0);
@@ -116,8 +115,8 @@ float** weight_image(int hx, int hy, int hz) {
     return rows;
 }
 
-int32_t** offset_image(int hx, int hy, int hz, int nx, int ny) {
-    int32_t** rows = make_window_image<int32_t>(hx, hy, hz);
+int32_t** offset_image(void** block, int hx, int hy, int hz, int nx, int ny) {
+    int32_t** rows = make_window_image<int32_t>(block, hx, hy, hz);
     for (int k = -hz; k <= hz; ++k)
         for (int j = -hy; j <= hy; ++j)
             for (int i = -hx; i <= hx; ++i)
@@ -125,10 +124,8 @@ int32_t** offset_image(int hx, int hy, int hz, int nx, int ny) {
     return rows;
 }
 
-void free_window_image(void* rows, int hy, int hz) {
-    if (!rows) return;
-    void* block = static_cast<void**>(rows) - ((2 * hy + 1) * (2 * hz + 1)) / 2;
-    mem_free(&block, 0);
+void free_window_image(void** block) {
+    if (*block) mem_free(block, 0);
 }
 
 void slope_x_2d(const float* phase, const uint8_t* mask, float* out, int nx, int ny, float fov_x,
@@ -193,8 +190,10 @@ void pg_core_2d(const float* phase, const uint8_t* mask, float* est, float* dir,
     int hx = winx / 2, hy = winy / 2;
     size_t n = size_t(nx) * ny;
     int level = mem_next_level();
-    float** W = weight_image(hx, hy, 0);
-    int32_t** offs = offset_image(hx, hy, 0, nx, ny);
+    void *wblock = nullptr, *oblock = nullptr;
+    float *mag = nullptr, *ux = nullptr, *uy = nullptr;  // held by the table to the end
+    float** W = weight_image(&wblock, hx, hy, 0);
+    int32_t** offs = offset_image(&oblock, hx, hy, 0, nx, ny);
     float *sx = nullptr, *sy = nullptr;
     mem_allocate(&sx, sizeof(float), uint32_t(2 * n), 0);
     sy = sx + n;
@@ -206,7 +205,6 @@ void pg_core_2d(const float* phase, const uint8_t* mask, float* est, float* dir,
         for (size_t i = 0; i < n; ++i)
             est[i] = inside(i) ? std::sqrt(sx[i] * sx[i] + sy[i] * sy[i]) * kInvTwoPi : 0.0f;
     } else {
-        float *mag = nullptr, *ux = nullptr, *uy = nullptr;
         mem_allocate(&mag, sizeof(float), uint32_t(3 * n), 0);
         ux = mag + n;
         uy = mag + 2 * n;
@@ -232,8 +230,8 @@ void pg_core_2d(const float* phase, const uint8_t* mask, float* est, float* dir,
             float d = std::atan2(sy[i], sx[i]) * -57.29578f;
             dir[i] = d < 0.0f ? d + 360.0f : d;
         }
-    free_window_image(W, hy, 0);
-    free_window_image(offs, hy, 0);
+    free_window_image(&wblock);
+    free_window_image(&oblock);
     mem_free_level(level, 0);
 }
 
@@ -242,8 +240,9 @@ void pg_core_3d(const float* phase, const uint8_t* mask, float* est, int nx, int
     int hx = win[0] / 2, hy = win[1] / 2, hz = win[2] / 2;
     size_t n = size_t(nx) * ny * nz;
     int level = mem_next_level();
-    float** W = weight_image(hx, hy, hz);
-    int32_t** offs = offset_image(hx, hy, hz, nx, ny);
+    void *wblock = nullptr, *oblock = nullptr;
+    float** W = weight_image(&wblock, hx, hy, hz);
+    int32_t** offs = offset_image(&oblock, hx, hy, hz, nx, ny);
     float* s = nullptr;
     mem_allocate(&s, sizeof(float), uint32_t(3 * n), 0);
     std::fill(s, s + 3 * n, 0.0f);
@@ -255,8 +254,8 @@ void pg_core_3d(const float* phase, const uint8_t* mask, float* est, int nx, int
         float a = s[i], b = s[n + i], c = s[2 * n + i];
         est[i] = (!mask || mask[i]) ? std::sqrt(a * a + b * b + c * c) * kInvTwoPi : 0.0f;
     }
-    free_window_image(W, hy, hz);
-    free_window_image(offs, hy, hz);
+    free_window_image(&wblock);
+    free_window_image(&oblock);
     mem_free_level(level, 0);
 }
 

@@ -15,12 +15,13 @@
 
 #include "wave/lfe.h"
 
-// The separable Gaussian weights, sigma = (2h + 1) / 4 along each axis.
-float** weight_image(int hx, int hy, int hz);
+// The separable Gaussian weights, sigma = (2h + 1) / 4 along each axis. The image and its
+// row table are one block of the allocation table, held in *block.
+float** weight_image(void** block, int hx, int hy, int hz);
 // The pixel offset (k * ny + j) * nx + i of each element.
-int32_t** offset_image(int hx, int hy, int hz, int nx, int ny);
+int32_t** offset_image(void** block, int hx, int hy, int hz, int nx, int ny);
 // Frees a weight or offset image with its row table.
-void free_window_image(void* rows, int hy, int hz);
+void free_window_image(void** block);
 
 // Slope of the phase (radians per metre) along x, y or z at each masked pixel (a null mask
 // is all inside); a pixel whose window holds fewer than 3 accepted points keeps what `out`

@@ -70,11 +70,11 @@ TEST(MatchedFilter, PlaneWavesGiveTheThreeTapLaplaciansResponse) {
         for (double angle : {0.0, 0.5}) {
             double k = 2 * kPi / lam;
             auto pair = plane_pair(nx, ny, k * std::cos(angle), k * std::sin(angle));
-            ASSERT_EQ(matched_filter(pair.data(), pair.data() + n, o.data(), o.data() + n,
-                                     o.data() + 2 * n, o.data() + 3 * n, nx, ny, float(nx * kDx),
-                                     float(ny * kDx), float(kF), win, 1e-6f, nullptr, nullptr, 0,
-                                     0),
-                      0);
+            ASSERT_EQ(
+                matched_filter(pair.data(), pair.data() + n, o.data(), o.data() + n,
+                               o.data() + 2 * n, o.data() + 3 * n, nx, ny, float(nx * kDx),
+                               float(ny * kDx), float(kF), win, 1e-6f, nullptr, nullptr, 0, 0),
+                0);
             // (f / k)^2 scaled by the response of the 5-point Laplacian along each axis.
             double kx = k * std::cos(angle), ky = k * std::sin(angle);
             double resp = k * k / ((2 - 2 * std::cos(kx)) + (2 - 2 * std::cos(ky)));
