@@ -48,16 +48,6 @@ std::string OutputName(CMuForm& form, bool keep, const std::string& format, cons
     return FormatOutputName(format, form.base_name, form.count, error);
 }
 
-// Refuses a stage that is only a placeholder in this build.
-int Unavailable(std::string* status, std::initializer_list<const char*> stages) {
-    for (const char* s : stages)
-        if (!wave_stage_available(s)) {
-            *status = Printf("%s: not available in this build.", s);
-            return 1;
-        }
-    return 0;
-}
-
 }  // namespace
 
 int CPageMu::Target(MuOutputTarget* t, bool on, const std::string& format, const char* palette,
@@ -544,7 +534,6 @@ int CPageMuFilter::Prepare() {
     wave_params& r = form_.record;
     CDataSpace& s = form_.space;
     bool volume = r.nz > 1;
-    if (Unavailable(&status_, {volume ? "pre_filter_3d" : "pre_filter"})) return 1;
     static const char* kFixed[] = {"quelmor.pre", "quelmor.pre.y", "quelmor.pre.z"};
     const std::string formats[] = {c.pre_format, b.pre_y_format, b.pre_z_format};
     int axes = b.xyz ? 3 : 1;
@@ -665,11 +654,6 @@ void CPageMuOutput::Report(std::string* out) {
 int CPageMuOutput::Prepare() {
     auto& t = form_.targets;
     wave_params& r = form_.record;
-    // Time series need the harmonic extracted, whatever else is asked for.
-    if (!form_.block.harmin &&
-        Unavailable(&status_, {r.nz > 1 ? "phase_offset_filtering_3d" : "phase_offset_filtering"}))
-        return 1;
-    if (c.interp_out && Unavailable(&status_, {"interp_images"})) return 1;
     if (Target(&t.magmask, c.magmask_out, c.magmask, "grey", 0,
                "append magnitude output not found") ||
         Target(&t.interp, c.interp_out, c.interp, "awave", c.interp_mask,
@@ -794,13 +778,6 @@ int CPageMuLfe::Prepare() {
     wave_params& r = form_.record;
     const MuOptionBlock& b = form_.block;
     bool xyz = b.xyz != 0;
-    if (r.lfe_on) {
-        // Three encodings go through the one-axis chain each, unless AIDE takes them together.
-        bool together = xyz && b.di_aide;
-        const char* stage = r.nz > 1 ? (together ? "lfe_3d_XYZ" : "lfe_3d_1axis")
-                                     : (together ? "lfe_2d_XYZ" : "lfe_2d_1axis");
-        if (Unavailable(&status_, {stage})) return 1;
-    }
     if (Target(&t.lfe_est, c.lfe_est_out, c.lfe_est, "grey", 0,
                "append estimate output not found") ||
         Target(&t.lfe_stiff, c.lfe_stiff_out, c.lfe_stiff, "aaasmo", 0,

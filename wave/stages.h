@@ -8,10 +8,6 @@
 
 #include "wave/wave_params.h"
 
-// False for a stage below whose implementation is not in this build (it would only report
-// "<name>: not available in this build."), so a caller can refuse before a run.
-bool wave_stage_available(const char* name);
-
 // Harmonic extraction over the offsets; leaves R in offset plane 1 and I in plane 2.
 int phase_offset_filtering(float* stack, int nx, int ny, int nt, int harmonic);
 int phase_offset_filtering_3d(float* stack, int nx, int ny, int nz, int nt, int harmonic);

@@ -53,7 +53,6 @@ std::vector<std::complex<float>> Harmonic(const CDemoPhantom& ph) {
     return h;
 }
 
-bool g_lfe = false;
 std::string g_args;
 double g_process_seconds = 0;
 
@@ -70,22 +69,13 @@ void WriteInputs(const fs::path& dir) {
     a.SetHeader(TYPE_R4, res_t(s.nx), res_t(s.ny), res_t(s.nz), 1, 1, 1);
     a.data = const_cast<float*>(ph.magnitude.data());
     WriteNifti(&a, g, (dir / "mag.nii.gz").string(), &error);
-    std::vector<std::complex<float>> h;
-    if (g_lfe) {
-        a.SetHeader(TYPE_R4, res_t(s.nx), res_t(s.ny), res_t(s.nz), res_t(s.noff), res_t(s.ncomp),
-                    1);
-        a.data = const_cast<float*>(ph.phase.data());
-    } else {
-        h = Harmonic(ph);
-        a.SetHeader(TYPE_CR4, res_t(s.nx), res_t(s.ny), res_t(s.nz), 1, res_t(s.ncomp), 1);
-        a.data = h.data();
-    }
+    a.SetHeader(TYPE_R4, res_t(s.nx), res_t(s.ny), res_t(s.nz), res_t(s.noff), res_t(s.ncomp), 1);
+    a.data = const_cast<float*>(ph.phase.data());
     WriteNifti(&a, g, (dir / "phase.nii.gz").string(), &error);
     a.data = nullptr;
     g_args = " --mag " + (dir / "mag.nii.gz").string() + " --phase " +
              (dir / "phase.nii.gz").string() + " --phase_range=-3.1415927,3.1415927 --out " +
-             (dir / "out").string() + " -q" +
-             (g_lfe ? "" : " --lfe_stiff_out=0 --r1i1_out=1 --amplitude_out=1 --magmask_out=1");
+             (dir / "out").string() + " -q";
 }
 
 void bench_mu_process(benchmark::State& state) {
@@ -174,8 +164,6 @@ void bench_mu_form(benchmark::State& state) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    g_lfe = wave_stage_available("lfe_2d_1axis") && wave_stage_available("lfe_3d_1axis") &&
-            wave_stage_available("phase_offset_filtering_3d");
     fs::path dir = fs::temp_directory_path() / ("quelmor_bench_mu_" + std::to_string(getpid()));
     WriteInputs(dir);
     benchmark::RegisterBenchmark("bench_mu_process", bench_mu_process)
@@ -189,10 +177,8 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks(&reporter);
     fs::remove_all(dir);
     if (g_process_seconds > 0)
-        std::printf(
-            "quelmor-mu on the demo phantom%s: %.3f s per frequency, %.2f of the 1 s bound\n",
-            g_lfe ? "" : " (output-page run: no local frequency estimator in this build)",
-            g_process_seconds, g_process_seconds / 1.0);
+        std::printf("quelmor-mu on the demo phantom: %.3f s per frequency, %.2f of the 1 s bound\n",
+                    g_process_seconds, g_process_seconds / 1.0);
     double engine = reporter.Time("bench_mu_engine"), form = reporter.Time("bench_mu_form");
     if (engine > 0 && form > 0) {
         double overhead = 100.0 * (form - engine) / engine;
