@@ -43,15 +43,17 @@ fuzz: deps
 	cmake -S . -B $(FUZZ) -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang-14 \
 	      -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link \
 	      -DQUELMOR_SANITIZE=ON -DQUELMOR_FUZZ=ON -DQUELMOR_GUI=OFF -DQUELMOR_BENCH=OFF
-	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look fuzz_mu_options files_tests
+	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_zrk_file fuzz_look fuzz_mu_options fuzz_payload files_tests
 	cd $(FUZZ) && ./tests/files/files_tests --gtest_filter=ZrkCorpus.* >/dev/null
-	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look $(FUZZ)/work/mu
+	mkdir -p $(FUZZ)/findings $(FUZZ)/work/zrk $(FUZZ)/work/look $(FUZZ)/work/mu $(FUZZ)/work/payload
 	cd $(FUZZ) && ./tests/files/fuzz_zrk_file -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/zrk tests/corpus/zrk
 	cd $(FUZZ) && ./tests/display/fuzz_look -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/look tests/corpus/look
 	cd $(FUZZ) && ./tests/mu/fuzz_mu_options -max_total_time=$(FUZZ_SECONDS) \
 	      -artifact_prefix=findings/ work/mu $(CURDIR)/tests/mu/corpus
+	cd $(FUZZ) && ./tests/display/fuzz_payload -max_total_time=$(FUZZ_SECONDS) \
+	      -artifact_prefix=findings/ work/payload $(CURDIR)/tests/display/payload_corpus
 
 bench: build
 	@sh scripts/bench.sh $(BUILD)
@@ -62,7 +64,7 @@ run: build
 # Pictures of the main window and the about dialog, taken under Xvfb.
 screenshot: build
 	xvfb-run -a -s "-screen 0 1280x800x24" $(BUILD)/app/quelmor_screenshot quelmor.png quelmor_about.png \
-		quelmor_scripts.png quelmor_functions.png
+		quelmor_scripts.png quelmor_functions.png quelmor_image.png
 
 clean:
 	rm -rf $(BUILD) $(ASAN) $(FUZZ)

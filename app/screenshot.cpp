@@ -1,10 +1,14 @@
 // quelmor_screenshot: starts the program as a user would, types a few equations into the
 // bar, and writes a picture of the main window (under Xvfb: xvfb-run -a), and with a second
 // file name one of the about dialog; with two more, the main window with the script manager
-// on a folder of sample scripts, and the function browser on `ft`.
+// on a folder of sample scripts, and the function browser on `ft`; with a fifth, a wave made
+// by equations in a 2d display in "jet", the window/level pane showing its colour bar and a
+// read-out in the status line.
 #include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QMdiSubWindow>
+#include <QMouseEvent>
 #include <QPixmap>
 #include <QScreen>
 #include <QTimer>
@@ -14,6 +18,10 @@
 
 #include "core/data_space.h"
 #include "core/script_space.h"
+#include "display/qt/display_ui.h"
+#include "display/qt/form_wl.h"
+#include "display/qt/mdi_doc.h"
+#include "display/qt/view_2d.h"
 #include "eval/qt/bar_equ.h"
 #include "eval/qt/dialog_func.h"
 #include "eval/qt/form_script.h"
@@ -43,12 +51,38 @@ void ShowScripts(CMainFrame* frame) {
     form->OnFolder(form->findChild<QComboBox*>("script_folders")->count() - 2);
 }
 
+// A damped circular wave in a 2d display, zoomed, in "jet", with the vertical colour bar of
+// the window/level pane and the read-out of a point under the mouse.
+void ShowWave(CZarnikApp& app, CBarEqu* bar) {
+    for (const char* line : {"x = rampx(-6.3, 6.3, 160)", "y = rampy(-6.3, 6.3, 160)",
+                             "r = sqrt(x*x + y*y)", "ripple = cos(r * 3) * exp(r * -0.15)"}) {
+        bar->Edit()->setText(line);
+        bar->OnEquEval();
+    }
+    CNew2d& n = app.DisplayModules().new_2d;
+    n.names[0] = "ripple";
+    n.iqmp = 0;
+    if (!n.OnViewNew(GlobalDataSpace()) || n.opened.empty()) return;
+    auto* doc = static_cast<CMdiDoc*>(n.opened[0]);
+    auto* view = qobject_cast<CView2d*>(doc->Frame()->View());
+    view->SetPalette("jet");
+    view->OnZoom200();
+    doc->Frame()->resize(360, 420);
+    doc->Frame()->move(10, 10);
+    GlobalWinLev().wl_plot = 4;
+    app.DisplayUi()->FormWL()->SetTarget(view);
+    const QPointF at(200, 120);
+    QMouseEvent move(QEvent::MouseMove, at, view->mapToGlobal(at), Qt::NoButton, Qt::NoButton, {});
+    QApplication::sendEvent(view, &move);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::fprintf(
-            stderr, "usage: quelmor_screenshot main.png [about.png [scripts.png functions.png]]\n");
+        std::fprintf(stderr,
+                     "usage: quelmor_screenshot main.png [about.png [scripts.png functions.png "
+                     "[image.png]]]\n");
         return 2;
     }
     QApplication qt(argc, argv);
@@ -91,7 +125,13 @@ int main(int argc, char** argv) {
                 functions.show();
                 if (!functions.grab().save(argv[4])) status = 1;
                 std::filesystem::remove_all(ScriptFolder());
-                finish();
+                if (argc < 6) return finish();
+                frame->Scripts()->hide();
+                ShowWave(app, bar);
+                QTimer::singleShot(400, [&] {
+                    if (!frame->screen()->grabWindow(frame->winId()).save(argv[5])) status = 1;
+                    finish();
+                });
             });
         });
     });

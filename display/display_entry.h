@@ -41,6 +41,9 @@ class CDisplayEntry : public CWindowEntry {
         return 0;
     }
 
+    // Draws again with the picture marked stale (the arrays changed).
+    virtual void Redraw() {}
+
     CLook look;
     std::string caption;
     int page_z = 0;

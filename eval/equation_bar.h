@@ -11,5 +11,6 @@
 
 class CDataSpace;
 
-// 0 on success, 1 on failure (the report is in ErrorText() and in the status area).
-int EquationBarEval(CDataSpace& space, const std::string& text);
+// 0 on success, 1 on failure (the report is in ErrorText() and in the status area). With
+// `update_range` the changed records are also marked for a fresh display range.
+int EquationBarEval(CDataSpace& space, const std::string& text, bool update_range = false);

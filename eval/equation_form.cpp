@@ -2,7 +2,6 @@
 
 #include "core/data_space.h"
 #include "core/host.h"
-#include "core/zrk_data.h"
 #include "eval/equation_bar.h"
 
 int FormEquEval(CDataSpace& space, const std::string& text, const CEquationFormOptions& options) {
@@ -13,10 +12,5 @@ int FormEquEval(CDataSpace& space, const std::string& text, const CEquationFormO
         CZrkData* alias = target ? space.NewData("this") : nullptr;
         if (alias) alias->link = target;
     }
-    const int status = EquationBarEval(space, text);
-    if (status == 0 && options.update_range)
-        for (int i = 0; i < space.Count(); ++i)
-            if (CZrkData* record = space.GetData(i); record && record->changed)
-                record->update_range = 1;
-    return status;
+    return EquationBarEval(space, text, options.update_range != 0);
 }

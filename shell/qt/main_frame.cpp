@@ -16,6 +16,8 @@
 #include "core/data_space.h"
 #include "core/host.h"
 #include "core/script_space.h"
+#include "core/window_space.h"
+#include "display/display_update.h"
 #include "eval/qt/bar_equ.h"
 #include "eval/qt/form_script.h"
 #include "eval/qt/frame_script.h"
@@ -167,6 +169,7 @@ void CMainFrame::OnHelp(const std::string& page) {
 void CMainFrame::RefreshAll() {
     Host().Trace("CMainFrame::RefreshAll");
     desktop_->Refresh();
+    UpdateDisplays(space_, GlobalWindowSpace());
     const uint64_t bytes = space_.GetBytes();
     SetStatus(2, FormatLong(static_cast<int64_t>(bytes), "long_default") + " bytes");
 }

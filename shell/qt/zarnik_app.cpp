@@ -21,6 +21,7 @@ CZarnikApp::CZarnikApp(CDataSpace& space)
 }
 
 CZarnikApp::~CZarnikApp() {
+    display_ui_.reset();
     if (host_) SetHost(previous_host_);
     frame_.reset();
 }
@@ -29,6 +30,7 @@ bool CZarnikApp::InitInstance(const CStartOptions& start) {
     trace_.Set("CZarnikApp::InitInstance");
     InstallFunctions();
     modules_.Register(table_, space_);
+    display_modules_.Register(table_);
     preferences_ = start.preferences.empty() ? paths_.preferences : start.preferences;
     ReadOptions();
     // Scripts are callable from the first equation on.
@@ -37,6 +39,7 @@ bool CZarnikApp::InitInstance(const CStartOptions& start) {
     frame_ = std::make_unique<CMainFrame>(space_, modules_);
     frame_->SetOnExit([this] { WriteOptions(); });
     frame_->SetHelp(paths_.help, paths_.help_page);
+    display_ui_ = std::make_unique<CDisplayUi>(*frame_, *frame_->Mdi(), space_, display_modules_);
 
     space_.InitReservedData();
     space_.SetUnique();

@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 
+#include "display/qt/display_ui.h"
 #include "shell/option_table.h"
 #include "shell/paths.h"
 #include "shell/shell_modules.h"
@@ -44,6 +45,8 @@ class CZarnikApp {
     CMainFrame* Frame() const { return frame_.get(); }
     CQtHost* QtHost() const { return host_.get(); }
     CShellModules& Modules() { return modules_; }
+    CDisplayModules& DisplayModules() { return display_modules_; }
+    CDisplayUi* DisplayUi() const { return display_ui_.get(); }
     COptionTable& Table() { return table_; }
     const CPaths& Paths() const { return paths_; }
 
@@ -54,7 +57,9 @@ class CZarnikApp {
     std::string preferences_;
     CShellModules modules_;
     COptionTable table_;
+    CDisplayModules display_modules_;
     std::unique_ptr<CMainFrame> frame_;
+    std::unique_ptr<CDisplayUi> display_ui_;
     std::unique_ptr<CQtHost> host_;
     CHost* previous_host_ = nullptr;
 };

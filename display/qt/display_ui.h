@@ -1,0 +1,53 @@
+// CDisplayUi: the displays' part of the main window. It installs the 2d and rgb factories
+// (a document, a CFrame2d in the multiple-document area and its view), docks CFormWL and
+// binds it to the active image view, and adds the "display" menu with the new-display
+// forms. CDisplayModules holds the display options and enters them in their slots of the
+// option table.
+//
+//   CDisplayModules modules;
+//   modules.Register(table);
+//   CDisplayUi ui(main_window, mdi, space, modules);   // factories live while `ui` does
+#pragma once
+
+#include <QObject>
+
+#include "display/display_entry.h"
+#include "display/new_display.h"
+
+class CDataSpace;
+class CFormWL;
+class COptionTable;
+class CView2d;
+class QMainWindow;
+class QMdiArea;
+
+struct CDisplayModules {
+    // Window/level, the image options and the four new-display holders.
+    void Register(COptionTable& table);
+
+    CNew1d new_1d;
+    CNew2d new_2d;
+    CNewRgb new_rgb;
+    CNewXy new_xy;
+};
+
+class CDisplayUi : public QObject {
+    Q_OBJECT
+  public:
+    CDisplayUi(QMainWindow& frame, QMdiArea& mdi, CDataSpace& space, CDisplayModules& modules);
+    ~CDisplayUi() override;
+
+    // The factory of 2d and rgb displays.
+    CDisplayEntry* Open(const CDisplayRequest& request);
+    CFormWL* FormWL() const { return form_; }
+
+  private:
+    void Activate(CView2d* view);
+
+    QMainWindow& frame_;
+    QMdiArea& mdi_;
+    CDataSpace& space_;
+    CDisplayModules& modules_;
+    CFormWL* form_;
+    DisplayWindowHook previous_[2];
+};
