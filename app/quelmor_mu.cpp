@@ -200,6 +200,8 @@ int RunInversion(const Job& job, CDataSpace& space) {
     if (form.Lfe()->AnyOutput()) {
         bad = form.Continue();
     } else {
+        if (!form.Output()->AnyOutput() && !block->harmin)
+            return Fail("nothing to do: no output is asked for");
         form.Activate(CMuForm::PAGE_OUTPUT);
         bad = form.Apply();
     }

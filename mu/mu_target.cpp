@@ -37,7 +37,7 @@ namespace {
 CZrkData* Ready(CDataSpace& space, const wave_params* p, MuOutputTarget* t, int type, int volumes,
                 const MuFirstStoreFn& first) {
     const res_t nx = res_t(p->nx), ny = res_t(p->ny), nz = res_t(std::max(p->nz, 1));
-    volumes = std::max(volumes, t->passes) + t->extra;
+    volumes = std::max(volumes, t->passes + t->extra);
     CZrkData* a = space.FindData(t->name.c_str());
     const uint64_t bytes_per_volume = nx * ny * nz * uint64_t(TypeInfo(type)->elem_bytes);
     const uint64_t want = t->append_offset + bytes_per_volume * uint64_t(volumes);

@@ -9,10 +9,10 @@
 namespace {
 
 // The stages still defined in this file; a stage that gets its own file leaves the list.
-constexpr const char* kPending[] = {
-    "pg_2d_1axis",     "pg_2d_XYZ",     "pg_3d_1axis",     "pg_3d_XYZ",
-    "mf_2d",           "mf_2d_XYZ",     "mf_3d",           "mf_3d_XYZ",
-    "direct_2d_1axis", "direct_2d_XYZ", "direct_3d_1axis", "direct_3d_XYZ"};
+constexpr const char* kPending[] = {"pg_2d_1axis",   "pg_2d_XYZ",       "pg_3d_1axis",
+                                    "pg_3d_XYZ",     "mf_2d",           "mf_2d_XYZ",
+                                    "mf_3d",         "mf_3d_XYZ",       "direct_2d_1axis",
+                                    "direct_2d_XYZ", "direct_3d_1axis", "direct_3d_XYZ"};
 
 int unavailable(const char* name) {
     std::string text = wave_fmt("%s: not available in this build.\n", name);

@@ -124,6 +124,9 @@ TEST_F(MuCliTest, RefusesBadInputWithoutPartialFiles) {
         {common + " --mech_freq=0", 1, "mechanical frequency must be above 0"},
         {common + " --fov=0.2,0,0.1", 1, "field of view must be above 0"},
         {common + " --prefs " + (dir / "none.txt").string(), 1, "cannot read preferences"},
+        {"--mag " + (dir / "mag.nii.gz").string() + " --phase " + (dir / "mag.nii.gz").string() +
+             " --lfe_stiff_out=0",
+         1, "nothing to do: no output is asked for"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args);
