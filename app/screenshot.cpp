@@ -6,6 +6,7 @@
 // read-out in the status line.
 #include <QApplication>
 #include <QComboBox>
+#include <QDockWidget>
 #include <QLineEdit>
 #include <QMdiSubWindow>
 #include <QMouseEvent>
@@ -70,7 +71,12 @@ void ShowWave(CZarnikApp& app, CBarEqu* bar) {
     doc->Frame()->resize(360, 420);
     doc->Frame()->move(10, 10);
     GlobalWinLev().wl_plot = 4;
-    app.DisplayUi()->FormWL()->SetTarget(view);
+    CFormWL* form = app.DisplayUi()->FormWL();
+    form->SetTarget(view);
+    CMainFrame* frame = app.Frame();
+    frame->resizeDocks({form}, {440}, Qt::Horizontal);
+    if (auto* history = frame->findChild<QDockWidget*>("history_dock"))
+        frame->resizeDocks({history}, {110}, Qt::Vertical);
     const QPointF at(200, 120);
     QMouseEvent move(QEvent::MouseMove, at, view->mapToGlobal(at), Qt::NoButton, Qt::NoButton, {});
     QApplication::sendEvent(view, &move);
@@ -127,6 +133,7 @@ int main(int argc, char** argv) {
                 std::filesystem::remove_all(ScriptFolder());
                 if (argc < 6) return finish();
                 frame->Scripts()->hide();
+                frame->setGeometry(0, 0, 1180, 760);
                 ShowWave(app, bar);
                 QTimer::singleShot(400, [&] {
                     if (!frame->screen()->grabWindow(frame->winId()).save(argv[5])) status = 1;

@@ -32,6 +32,9 @@ void CMdiView::Step(int delta) {
         for (int k = 0; k < 4 && move(k); ++k) {
         }
     }
+    // The document keeps z and t for the workspace.
+    doc_.page_z = static_cast<int>(page[0]);
+    doc_.page_t = static_cast<int>(page[1]);
     Draw();
     status = Readout();
     ShowStatus(status);

@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSlider>
 #include <QSpinBox>
 #include <QVBoxLayout>
@@ -68,7 +69,7 @@ CFormWL::CFormWL(GWinLev& wl, CDataSpace& space, QWidget* parent)
     auto* paste = Named(new QPushButton("paste"), "wl_paste");
     for (QPushButton* b : {apply, copy, paste}) buttons->addWidget(b);
     picture_ = Named(new QLabel, "wl_picture");
-    picture_->setMinimumSize(200, 200);
+    picture_->setMinimumSize(160, 200);
     picture_->setAlignment(Qt::AlignCenter);
 
     form->addRow("window", window_);
@@ -85,11 +86,20 @@ CFormWL::CFormWL(GWinLev& wl, CDataSpace& space, QWidget* parent)
     form->addRow(ramp_, ramp_dir_);
     form->addRow("ramp drag", ramp_end_);
     form->addRow("rgb", channels);
-    auto* layout = new QVBoxLayout(body);
-    layout->addLayout(form);
-    layout->addLayout(buttons);
+    // The picture stands beside the fields, so the pane stays short.
+    auto* fields = new QVBoxLayout;
+    fields->addLayout(form);
+    fields->addLayout(buttons);
+    fields->addStretch(1);
+    auto* layout = new QHBoxLayout(body);
+    layout->addLayout(fields);
     layout->addWidget(picture_, 1);
-    setWidget(body);
+    // Scrolled, so the pane never holds the main window taller than the screen.
+    auto* scroll = new QScrollArea;
+    scroll->setWidget(body);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    setWidget(scroll);
 
     auto edited = [this] {
         if (loading_) return;
@@ -169,7 +179,7 @@ void CFormWL::Load() {
     ramp_dir_->setCurrentIndex(wl_.ramp_dir);
     ramp_end_->setCurrentIndex(wl_.ramp_end);
     for (int k = 0; k < 3; ++k) channels_[k]->setChecked(wl_.channel_mask & (1u << k));
-    picture_->setPixmap(QPixmap::fromImage(PlotPicture(240, 200)));
+    picture_->setPixmap(QPixmap::fromImage(PlotPicture(180, 280)));
     loading_ = false;
 }
 

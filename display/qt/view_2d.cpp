@@ -14,6 +14,7 @@
 #include "core/data_space.h"
 #include "core/host.h"
 #include "display/binary_copy.h"
+#include "display/display_update.h"
 #include "display/image_bits.h"
 #include "display/qt/mdi_doc.h"
 #include "display/qt/mdi_frame.h"
@@ -82,6 +83,9 @@ void CView2d::RebuildImage() {
     ++renders_;
     image_ = QImage();
     if (detached_) return;
+    // z and t as the document has them (a workspace sets them after the view is made).
+    page[0] = static_cast<uint64_t>(std::max(0, Doc().page_z));
+    page[1] = static_cast<uint64_t>(std::max(0, Doc().page_t));
     const CZrkData* a = Data(0);
     if (Render(bits_) != 0) {
         if (a && a->Data() && a->Count()) ShowStatus("sorry, can not allocate bitmap!");
@@ -256,13 +260,12 @@ void CView2d::SetCursorMode(int mode) {
     if (cursor_mode == CURSOR_ANGLE) ShowStatus(" click left button 3 times to define angle");
     if (cursor_mode == CURSOR_LINE)
         ShowStatus(" click left button define lines; double click to end");
-    if (cursor_mode == 15) {  // refresh
+    if (cursor_mode == 15) {  // refresh: the range from the samples as they are now
+        CPlane& p = ZoomPlane();
         float lo = 0, hi = 0;
-        CPlane& p = Doc().kind == LOOK_RGB ? Look().rplane : Look().palplane;
-        lo = p.datamin;
-        hi = p.datamax;
+        if (FiniteRange(Data(0), p.iqmp, lo, hi)) p.datamin = lo, p.datamax = hi;
         char text[128];
-        std::snprintf(text, sizeof text, " min,max= %.3f, %.3f", lo, hi);
+        std::snprintf(text, sizeof text, " min,max= %.3f, %.3f", p.datamin, p.datamax);
         ShowStatus(text);
         Draw();
     }

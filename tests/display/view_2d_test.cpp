@@ -40,6 +40,8 @@ TEST_F(View2dTest, PictureHoldsThePaletteColourOfEachIndexRowZeroOnTop) {
     EXPECT_EQ(image.width(), 256);
     for (int x = 0; x < 256; x += 9) EXPECT_EQ(image.pixel(x, 0), qRgb(x, x, x)) << x;
     EXPECT_EQ(image.pixel(7, 3), qRgb(200, 200, 200));
+    Trigger(view, "cursor_15");  // refresh
+    EXPECT_EQ(view->Frame()->StatusLine()->text(), " min,max= 0.000, 255.000");
     Trigger(view, "palette_jet");
     EXPECT_EQ(view->Picture().pixel(128, 1), qRgb(131, 255, 128));
     Trigger(view, "bitmap_3");
@@ -91,6 +93,13 @@ TEST_F(View2dTest, ScrollMenuRunsTheTimerAndStepsPlanes) {
     Trigger(view, "scroll_next");
     Trigger(view, "scroll_next");
     EXPECT_EQ(view->page[0], 2u);
+    EXPECT_EQ(view->Doc().page_z, 2);
+    // A workspace sets the page on the document after the view is made.
+    static_cast<float*>(a->Data())[16] = 300;
+    view->Doc().page_z = 1;
+    view->Draw();
+    EXPECT_EQ(view->Picture().pixel(0, 0), qRgb(255, 255, 255));
+    EXPECT_EQ(view->page[0], 1u);
     EXPECT_TRUE(view->Frame()->StatusLine()->text().startsWith("stack i/q:[2]"));
 }
 

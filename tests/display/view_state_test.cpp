@@ -39,6 +39,7 @@ TEST_F(ViewStateTest, ScrollAllCarriesFromZThroughToV) {
     EXPECT_EQ(seen,
               (std::vector<std::string>{"1000", "0010", "1010", "0020", "1020", "0000", "1000"}));
     EXPECT_EQ(view.redraws, 7);
+    EXPECT_EQ(doc.page_z, 1);
     EXPECT_EQ(view.shown.back().rfind("a i/q:[1][0] a[0][0][1][0] = ", 0), 0u) << view.shown.back();
     view.OnScrollPrior();
     view.OnScrollPrior();
