@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QToolBar>
@@ -22,6 +23,7 @@
 #include "eval/qt/form_script.h"
 #include "eval/qt/frame_script.h"
 #include "files/zrk_file.h"
+#include "mu/qt/form_mu.h"
 #include "shell/number_format.h"
 #include "shell/qt/form_alloc.h"
 #include "shell/qt/form_desktop.h"
@@ -144,6 +146,10 @@ void CMainFrame::BuildMenus() {
         form.exec();
     });
 
+    QMenu* functions = menuBar()->addMenu("f&unctions");
+    QAction* inversion = action(functions, "wave inversion...", "action_wave_inversion",
+                                [this] { OnWaveInversion(); });
+
     QMenu* window = menuBar()->addMenu("&window");
     QAction* cascade =
         action(window, "cascade", "action_cascade", [this] { mdi_->cascadeSubWindows(); });
@@ -154,7 +160,18 @@ void CMainFrame::BuildMenus() {
     action(help, "help", "action_help", [this] { OnHelp(help_folder_ + "/zarnik.htm"); });
     action(help, "quelmor help", "action_help_quelmor", [this] { OnHelp(help_page_); });
 
-    for (QAction* a : {allocate, refresh, cascade, tile}) tools_->addAction(a);
+    for (QAction* a : {allocate, inversion, refresh, cascade, tile}) tools_->addAction(a);
+}
+
+CFormMu* CMainFrame::OnWaveInversion() {
+    auto* form = new CFormMu(space_, modules_.mu_options);
+    connect(form, &CFormMu::dataChanged, this, &CMainFrame::RefreshAll);
+    connect(form, &CFormMu::helpRequested, this,
+            [this](const QString& page) { OnHelp(help_folder_ + "/" + page.toStdString()); });
+    QMdiSubWindow* sub = mdi_->addSubWindow(form);
+    sub->setObjectName("mu_window");
+    sub->show();
+    return form;
 }
 
 void CMainFrame::OnHelp(const std::string& page) {

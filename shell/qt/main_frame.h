@@ -17,6 +17,7 @@
 class CBarEqu;
 class CDataSpace;
 class CFormDesktop;
+class CFormMu;
 class CFrameScript;
 class CFormHistory;
 class QDockWidget;
@@ -40,6 +41,9 @@ class CMainFrame : public QMainWindow {
     CBarEqu* EquationBar() const { return bar_; }
     CFrameScript* Scripts() const { return scripts_; }
     QMdiArea* Mdi() const { return mdi_; }
+
+    // "wave inversion...": the inversion form in a subwindow of its own.
+    CFormMu* OnWaveInversion();
 
     void SetOnExit(std::function<void()> on_exit) { on_exit_ = std::move(on_exit); }
     void SetClosingForScript(bool closing) { closing_for_script_ = closing; }
