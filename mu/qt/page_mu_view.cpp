@@ -162,11 +162,11 @@ CPageMuParamsView::CPageMuParamsView(CPageMuParams& page, CDataSpace& space, QWi
                                 "-3141 ... +3141", "-31415 ... +31415", "other"});
     range_[0] = Float("low", "phase_min", c.phase_range[0]);
     range_[1] = Float("high", "phase_max", c.phase_range[1]);
-    locked.insert(locked.end(), {preset, Int("phase offsets", "noff", c.noff, 0, 1 << 20),
-                                 Float("menc", "menc", c.menc),
-                                 Tick("weighted sum", "wsum", c.wsum),
-                                 Tick("divide", "amp_divide", c.ampweight[0]),
-                                 Tick("suppress", "amp_clip", c.ampweight[1])});
+    locked.insert(
+        locked.end(),
+        {preset, Int("phase offsets", "noff", c.noff, 0, 1 << 20), Float("menc", "menc", c.menc),
+         Tick("weighted sum", "wsum", c.wsum), Tick("divide", "amp_divide", c.ampweight[0]),
+         Tick("suppress", "amp_clip", c.ampweight[1])});
     LockWith(defaults, locked);
     connect(preset, &QComboBox::activated, this, [this](int i) {
         Store();
@@ -217,8 +217,8 @@ void CPageMuMaskView::Load() {
     if (bytes.empty() || width < 1 || bytes.size() % width) return;
     const int height = static_cast<int>(bytes.size()) / width;
     QImage image(bytes.data(), width, height, width, QImage::Format_Grayscale8);
-    preview_->setPixmap(QPixmap::fromImage(image.copy()).scaled(
-        128, 128, Qt::KeepAspectRatio, Qt::FastTransformation));
+    preview_->setPixmap(QPixmap::fromImage(image.copy())
+                            .scaled(128, 128, Qt::KeepAspectRatio, Qt::FastTransformation));
 }
 
 CPageMuWrapView::CPageMuWrapView(CPageMuWrap& page, CDataSpace& space, QWidget* parent)

@@ -3,6 +3,7 @@
 // run; the option selector and its menu; the page views' validators and locks.
 #include <QCheckBox>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiSubWindow>
@@ -74,7 +75,8 @@ TEST_F(FormMuTest, WalksToTheLastPageAndRuns) {
     Continue(form);
     ASSERT_EQ(sheet->count(), 2) << Status(form).toStdString();
     EXPECT_EQ(Page(form), 1);
-    EXPECT_TRUE(Status(form).startsWith("default: 2d data: 8 offsets")) << Status(form).toStdString();
+    EXPECT_TRUE(Status(form).startsWith("default: 2d data: 8 offsets"))
+        << Status(form).toStdString();
     const char* pages[] = {"mu_page_data",   "mu_page_params", "mu_page_mask", "mu_page_wrap",
                            "mu_page_filter", "mu_page_output", "mu_page_lfe"};
     // Defaults off on the params page, then the r1i1 output on the output page.
@@ -104,6 +106,27 @@ TEST_F(FormMuTest, WalksToTheLastPageAndRuns) {
     Name(form, "magnitude", "ph");
     Continue(form);
     EXPECT_EQ(sheet->count(), 2);
+}
+
+TEST_F(FormMuTest, EscInterruptsTheRunWhichEndsNormally) {
+    TypeInputs();
+    CFormMu* form = OpenSheet();
+    ASSERT_NE(form, nullptr);
+    Name(form, "magnitude", "magn");
+    Name(form, "phase_name0", "ph");
+    for (int page = 1; page < 7; ++page) {
+        if (page == 6) Child<QCheckBox>(form, "r1i1_out")->setChecked(true);
+        Continue(form);
+    }
+    ASSERT_EQ(Page(form), 6) << Status(form).toStdString();
+    // The user's Esc waits in the queue; the run meets it before its first pass.
+    QCoreApplication::postEvent(form, new QKeyEvent(QEvent::KeyPress, Qt::Key_Escape, {}));
+    Continue(form);
+    EXPECT_EQ(space_.FindData("r1i101"), nullptr);
+    EXPECT_EQ(Status(form), "");
+    // The next run goes through.
+    Continue(form);
+    EXPECT_NE(space_.FindData("r1i101"), nullptr);
 }
 
 TEST_F(FormMuTest, OptionSelectorAndItsMenu) {
@@ -181,9 +204,9 @@ TEST_F(MuPageViewsTest, ControlsMoveValuesAndRefuseLetters) {
         return list;
     };
     EXPECT_EQ(items("uwmethod"), (QStringList{"no unwrapping", "quality guided",
-                                               "minimum discontinuity", "graph cut"}));
+                                              "minimum discontinuity", "graph cut"}));
     EXPECT_EQ(items("filter_type"), (QStringList{"no filter", "gauss LP", "gauss BP", "gauss HP",
-                                                  "butter LP", "butter BP", "butter HP"}));
+                                                 "butter LP", "butter BP", "butter HP"}));
     EXPECT_EQ(items("gradient_type"), (QStringList{"rect", "sin"}));
     EXPECT_EQ(items("mag_iqmp"), (QStringList{"i", "q", "m", "p"}));
     EXPECT_EQ(items("lfe_nd"), (QStringList{"1d", "2d", "3d"}));
