@@ -10,16 +10,24 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
+#include <QPageSetupDialog>
+#include <QPainter>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
+#include <tuple>
 
 #include "core/data_space.h"
 #include "core/host.h"
 #include "core/script_space.h"
 #include "core/window_space.h"
 #include "display/display_update.h"
+#include "display/look.h"
+#include "display/qt/mdi_frame.h"
 #include "eval/qt/bar_equ.h"
+#include "eval/qt/form_equ.h"
 #include "eval/qt/form_script.h"
 #include "eval/qt/frame_script.h"
 #include "files/zrk_file.h"
@@ -103,11 +111,7 @@ void CMainFrame::BuildMenus() {
     action(file, "open workspace...", "action_open_workspace", [this] {
         const QString path =
             QFileDialog::getOpenFileName(this, "open workspace", QString(), "workspace (*.zrk)");
-        if (path.isEmpty()) return;
-        CZrkFile workspace(path.toStdString());
-        workspace.Read();
-        SetStatus(0, workspace.status);
-        RefreshAll();
+        if (!path.isEmpty()) OpenWorkspace(path.toStdString());
     });
     action(file, "save workspace...", "action_save_workspace", [this] {
         QString path =
@@ -118,6 +122,20 @@ void CMainFrame::BuildMenus() {
         workspace.Write();
         SetStatus(0, workspace.status);
     });
+    file->addSeparator();
+    action(file, "print setup", "action_print_setup", [this] {
+        QPageSetupDialog dialog(&Printer(), this);
+        dialog.exec();
+    });
+    action(file, "&print...\tctrl+p", "action_print", [this] {
+        OnPrint();
+    })->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_P));
+    file->addSeparator();
+    recent_ = file->addMenu("recent files");
+    recent_->setObjectName("menu_recent");
+    connect(recent_, &QMenu::aboutToShow, this, &CMainFrame::FillRecent);
+    FillRecent();
+    file->addSeparator();
     action(file, "e&xit", "action_exit", [this] { close(); });
 
     QMenu* view = menuBar()->addMenu("&view");
@@ -145,12 +163,62 @@ void CMainFrame::BuildMenus() {
         });
         form.exec();
     });
+    data->addSeparator();
+    struct Kind {
+        const char *text, *name;
+        uint32_t kind;
+        QKeyCombination key;
+    };
+    for (const Kind& k :
+         {Kind{"select all 1d\tctrl 1", "action_select_all_1d", LOOK_1D, Qt::CTRL | Qt::Key_1},
+          Kind{"select all 2d\tctrl 2", "action_select_all_2d", LOOK_2D, Qt::CTRL | Qt::Key_2},
+          Kind{"select all xy\tctrl y", "action_select_all_xy", LOOK_XY, Qt::CTRL | Qt::Key_Y},
+          Kind{"select all rgb\tctrl b", "action_select_all_rgb", LOOK_RGB,
+               Qt::CTRL | Qt::Key_B}}) {
+        const uint32_t kind = k.kind;
+        action(data, k.text, k.name, [this, kind] {
+            SelectAll(kind);
+        })->setShortcut(QKeySequence(k.key));
+    }
+    data->addSeparator();
+    // The new-display forms belong to the display layer, which names its actions.
+    for (auto [text, name, form] : {std::tuple{"view 1d", "action_view_1d", "action_new_1d"},
+                                    std::tuple{"view 2d", "action_view_2d", "action_new_2d"},
+                                    std::tuple{"view rgb", "action_view_rgb", "action_new_rgb"},
+                                    std::tuple{"view xy", "action_view_xy", "action_new_xy"}}) {
+        const QString target = form;
+        action(data, text, name, [this, target] {
+            if (QAction* a = findChild<QAction*>(target)) a->trigger();
+        });
+    }
 
     QMenu* functions = menuBar()->addMenu("f&unctions");
+    action(functions, "equation", "action_equation", [this] {
+        auto* form = new CFormEqu(space_);
+        form->setAttribute(Qt::WA_DeleteOnClose);
+        connect(form, &CFormEqu::evaluated, this, &CMainFrame::RefreshAll);
+        QMdiSubWindow* sub = mdi_->addSubWindow(form);
+        sub->setWindowTitle("equation");
+        sub->show();
+    });
     QAction* inversion = action(functions, "wave inversion...", "action_wave_inversion",
                                 [this] { OnWaveInversion(); });
 
+    // The display option forms are not there yet: their entries stand, disabled.
+    QMenu* options = menuBar()->addMenu("&options");
+    for (auto [text, name] : {std::pair{"1d display...", "action_options_1d"},
+                              {"1d axis etc ..", "action_axis_1d"},
+                              {"2d display...", "action_options_2d"},
+                              {"rgb display...", "action_options_rgb"},
+                              {"xy display...", "action_options_xy"},
+                              {"xy axis etc ..", "action_axis_xy"}}) {
+        QAction* a = options->addAction(text);
+        a->setObjectName(name);
+        a->setEnabled(false);
+    }
+
     QMenu* window = menuBar()->addMenu("&window");
+    action(window, "arrange icons", "action_arrange_icons", [this] { ArrangeIcons(); });
     QAction* cascade =
         action(window, "cascade", "action_cascade", [this] { mdi_->cascadeSubWindows(); });
     QAction* tile = action(window, "tile", "action_tile", [this] { mdi_->tileSubWindows(); });
@@ -161,6 +229,74 @@ void CMainFrame::BuildMenus() {
     action(help, "quelmor help", "action_help_quelmor", [this] { OnHelp(help_page_); });
 
     for (QAction* a : {allocate, inversion, refresh, cascade, tile}) tools_->addAction(a);
+}
+
+CMainFrame::~CMainFrame() = default;
+
+QPrinter& CMainFrame::Printer() {
+    if (!printer_) printer_ = std::make_unique<QPrinter>();
+    return *printer_;
+}
+
+void CMainFrame::OnPrint() {
+    auto* frame = qobject_cast<CMdiFrame*>(mdi_->activeSubWindow());
+    if (!frame || !frame->View()) {
+        SetStatus(0, "no display to print");
+        return;
+    }
+    QPrintDialog dialog(&Printer(), this);
+    if (dialog.exec() != QDialog::Accepted) return;
+    const QPixmap picture = frame->View()->grab();
+    QPainter painter(&Printer());
+    const QRect page = painter.viewport();
+    const QSize size = picture.size().scaled(page.size(), Qt::KeepAspectRatio);
+    painter.drawPixmap(QRect(page.topLeft(), size), picture);
+}
+
+void CMainFrame::OpenWorkspace(const std::string& path) {
+    CZrkFile workspace(path);
+    workspace.space = &space_;
+    workspace.Read();
+    SetStatus(0, workspace.status);
+    if (QFileInfo::exists(QString::fromStdString(path))) modules_.main_frame.AddRecent(path);
+    FillRecent();
+    RefreshAll();
+}
+
+void CMainFrame::FillRecent() {
+    recent_->clear();
+    const CMainFrameOptions& main = modules_.main_frame;
+    for (int i = 0; i < CMainFrameOptions::kRecentFiles; ++i) {
+        const std::string& path = main.recent_file[i];
+        if (path.empty()) continue;
+        QAction* a =
+            recent_->addAction(QString("&%1 %2").arg(i + 1).arg(QString::fromStdString(path)));
+        a->setObjectName(QString("action_recent_file%1").arg(i));
+        connect(a, &QAction::triggered, this, [this, path] { OpenWorkspace(path); });
+    }
+    recent_->setEnabled(!recent_->isEmpty());
+}
+
+void CMainFrame::SelectAll(uint32_t kind) {
+    CWindowSpace& windows = GlobalWindowSpace();
+    int n = 0;
+    for (int i = 0; i < windows.Count(); ++i)
+        if (CWindowEntry* w = windows.Get(i); w && (w->kind & kind)) {
+            w->select |= 1;
+            ++n;
+        }
+    SetStatus(0, std::to_string(n) + (n == 1 ? " display selected" : " displays selected"));
+}
+
+void CMainFrame::ArrangeIcons() {
+    // Minimised subwindows go in a row along the bottom of the area, left to right.
+    int x = 0;
+    for (QMdiSubWindow* w : mdi_->subWindowList()) {
+        if (!w->isMinimized()) continue;
+        const QSize size = w->size();
+        w->move(x, mdi_->viewport()->height() - size.height());
+        x += size.width();
+    }
 }
 
 CFormMu* CMainFrame::OnWaveInversion() {

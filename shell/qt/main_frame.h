@@ -9,7 +9,9 @@
 #pragma once
 
 #include <QMainWindow>
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "shell/shell_modules.h"
@@ -22,6 +24,8 @@ class CFrameScript;
 class CFormHistory;
 class QDockWidget;
 class QLabel;
+class QMenu;
+class QPrinter;
 class QMdiArea;
 class QToolBar;
 
@@ -29,6 +33,7 @@ class CMainFrame : public QMainWindow {
     Q_OBJECT
   public:
     CMainFrame(CDataSpace& space, CShellModules& modules, QWidget* parent = nullptr);
+    ~CMainFrame() override;
 
     void RefreshAll();
     // Puts the panes where the options say and shows or hides them.
@@ -44,6 +49,13 @@ class CMainFrame : public QMainWindow {
 
     // "wave inversion...": the inversion form in a subwindow of its own.
     CFormMu* OnWaveInversion();
+
+    // Reads a workspace and keeps it among the recent files.
+    void OpenWorkspace(const std::string& path);
+    // "select all ..": the select bit of every display of a LOOK_ kind.
+    void SelectAll(uint32_t kind);
+    void ArrangeIcons();
+    void OnPrint();
 
     void SetOnExit(std::function<void()> on_exit) { on_exit_ = std::move(on_exit); }
     void SetClosingForScript(bool closing) { closing_for_script_ = closing; }
@@ -61,6 +73,8 @@ class CMainFrame : public QMainWindow {
     void BuildMenus();
     void OnHelp(const std::string& page);
     void KeepPlaces();
+    void FillRecent();
+    QPrinter& Printer();
     QDockWidget* Dock(const char* title, const char* name, QWidget* body, Qt::DockWidgetArea area);
 
     CDataSpace& space_;
@@ -74,6 +88,8 @@ class CMainFrame : public QMainWindow {
     CFrameScript* scripts_;
     QToolBar* tools_;
     QLabel* panes_[3];
+    QMenu* recent_ = nullptr;
+    std::unique_ptr<QPrinter> printer_;
     std::function<void()> on_exit_;
     bool closing_for_script_ = false;
     std::string help_folder_;

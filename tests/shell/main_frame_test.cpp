@@ -8,6 +8,7 @@
 #include <QPlainTextEdit>
 #include <QTest>
 #include <QTextBlock>
+#include <QTimer>
 #include <QTreeWidget>
 #include <cstdio>
 #include <filesystem>
@@ -17,10 +18,14 @@
 #include "core/data_cursor.h"
 #include "core/data_space.h"
 #include "core/script_space.h"
+#include "core/window_space.h"
 #include "core/zrk_data.h"
+#include "display/new_display.h"
+#include "display/qt/display_ui.h"
 #include "eval/qt/bar_equ.h"
 #include "eval/qt/form_script.h"
 #include "eval/qt/frame_script.h"
+#include "files/zrk_file.h"
 #include "shell/crash_hooks.h"
 #include "shell/desktop.h"
 #include "shell/qt/form_desktop.h"
@@ -242,6 +247,98 @@ TEST_F(MainFrameTest, StartOffersTheCrashFileThroughTheHook) {
     CrashHooks().offer = nullptr;
     EXPECT_EQ(offered, app->Paths().crash_workspace);
     EXPECT_NE(offered.find("/quelmor_crash.zrk"), std::string::npos);
+}
+
+TEST_F(MainFrameTest, MenuTableTextsShortcutsAndSelectAll) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    struct Entry {
+        const char *name, *text;
+        QKeySequence key;
+    };
+    for (const Entry& e :
+         {Entry{"action_print", "&print...\tctrl+p", QKeySequence("Ctrl+P")},
+          {"action_print_setup", "print setup", {}},
+          {"action_select_all_1d", "select all 1d\tctrl 1", QKeySequence("Ctrl+1")},
+          {"action_select_all_2d", "select all 2d\tctrl 2", QKeySequence("Ctrl+2")},
+          {"action_select_all_xy", "select all xy\tctrl y", QKeySequence("Ctrl+Y")},
+          {"action_select_all_rgb", "select all rgb\tctrl b", QKeySequence("Ctrl+B")},
+          {"action_view_1d", "view 1d", {}},
+          {"action_view_xy", "view xy", {}},
+          {"action_equation", "equation", {}},
+          {"action_wave_inversion", "wave inversion...", {}},
+          {"action_options_1d", "1d display...", {}},
+          {"action_axis_1d", "1d axis etc ..", {}},
+          {"action_options_2d", "2d display...", {}},
+          {"action_options_rgb", "rgb display...", {}},
+          {"action_options_xy", "xy display...", {}},
+          {"action_axis_xy", "xy axis etc ..", {}},
+          {"action_arrange_icons", "arrange icons", {}},
+          {"action_refresh", "&refresh", {}}}) {
+        auto* a = Find<QAction>(frame, e.name);
+        if (!a) continue;
+        EXPECT_EQ(a->text(), e.text) << e.name;
+        EXPECT_EQ(a->shortcut(), e.key) << e.name;
+    }
+    // Entries without a form stand disabled.
+    EXPECT_FALSE(Find<QAction>(frame, "action_options_2d")->isEnabled());
+    // The tool bar carries the inversion.
+    EXPECT_TRUE(Find<QWidget>(frame, "tool_bar")
+                    ->actions()
+                    .contains(Find<QAction>(frame, "action_wave_inversion")));
+
+    // Select all 2d marks the 2d displays only.
+    space_.NewData(TYPE_R4, 8, 6, 1, 1, 1, 1, "img");
+    CNew2d& n = app->DisplayModules().new_2d;
+    n.names[0] = "img";
+    ASSERT_TRUE(n.OnViewNew(space_));
+    ASSERT_EQ(GlobalWindowSpace().Count(), 1);
+    CWindowEntry* display = GlobalWindowSpace().Get(0);
+    display->select = 0;
+    Trigger(frame, "action_select_all_1d");
+    EXPECT_EQ(display->select & 1, 0u);
+    EXPECT_EQ(frame->StatusText(0), "0 displays selected");
+    Trigger(frame, "action_select_all_2d");
+    EXPECT_EQ(display->select & 1, 1u);
+    EXPECT_EQ(frame->StatusText(0), "1 display selected");
+    // "view 2d" opens the display layer's form (modal; it closes itself here).
+    QTimer::singleShot(0, [] {
+        if (QWidget* modal = QApplication::activeModalWidget()) modal->close();
+    });
+    Trigger(frame, "action_view_2d");
+    space_.DelData("img");
+    frame->SetClosingForScript(true);
+}
+
+TEST_F(MainFrameTest, RecentFilesAreKeptAndComeBack) {
+    const std::string workspace = ::testing::TempDir() + "quelmor_recent.zrk";
+    {
+        auto app = Start();
+        CMainFrame* frame = app->Frame();
+        EXPECT_FALSE(Find<QMenu>(frame, "menu_recent")->isEnabled());
+        space_.NewData(TYPE_R4, 4, 1, 1, 1, 1, 1, "kept");
+        CZrkFile file(workspace);
+        file.space = &space_;
+        file.Write();
+        space_.DelData("kept");
+        frame->OpenWorkspace(workspace);
+        EXPECT_NE(space_.FindData("kept"), nullptr);
+        // A file that is not there is not kept.
+        frame->OpenWorkspace(workspace + ".gone");
+        EXPECT_EQ(app->Modules().main_frame.recent_file[1], "");
+        auto* recent = Find<QAction>(frame, "action_recent_file0");
+        ASSERT_NE(recent, nullptr);
+        EXPECT_TRUE(recent->text().endsWith(QString::fromStdString(workspace)));
+        space_.DelData("kept");
+        EXPECT_TRUE(frame->close());
+    }
+    auto app = Start();
+    EXPECT_EQ(app->Modules().main_frame.recent_file[0], workspace);
+    Trigger(app->Frame(), "action_recent_file0");
+    EXPECT_NE(space_.FindData("kept"), nullptr);
+    space_.DelData("kept");
+    std::remove(workspace.c_str());
+    app->Frame()->SetClosingForScript(true);
 }
 
 TEST_F(MainFrameTest, StatusBarHasThreePanes) {
