@@ -10,15 +10,17 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QToolButton>
+#include <utility>
+#include <vector>
 
 #include "core/data_space.h"
 #include "core/host.h"
+#include "core/window_space.h"
 #include "core/zrk_data.h"
 #include "display/display_entry.h"
+#include "display/display_update.h"
 #include "display/look.h"
 #include "mu/qt/page_mu_view.h"
-
-namespace {
 
 // The engine's services for the form: its look targets open 2-D displays and its progress
 // repaints the form's status line while the run holds the loop.
@@ -37,7 +39,17 @@ class CMuViewDriver : public CMuDriver {
         request.look = &look;
         request.caption = record->name;
         request.name = record->name;
-        hook(request);
+        if (CDisplayEntry* entry = hook(request)) opened_.push_back({entry, record});
+    }
+    // The displays opened at a first store saw an array not yet written: their window and
+    // level come from the finished data once the run is over.
+    void FinishDisplays() {
+        for (auto [entry, record] : opened_)
+            if (GlobalWindowSpace().IsDataValid(entry) && Space().IsDataValid(record)) {
+                SetRangeWinLev(entry->look.palplane, record);
+                entry->Redraw();
+            }
+        opened_.clear();
     }
     void status_text(const char* text) override {
         CMuDriver::status_text(text);
@@ -47,9 +59,8 @@ class CMuViewDriver : public CMuDriver {
 
   private:
     QLabel* status_;
+    std::vector<std::pair<CDisplayEntry*, CZrkData*>> opened_;
 };
-
-}  // namespace
 
 CMuSheet::CMuSheet(QWidget* parent) : QTabWidget(parent) { setObjectName("mu_sheet"); }
 
@@ -69,7 +80,9 @@ CFormMu::CFormMu(CDataSpace& space, CMuOptions& options, QWidget* parent)
     setObjectName("form_mu");
     setWindowTitle("wave inversion");
     setAttribute(Qt::WA_DeleteOnClose);
-    model_.SetDriver(std::make_unique<CMuViewDriver>(space, status_));
+    auto driver = std::make_unique<CMuViewDriver>(space, status_);
+    driver_ = driver.get();
+    model_.SetDriver(std::move(driver));
 
     options_->setObjectName("mu_options");
     status_->setObjectName("mu_status");
@@ -131,6 +144,7 @@ void CFormMu::OnContinue() {
     const int pages = model_.PageCount();
     const bool run = model_.ActivePage() == CMuForm::PAGE_LFE;
     model_.Continue();
+    driver_->FinishDisplays();
     Sync();
     if (run || model_.PageCount() != pages) emit dataChanged();
 }
@@ -138,6 +152,7 @@ void CFormMu::OnContinue() {
 void CFormMu::OnApply() {
     Store();
     model_.Apply();
+    driver_->FinishDisplays();
     Sync();
     emit dataChanged();
 }

@@ -15,6 +15,7 @@
 #include "mu/mu_form.h"
 
 class CDataSpace;
+class CMuViewDriver;
 class CPageMuView;
 class QCheckBox;
 class QComboBox;
@@ -59,6 +60,7 @@ class CFormMu : public QWidget {
 
     CDataSpace& space_;
     CMuForm model_;
+    CMuViewDriver* driver_;  // the model's, which opens the run's displays
     QComboBox* options_;
     QLabel* status_;
     QLineEdit* base_;
