@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QClipboard>
+#include <QComboBox>
 #include <QDockWidget>
 #include <QLabel>
 #include <QLineEdit>
@@ -20,6 +21,7 @@
 #include "core/script_space.h"
 #include "core/window_space.h"
 #include "core/zrk_data.h"
+#include "display/display_entry.h"
 #include "display/new_display.h"
 #include "display/qt/display_ui.h"
 #include "eval/qt/bar_equ.h"
@@ -307,6 +309,71 @@ TEST_F(MainFrameTest, MenuTableTextsShortcutsAndSelectAll) {
     });
     Trigger(frame, "action_view_2d");
     space_.DelData("img");
+    frame->SetClosingForScript(true);
+}
+
+TEST_F(MainFrameTest, DesktopKindsChannelsAndDoubleClick) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    for (auto [name, text] : {std::pair{"desktop_display_1d", "display as 1d plot"},
+                              {"desktop_display_2d", "display as 2d image"},
+                              {"desktop_edit_data", "edit data"},
+                              {"desktop_list_all_types", "list all display types"},
+                              {"desktop_list_one_type", "list 1 display type"},
+                              {"desktop_toggle_type", "toggle 1 display type"},
+                              {"desktop_iqmp_i", "display I channel on open"},
+                              {"desktop_iqmp_q", "display Q channel on open"},
+                              {"desktop_iqmp_m", "display magnitude on open"},
+                              {"desktop_iqmp_p", "display phase on open"}})
+        if (auto* a = Find<QAction>(frame, name)) EXPECT_EQ(a->text(), text) << name;
+    EXPECT_FALSE(Find<QAction>(frame, "desktop_edit_data")->isEnabled());
+
+    auto* kinds = Find<QComboBox>(frame, "desktop_kind");
+    auto items = [kinds] {
+        QStringList list;
+        for (int i = 0; i < kinds->count(); ++i) list << kinds->itemText(i);
+        return list;
+    };
+    EXPECT_EQ(items(), (QStringList{"1d", "2d", "rgb", "xy"}));
+    EXPECT_EQ(kinds->currentText(), "2d");
+    Trigger(frame, "desktop_list_one_type");
+    EXPECT_EQ(items(), QStringList{"2d"});
+    Trigger(frame, "desktop_toggle_type");
+    EXPECT_EQ(items(), QStringList{"rgb"});
+    Trigger(frame, "desktop_list_all_types");
+    EXPECT_EQ(items(), (QStringList{"1d", "2d", "rgb", "xy"}));
+    EXPECT_EQ(kinds->currentText(), "rgb");
+    kinds->setCurrentIndex(1);
+    emit kinds->activated(1);
+    EXPECT_EQ(app->Modules().desktop.KindBit(), 0x20000u);
+
+    // The channel is a checked entry kept in desktop_iqmp=.
+    Trigger(frame, "desktop_iqmp_p");
+    EXPECT_EQ(app->Modules().desktop.desktop_iqmp, 3);
+    EXPECT_TRUE(Find<QAction>(frame, "desktop_iqmp_p")->isChecked());
+    EXPECT_FALSE(Find<QAction>(frame, "desktop_iqmp_m")->isChecked());
+
+    // A double click opens the array in the chosen kind through the chosen channel.
+    space_.NewData(TYPE_CR4, 8, 6, 1, 1, 1, 1, "wave");
+    frame->RefreshAll();
+    auto* list = Find<QTreeWidget>(frame, "desktop_list");
+    QTreeWidgetItem* row = list->findItems("wave", Qt::MatchExactly).value(0);
+    ASSERT_NE(row, nullptr);
+    emit list->itemDoubleClicked(row, 0);
+    ASSERT_EQ(GlobalWindowSpace().Count(), 1);
+    auto* display = dynamic_cast<CDisplayEntry*>(GlobalWindowSpace().Get(0));
+    ASSERT_NE(display, nullptr);
+    EXPECT_EQ(display->kind, 0x20000u);
+    EXPECT_EQ(display->look.palplane.iqmp, 3);
+    EXPECT_EQ(frame->StatusText(0), "display 2d");
+    // The desktop's choice leaves the 2d form's own fields alone.
+    EXPECT_EQ(app->DisplayModules().new_2d.names[0], "");
+    // Without a 1d display in this build the plot says why.
+    row->setSelected(true);
+    Trigger(frame, "desktop_display_1d");
+    EXPECT_EQ(GlobalWindowSpace().Count(), 1);
+    EXPECT_FALSE(frame->StatusText(0).isEmpty());
+    space_.DelData("wave");
     frame->SetClosingForScript(true);
 }
 
