@@ -25,6 +25,7 @@
 #include "core/window_space.h"
 #include "display/display_update.h"
 #include "display/look.h"
+#include "display/qt/mdi_doc.h"
 #include "display/qt/mdi_frame.h"
 #include "eval/qt/bar_equ.h"
 #include "eval/qt/form_equ.h"
@@ -32,6 +33,7 @@
 #include "eval/qt/frame_script.h"
 #include "files/zrk_file.h"
 #include "mu/qt/form_mu.h"
+#include "shell/group_edit.h"
 #include "shell/number_format.h"
 #include "shell/qt/form_alloc.h"
 #include "shell/qt/form_desktop.h"
@@ -86,6 +88,7 @@ CMainFrame::CMainFrame(CDataSpace& space, CShellModules& modules, QWidget* paren
         RefreshAll();
     });
     connect(history_, &CFormHistory::linePicked, bar_, &CBarEqu::SetText);
+    connect(mdi_, &QMdiArea::subWindowActivated, this, &CMainFrame::AddGroupMenu);
     connect(scripts_->Form(), &CFormScript::statusChanged, this,
             [this](const QString& text) { SetStatus(0, text.toStdString()); });
 }
@@ -296,6 +299,55 @@ void CMainFrame::ArrangeIcons() {
         const QSize size = w->size();
         w->move(x, mdi_->viewport()->height() - size.height());
         x += size.width();
+    }
+}
+
+void CMainFrame::AddGroupMenu(QMdiSubWindow* sub) {
+    if (!qobject_cast<CMdiFrame*>(sub) || !sub->systemMenu() ||
+        sub->systemMenu()->findChild<QMenu*>("menu_group"))
+        return;
+    QMenu* group = sub->systemMenu()->addMenu("group");
+    group->setObjectName("menu_group");
+    for (int i = 0; i < kGroupCommands; ++i) {
+        QAction* a = group->addAction(kGroupCommandTexts[i]);
+        a->setObjectName(QString("group_%1").arg(i));
+        a->setEnabled(GroupCommandAvailable(i));
+        connect(a, &QAction::triggered, this, [this, i] { OnGroupCommand(i); });
+    }
+    group->addSeparator();
+    group->addAction("align top", this, &CMainFrame::OnAlignTop)->setObjectName("group_align_top");
+    group->addAction("align left", this, &CMainFrame::OnAlignLeft)
+        ->setObjectName("group_align_left");
+}
+
+void CMainFrame::OnGroupCommand(int command) {
+    Host().Trace("CMainFrame::OnGroupCommand");
+    SetStatus(0, GroupEdit(space_, GlobalWindowSpace(), command));
+    RefreshAll();
+}
+
+std::vector<QMdiSubWindow*> CMainFrame::SelectedDisplays() const {
+    std::vector<QMdiSubWindow*> frames;
+    CWindowSpace& windows = GlobalWindowSpace();
+    for (int i = 0; i < windows.Count(); ++i)
+        if (auto* doc = dynamic_cast<CMdiDoc*>(windows.Get(i)); doc && (doc->select & 1))
+            if (doc->Frame()) frames.push_back(doc->Frame());
+    return frames;
+}
+
+void CMainFrame::OnAlignTop() {
+    int x = 0;
+    for (QMdiSubWindow* w : SelectedDisplays()) {
+        w->move(x, 0);
+        x += w->width();
+    }
+}
+
+void CMainFrame::OnAlignLeft() {
+    int y = 0;
+    for (QMdiSubWindow* w : SelectedDisplays()) {
+        w->move(0, y);
+        y += w->height();
     }
 }
 

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "shell/shell_modules.h"
 
@@ -24,6 +25,7 @@ class CFrameScript;
 class CFormHistory;
 class QDockWidget;
 class QLabel;
+class QMdiSubWindow;
 class QMenu;
 class QPrinter;
 class QMdiArea;
@@ -56,6 +58,11 @@ class CMainFrame : public QMainWindow {
     void SelectAll(uint32_t kind);
     void ArrangeIcons();
     void OnPrint();
+    // A display's group command (an index of kGroupCommandTexts) on the selected displays.
+    void OnGroupCommand(int command);
+    // The selected displays in a row along the top, or a column down the left.
+    void OnAlignTop();
+    void OnAlignLeft();
 
     void SetOnExit(std::function<void()> on_exit) { on_exit_ = std::move(on_exit); }
     void SetClosingForScript(bool closing) { closing_for_script_ = closing; }
@@ -74,6 +81,9 @@ class CMainFrame : public QMainWindow {
     void OnHelp(const std::string& page);
     void KeepPlaces();
     void FillRecent();
+    // The group commands in the context menu of a display's subwindow.
+    void AddGroupMenu(QMdiSubWindow* sub);
+    std::vector<QMdiSubWindow*> SelectedDisplays() const;
     QPrinter& Printer();
     QDockWidget* Dock(const char* title, const char* name, QWidget* body, Qt::DockWidgetArea area);
 

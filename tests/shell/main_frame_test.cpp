@@ -5,6 +5,8 @@
 #include <QDockWidget>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QTest>
@@ -12,6 +14,7 @@
 #include <QTimer>
 #include <QTreeWidget>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -30,6 +33,7 @@
 #include "files/zrk_file.h"
 #include "shell/crash_hooks.h"
 #include "shell/desktop.h"
+#include "shell/group_edit.h"
 #include "shell/qt/form_desktop.h"
 #include "shell/qt/form_history.h"
 #include "shell/qt/main_frame.h"
@@ -374,6 +378,64 @@ TEST_F(MainFrameTest, DesktopKindsChannelsAndDoubleClick) {
     EXPECT_EQ(GlobalWindowSpace().Count(), 1);
     EXPECT_FALSE(frame->StatusText(0).isEmpty());
     space_.DelData("wave");
+    frame->SetClosingForScript(true);
+}
+
+TEST_F(MainFrameTest, GroupCommandsEditEverySelectedDisplayWithUndo) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    // Two 3 x 2 arrays, x fastest, and a single plane for the chop of t.
+    for (const char* name : {"ga", "gb"}) {
+        CZrkData* a = space_.NewData(TYPE_R4, 3, 2, 1, 1, 1, 1, name);
+        auto* f = static_cast<float*>(a->Data());
+        for (int i = 0; i < 6; ++i) f[i] = float(i + (name[1] == 'b' ? 10 : 0));
+        CNew2d& n = app->DisplayModules().new_2d;
+        n.names[0] = name;
+        ASSERT_TRUE(n.OnViewNew(space_));
+    }
+    ASSERT_EQ(GlobalWindowSpace().Count(), 2);
+    // Each display's subwindow carries the group menu with the 25 texts.
+    QMdiSubWindow* sub = frame->Mdi()->subWindowList().value(0);
+    ASSERT_NE(sub, nullptr);
+    frame->Mdi()->setActiveSubWindow(sub);
+    auto* group = sub->systemMenu()->findChild<QMenu*>("menu_group");
+    ASSERT_NE(group, nullptr);
+    EXPECT_EQ(group->actions().value(0)->text(), "scroll z");
+    EXPECT_EQ(group->actions().value(5)->text(), "transpose xy");
+    EXPECT_EQ(group->actions().value(24)->text(), "rot -90");
+    EXPECT_FALSE(group->actions().value(12)->isEnabled());  // crop 2d waits for regions
+
+    for (int i = 0; i < 2; ++i) GlobalWindowSpace().Get(i)->select |= 1;
+    group->actions().value(5)->trigger();  // transpose xy
+    EXPECT_EQ(frame->StatusText(0), "transpose xy: 2 displays");
+    for (const char* name : {"ga", "gb"}) {
+        CZrkData* a = space_.FindData(name);
+        EXPECT_EQ(a->Res(0), 2u) << name;
+        EXPECT_EQ(a->Res(1), 3u) << name;
+        // (x, y) = (1, 0) of the source is now at (0, 1).
+        EXPECT_FLOAT_EQ(static_cast<float*>(a->Data())[2], name[1] == 'b' ? 11.0f : 1.0f);
+        a->Undo();
+        EXPECT_EQ(a->Res(0), 3u) << name;
+        EXPECT_FLOAT_EQ(static_cast<float*>(a->Data())[1], name[1] == 'b' ? 11.0f : 1.0f);
+    }
+    // Only the selected display changes.
+    GlobalWindowSpace().Get(1)->select = 0;
+    frame->OnGroupCommand(GroupCommandIndex("flip x"));
+    EXPECT_EQ(frame->StatusText(0), "flip x: 1 display");
+    // Align: the selected displays in a row, then in a column.
+    for (int i = 0; i < 2; ++i) GlobalWindowSpace().Get(i)->select |= 1;
+    QList<QMdiSubWindow*> subs = frame->Mdi()->subWindowList();
+    subs[0]->move(40, 50);
+    subs[1]->move(70, 90);
+    frame->OnAlignTop();
+    EXPECT_EQ(subs[0]->y(), 0);
+    EXPECT_EQ(subs[1]->y(), 0);
+    EXPECT_EQ(std::abs(subs[1]->x() - subs[0]->x()), subs[0]->width());
+    frame->OnAlignLeft();
+    EXPECT_EQ(subs[0]->x(), 0);
+    EXPECT_EQ(subs[1]->x(), 0);
+    EXPECT_EQ(std::abs(subs[1]->y() - subs[0]->y()), subs[0]->height());
+    for (const char* name : {"ga", "gb"}) space_.DelData(name);
     frame->SetClosingForScript(true);
 }
 
