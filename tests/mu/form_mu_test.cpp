@@ -129,6 +129,27 @@ TEST_F(FormMuTest, EscInterruptsTheRunWhichEndsNormally) {
     EXPECT_NE(space_.FindData("r1i101"), nullptr);
 }
 
+TEST_F(FormMuTest, AnArrayFreedOrRenamedWhileOpenMeetsTheCheck) {
+    TypeInputs();
+    CFormMu* form = OpenSheet();
+    ASSERT_NE(form, nullptr);
+    Name(form, "magnitude", "magn");
+    Name(form, "phase_name0", "ph");
+    Continue(form);
+    ASSERT_EQ(Page(form), 1);
+    // The sheet keeps names: a freed phase is simply not found.
+    space_.DelData("ph");
+    form->Sheet()->setCurrentIndex(0);
+    Continue(form);
+    Continue(form);
+    EXPECT_EQ(Status(form), "invalid x phase data");
+    EXPECT_EQ(Page(form), 0);
+    Type("ph2 = magn * 0");
+    Name(form, "phase_name0", "ph2");
+    Continue(form);
+    EXPECT_EQ(Page(form), 1) << Status(form).toStdString();
+}
+
 TEST_F(FormMuTest, OptionSelectorAndItsMenu) {
     CMuOptions& options = app_->Modules().mu_options;
     options.Add(2);
