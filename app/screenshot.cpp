@@ -4,11 +4,13 @@
 // on a folder of sample scripts, and the function browser on `ft`; with a fifth, a wave made
 // by equations in a 2d display in "jet", the window/level pane showing its colour bar and a
 // read-out in the status line; with a sixth, an ellipse drawn on that display with its
-// statistics in the history.
+// statistics in the history; with eight more, the inversion sheet on each of its seven pages
+// filled for the demo phantom, and the stiffness display its run opens.
 #include <QApplication>
 #include <QComboBox>
 #include <QDockWidget>
 #include <QLineEdit>
+#include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMouseEvent>
 #include <QPixmap>
@@ -20,14 +22,18 @@
 
 #include "core/data_space.h"
 #include "core/script_space.h"
+#include "core/zrk_data.h"
 #include "display/qt/display_ui.h"
 #include "display/qt/form_wl.h"
 #include "display/qt/mdi_doc.h"
+#include "display/qt/mdi_frame.h"
 #include "display/qt/view_2d.h"
 #include "eval/qt/bar_equ.h"
 #include "eval/qt/dialog_func.h"
 #include "eval/qt/form_script.h"
 #include "eval/qt/frame_script.h"
+#include "mu/demo_phantom.h"
+#include "mu/qt/form_mu.h"
 #include "shell/qt/about_wave.h"
 #include "shell/qt/main_frame.h"
 #include "shell/qt/zarnik_app.h"
@@ -100,13 +106,74 @@ void ShowRoi(CZarnikApp& app) {
     view->CalcRoi();
 }
 
+// The demo phantom (one slice, one encoding) as arrays on the desktop.
+void PutPhantom(CDataSpace& space, const CDemoPhantom& ph) {
+    const CDemoPhantomSpec& s = ph.spec;
+    const struct {
+        const char* name;
+        const std::vector<float>& values;
+        res_t t;
+    } arrays[] = {{"demo_mag", ph.magnitude, 1}, {"demo_phase", ph.phase, res_t(s.noff)}};
+    for (const auto& a : arrays) {
+        CZrkData* d = space.NewData(TYPE_R4, s.nx, s.ny, s.nz, a.t, 1, 1, a.name);
+        if (d) std::copy(a.values.begin(), a.values.end(), static_cast<float*>(d->data));
+    }
+}
+
+// The inversion sheet filled for the phantom, page by page into `pages[0..6]`, then its run;
+// the stiffness display goes into `stiffness`. Returns 0 when every picture was written.
+int ShowInversion(CMainFrame* frame, char** pages, const char* stiffness) {
+    CDemoPhantom ph = MakeDemoPhantom({.nz = 1, .ncomp = 1});
+    PutPhantom(GlobalDataSpace(), ph);
+    frame->RefreshAll();
+    CFormMu* form = frame->OnWaveInversion();
+    form->parentWidget()->setGeometry(10, 10, 460, 700);
+    CMuForm& model = form->Model();
+    model.Data()->c.magnitude = "demo_mag";
+    model.Data()->c.phase[0] = "demo_phase";
+    model.base_name = "demo";
+    form->Sync();
+    int status = 0;
+    for (int page = 0; page < CMuForm::PAGE_COUNT; ++page) {
+        if (page == CMuForm::PAGE_PARAMS) {
+            CPageMuParams* params = model.Params();
+            params->c.param_default = 0;
+            params->c.mech_freq = float(ph.spec.freq);
+            params->c.fov[0] = float(ph.spec.voxel * ph.spec.nx);
+            params->c.fov[1] = float(ph.spec.voxel * ph.spec.ny);
+            params->c.fov[2] = float(ph.spec.voxel * ph.spec.nz);
+            params->SetPhasePreset(3);  // radians
+            form->Sync();
+        }
+        if (page == CMuForm::PAGE_OUTPUT) {
+            model.Output()->c.r1i1_out = 1;
+            form->Sync();
+        }
+        QApplication::processEvents();
+        if (!form->parentWidget()->grab().save(pages[page])) status = 1;
+        form->OnContinue();
+    }
+    // The run opened the stiffness display (and the harmonic's).
+    for (QMdiSubWindow* sub : frame->Mdi()->subWindowList())
+        if (sub->windowTitle().startsWith("lfe_stiff")) {
+            if (auto* frame2d = qobject_cast<CMdiFrame*>(sub))
+                if (auto* view = qobject_cast<CView2d*>(frame2d->View())) view->OnZoom200();
+            sub->resize(300, 250);
+            QApplication::processEvents();
+            if (!sub->grab().save(stiffness)) status = 1;
+            return status;
+        }
+    std::fprintf(stderr, "no stiffness display: %s\n", model.status.c_str());
+    return 1;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc < 2) {
         std::fprintf(stderr,
                      "usage: quelmor_screenshot main.png [about.png [scripts.png functions.png "
-                     "[image.png [roi.png]]]]\n");
+                     "[image.png [roi.png [mu_data.png ... mu_lfe.png stiffness.png]]]]]\n");
         return 2;
     }
     QApplication qt(argc, argv);
@@ -159,6 +226,8 @@ int main(int argc, char** argv) {
                     ShowRoi(app);
                     QTimer::singleShot(300, [&] {
                         if (!frame->screen()->grabWindow(frame->winId()).save(argv[6])) status = 1;
+                        if (argc < 15) return finish();
+                        if (ShowInversion(frame, argv + 7, argv[14])) status = 1;
                         finish();
                     });
                 });

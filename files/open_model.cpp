@@ -116,7 +116,7 @@ int COpenModel::Ok(const std::vector<std::string>& paths) {
     bool good = true;
     const CFileReader* reader = FindReader(options.filetype);
     if (options.filetype == 6) {
-        good = LoadAll(&status, entries.data(), static_cast<int>(entries.size())) == 0;
+        good = LoadAll(&status, entries.data(), static_cast<int>(entries.size()), &space) == 0;
     } else if (reader && reader->load_space) {
         CLoadModel each(options, space, entries);
         each.LoadAllIndividually();
@@ -131,6 +131,7 @@ int COpenModel::Ok(const std::vector<std::string>& paths) {
         good = load.failure.empty();
         status = !good ? load.failure : load.exited ? "read exit" : "read success";
     }
+    opened = good ? sorted : std::vector<std::string>{};
     Host().RefreshDisplays();
     return good && !options.stay ? 1 : 0;
 }

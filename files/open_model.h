@@ -51,8 +51,9 @@ class COpenModel {
     CDataSpace& space;
     std::string& folder;
     std::function<void(CLoadModel&)> run_load;
-    FileEntry entry;     // the selection
-    std::string info;    // the info line
-    std::string title;   // the preview title of a binary file
-    std::string status;  // the result of OK
+    FileEntry entry;                  // the selection
+    std::string info;                 // the info line
+    std::string title;                // the preview title of a binary file
+    std::string status;               // the result of OK
+    std::vector<std::string> opened;  // the files the last OK read, for the recent list
 };

@@ -538,9 +538,10 @@ int CZrkFile::Write() {
     return 0;
 }
 
-int LoadAll(std::string* dialog, FileEntry* entries, int count) {
+int LoadAll(std::string* dialog, FileEntry* entries, int count, CDataSpace* space) {
     for (int k = 0; k < count; ++k) {
         CZrkFile file(entries[k].path);
+        if (space) file.space = space;
         const int result = file.Read();
         entries[k].status = file.status;
         if (dialog) *dialog = file.status;

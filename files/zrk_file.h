@@ -49,8 +49,9 @@ class CZrkFile {
 };
 
 // Reads each entry's file in turn, copying each status to the dialog's and the entry's, and
-// stops at the first failure with that Read result.
-int LoadAll(std::string* dialog, FileEntry* entries, int count);
+// stops at the first failure with that Read result. The arrays go to `space`, or to the
+// global data space.
+int LoadAll(std::string* dialog, FileEntry* entries, int count, CDataSpace* space = nullptr);
 
 // The start-up offer: when the crash workspace has a header, asks to read it and then asks to
 // delete it.

@@ -115,3 +115,10 @@ void CDesktop::AddPath(const std::string& folder) {
     for (int i = 0; i < desktop_npath; ++i) desktop_path[i] = paths[i];
     desktop_selpath = 0;
 }
+
+std::vector<int> CDesktop::ListedKinds() const {
+    if (one_kind) return {kind};
+    std::vector<int> all;
+    for (int k = 0; k < kKinds; ++k) all.push_back(k);
+    return all;
+}

@@ -49,6 +49,16 @@ class CDesktop {
     // Puts `folder` first in the path list, dropping a repeat and the sixth.
     void AddPath(const std::string& folder);
 
+    // The display kinds a double click opens in: "1d", "2d", "rgb", "xy" and their LOOK_ bits.
+    static constexpr int kKinds = 4;
+    static constexpr const char* kKindNames[kKinds] = {"1d", "2d", "rgb", "xy"};
+    static constexpr unsigned kKindBits[kKinds] = {0x10000, 0x20000, 0x80000, 0x40000};
+    // The kinds the selector lists: all four, or only the current one.
+    std::vector<int> ListedKinds() const;
+    // "toggle 1 display type": the next kind, the first after the last.
+    void ToggleKind() { kind = (kind + 1) % kKinds; }
+    unsigned KindBit() const { return kKindBits[kind]; }
+
     int view_desktop = 1;
     int desktop_minimized = 0;
     CRectOption desktop_loc;
@@ -59,4 +69,7 @@ class CDesktop {
     int desktop_selpath = 0;
     std::string desktop_path[kMaxPaths];
     std::string desktop_script_editor = "xdg-open";
+    // The kind selector: the current kind and whether only it is listed.
+    int kind = 1;
+    int one_kind = 0;
 };

@@ -1,6 +1,7 @@
 #include "shell/main_frame_options.h"
 
 #include <cstdlib>
+#include <string>
 
 #include "core/key_reader.h"
 
@@ -28,6 +29,10 @@ int CMainFrameOptions::ScanfOptions(CKeyReader& reader) {
         return 1;
     }
     if (reader.String("open_directory=", &open_directory)) return 1;
+    for (int i = 0; i < kRecentFiles; ++i) {
+        const std::string key = "recent_file" + std::to_string(i) + "=";
+        if (reader.String(key.c_str(), &recent_file[i])) return 1;
+    }
     return 0;
 }
 
@@ -39,4 +44,19 @@ void CMainFrameOptions::PrintfOptions(FILE* file) const {
     std::fprintf(file, "custom_colors16=");
     for (unsigned c : custom_colors16) std::fprintf(file, " %x", c);
     std::fprintf(file, "\nopen_directory= %s\n", open_directory.c_str());
+    for (int i = 0; i < kRecentFiles; ++i)
+        std::fprintf(file, "recent_file%d= %s\n", i, recent_file[i].c_str());
+}
+
+void CMainFrameOptions::AddRecent(const std::string& path) {
+    if (path.empty()) return;
+    // Where the path already stands (or the last slot) its place closes up behind it.
+    int at = kRecentFiles - 1;
+    for (int i = 0; i < kRecentFiles; ++i)
+        if (recent_file[i] == path) {
+            at = i;
+            break;
+        }
+    for (int i = at; i > 0; --i) recent_file[i] = recent_file[i - 1];
+    recent_file[0] = path;
 }

@@ -17,8 +17,12 @@ int ScanRect(CKeyReader& reader, const char* key, CRectOption* rect);
 void PrintRect(FILE* file, const char* key, const CRectOption& rect);
 
 struct CMainFrameOptions {
+    static constexpr int kRecentFiles = 5;
+
     int ScanfOptions(CKeyReader& reader);
     void PrintfOptions(FILE* file) const;
+    // Puts `path` first among the recent files; the oldest beyond five drops off.
+    void AddRecent(const std::string& path);
 
     int view_equation_bar = 1;
     CRectOption main_loc{60, 40, 1340, 900};
@@ -27,4 +31,6 @@ struct CMainFrameOptions {
                                     0xffffff, 0xffffff, 0xffffff, 0xffffff, 0xffffff, 0xffffff,
                                     0xffffff, 0xffffff, 0xffffff, 0xffffff};
     std::string open_directory;
+    // The files opened last, newest first; empty slots are unused.
+    std::string recent_file[kRecentFiles];
 };

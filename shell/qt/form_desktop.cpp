@@ -24,6 +24,7 @@ CFormDesktop::CFormDesktop(CDataSpace& space, CDesktop& desktop, CRename& rename
       list_(new QTreeWidget(this)),
       bytes_(new QLabel(this)),
       paths_(new QComboBox(this)),
+      kinds_(new QComboBox(this)),
       menu_(new QMenu(this)) {
     setObjectName("desktop_form");
     list_->setObjectName("desktop_list");
@@ -38,7 +39,10 @@ CFormDesktop::CFormDesktop(CDataSpace& space, CDesktop& desktop, CRename& rename
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(2, 2, 2, 2);
     layout->setSpacing(2);
+    kinds_->setObjectName("desktop_kind");
+    kinds_->setToolTip("display type a double click opens");
     layout->addWidget(paths_);
+    layout->addWidget(kinds_);
     layout->addWidget(list_, 1);
     layout->addWidget(bytes_);
 
@@ -47,11 +51,24 @@ CFormDesktop::CFormDesktop(CDataSpace& space, CDesktop& desktop, CRename& rename
             [this](const QPoint& at) { menu_->popup(list_->viewport()->mapToGlobal(at)); });
     connect(paths_, &QComboBox::activated, this,
             [this](int index) { desktop_.desktop_selpath = index; });
+    connect(kinds_, &QComboBox::activated, this, [this](int index) {
+        const std::vector<int> listed = desktop_.ListedKinds();
+        if (index >= 0 && index < int(listed.size())) desktop_.kind = listed[index];
+    });
+    connect(list_, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem* item) {
+        emit openRequested({item->text(0)}, desktop_.KindBit(), desktop_.desktop_iqmp);
+    });
 
     connect(AddEntry("free data", "desktop_free_data"), &QAction::triggered, this,
             [this] { Run("CFormDesktop::OnFreeData", [&] { return FreeSelectedData(space_); }); });
     connect(AddEntry("free undo buffers", "desktop_free_undo"), &QAction::triggered, this,
             [this] { Run("CFormDesktop::OnFreeUndo", [&] { return FreeUndoBuffers(space_); }); });
+    connect(AddEntry("display as 1d plot", "desktop_display_1d"), &QAction::triggered, this,
+            [this] { OpenSelected(CDesktop::kKindBits[0]); });
+    connect(AddEntry("display as 2d image", "desktop_display_2d"), &QAction::triggered, this,
+            [this] { OpenSelected(CDesktop::kKindBits[1]); });
+    // No spreadsheet view of an array yet.
+    AddEntry("edit data", "desktop_edit_data")->setEnabled(false);
     connect(AddEntry("allocate data", "desktop_allocate"), &QAction::triggered, this,
             &CFormDesktop::OnAllocate);
     menu_->addSeparator();
@@ -59,6 +76,38 @@ CFormDesktop::CFormDesktop(CDataSpace& space, CDesktop& desktop, CRename& rename
             [this] { OnDetails(1); });
     connect(AddEntry("list no detail", "desktop_no_detail"), &QAction::triggered, this,
             [this] { OnDetails(0); });
+    connect(AddEntry("list all display types", "desktop_list_all_types"), &QAction::triggered, this,
+            [this] {
+                desktop_.one_kind = 0;
+                FillKinds();
+                emit commandDone("list all display types");
+            });
+    connect(AddEntry("list 1 display type", "desktop_list_one_type"), &QAction::triggered, this,
+            [this] {
+                desktop_.one_kind = 1;
+                FillKinds();
+                emit commandDone("list 1 display type");
+            });
+    connect(AddEntry("toggle 1 display type", "desktop_toggle_type"), &QAction::triggered, this,
+            [this] {
+                desktop_.ToggleKind();
+                FillKinds();
+                emit commandDone(QString("display type ") + CDesktop::kKindNames[desktop_.kind]);
+            });
+    menu_->addSeparator();
+    static const char* kChannels[][2] = {{"display I channel on open", "desktop_iqmp_i"},
+                                         {"display Q channel on open", "desktop_iqmp_q"},
+                                         {"display magnitude on open", "desktop_iqmp_m"},
+                                         {"display phase on open", "desktop_iqmp_p"}};
+    for (int c = 0; c < 4; ++c) {
+        channels_[c] = AddEntry(kChannels[c][0], kChannels[c][1]);
+        channels_[c]->setCheckable(true);
+        connect(channels_[c], &QAction::triggered, this, [this, c] {
+            desktop_.desktop_iqmp = c;
+            CheckChannel();
+        });
+    }
+    connect(menu_, &QMenu::aboutToShow, this, &CFormDesktop::CheckChannel);
     menu_->addSeparator();
     connect(AddEntry("declare pi", "desktop_declare_pi"), &QAction::triggered, this, [this] {
         Run("CFormDesktop::OnDeclarePi",
@@ -73,7 +122,30 @@ CFormDesktop::CFormDesktop(CDataSpace& space, CDesktop& desktop, CRename& rename
     });
     connect(AddEntry("rename", "desktop_rename"), &QAction::triggered, this,
             &CFormDesktop::OnRename);
+    CheckChannel();
     Refresh();
+}
+
+void CFormDesktop::CheckChannel() {
+    for (int c = 0; c < 4; ++c) channels_[c]->setChecked(desktop_.desktop_iqmp == c);
+}
+
+void CFormDesktop::FillKinds() {
+    kinds_->clear();
+    for (int k : desktop_.ListedKinds()) {
+        kinds_->addItem(CDesktop::kKindNames[k]);
+        if (k == desktop_.kind) kinds_->setCurrentIndex(kinds_->count() - 1);
+    }
+}
+
+void CFormDesktop::OpenSelected(unsigned kind) {
+    QStringList names;
+    for (QTreeWidgetItem* item : list_->selectedItems()) names << item->text(0);
+    if (names.isEmpty()) {
+        emit commandDone("no data selected");
+        return;
+    }
+    emit openRequested(names, kind, desktop_.desktop_iqmp);
 }
 
 QAction* CFormDesktop::AddEntry(const char* text, const char* name) {
@@ -97,6 +169,7 @@ void CFormDesktop::Refresh() {
         item->setSelected(row.record->select & kDesktopSelect);
     }
     for (int c = 0; c + 1 < list_->columnCount(); ++c) list_->resizeColumnToContents(c);
+    FillKinds();
     bytes_->setText(QString::fromStdString(desktop_.ByteLine(space_)));
     paths_->clear();
     for (int i = 0; i < desktop_.desktop_npath; ++i)

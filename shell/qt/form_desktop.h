@@ -27,8 +27,13 @@ class CFormDesktop : public QWidget {
     QTreeWidget* List() const { return list_; }
     QMenu* ContextMenu() const { return menu_; }
 
+    // The kind selector (`desktop_kind`) as the desktop options say.
+    void FillKinds();
+
   signals:
     void commandDone(const QString& status);
+    // Arrays to display in a kind (a LOOK_ bit) through the channel (0 i, 1 q, 2 m, 3 p).
+    void openRequested(const QStringList& names, unsigned kind, int iqmp);
 
   private:
     void OnSelectionChanged();
@@ -41,6 +46,8 @@ class CFormDesktop : public QWidget {
     void OnAllocate();
     void OnRename();
     void OnDetails(int details);
+    void OpenSelected(unsigned kind);
+    void CheckChannel();
     QAction* AddEntry(const char* text, const char* name);
 
     CDataSpace& space_;
@@ -49,6 +56,8 @@ class CFormDesktop : public QWidget {
     QTreeWidget* list_;
     QLabel* bytes_;
     QComboBox* paths_;
+    QComboBox* kinds_;
+    QAction* channels_[4];
     QMenu* menu_;
     bool refreshing_ = false;
 };

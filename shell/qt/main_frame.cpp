@@ -7,10 +7,16 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMenuBar>
+#include <QPageSetupDialog>
+#include <QPainter>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
+#include <tuple>
 
 #include "core/data_space.h"
 #include "core/host.h"
@@ -18,13 +24,22 @@
 #include "core/script_space.h"
 #include "core/window_space.h"
 #include "display/display_update.h"
+#include "display/look.h"
+#include "display/qt/mdi_doc.h"
+#include "display/qt/mdi_frame.h"
 #include "eval/qt/bar_equ.h"
+#include "eval/qt/form_equ.h"
 #include "eval/qt/form_script.h"
 #include "eval/qt/frame_script.h"
+#include "files/guess_code.h"
+#include "files/load_model.h"
 #include "files/open_model.h"
 #include "files/qt/dialog_open.h"
 #include "files/qt/dialog_save_as.h"
 #include "files/save_model.h"
+#include "files/zrk_file.h"
+#include "mu/qt/form_mu.h"
+#include "shell/group_edit.h"
 #include "shell/qt/form_alloc.h"
 #include "shell/qt/form_desktop.h"
 #include "shell/qt/form_history.h"
@@ -78,6 +93,7 @@ CMainFrame::CMainFrame(CDataSpace& space, CShellModules& modules, QWidget* paren
         RefreshAll();
     });
     connect(history_, &CFormHistory::linePicked, bar_, &CBarEqu::SetText);
+    connect(mdi_, &QMdiArea::subWindowActivated, this, &CMainFrame::AddGroupMenu);
     connect(scripts_->Form(), &CFormScript::statusChanged, this,
             [this](const QString& text) { SetStatus(0, text.toStdString()); });
 }
@@ -102,8 +118,9 @@ void CMainFrame::BuildMenus() {
     QAction* open = action(file, "&open...\tctrl+o", "action_open", [this] {
         COpenModel model(modules_.open, space_, modules_.main_frame.open_directory);
         CDialogOpen dialog(model, this);
-        connect(&dialog, &CDialogOpen::opened, this, [this](const QString& status) {
+        connect(&dialog, &CDialogOpen::opened, this, [this, &model](const QString& status) {
             SetStatus(0, status.toStdString());
+            for (const std::string& path : model.opened) modules_.main_frame.AddRecent(path);
             RefreshAll();
         });
         dialog.exec();
@@ -118,6 +135,20 @@ void CMainFrame::BuildMenus() {
         dialog.exec();
     });
     save->setShortcut(QKeySequence::Save);
+    file->addSeparator();
+    action(file, "print setup", "action_print_setup", [this] {
+        QPageSetupDialog dialog(&Printer(), this);
+        dialog.exec();
+    });
+    action(file, "&print...\tctrl+p", "action_print", [this] {
+        OnPrint();
+    })->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_P));
+    file->addSeparator();
+    recent_ = file->addMenu("recent files");
+    recent_->setObjectName("menu_recent");
+    connect(recent_, &QMenu::aboutToShow, this, &CMainFrame::FillRecent);
+    FillRecent();
+    file->addSeparator();
     action(file, "e&xit", "action_exit", [this] { close(); });
 
     QMenu* view = menuBar()->addMenu("&view");
@@ -145,8 +176,62 @@ void CMainFrame::BuildMenus() {
         });
         form.exec();
     });
+    data->addSeparator();
+    struct Kind {
+        const char *text, *name;
+        uint32_t kind;
+        QKeyCombination key;
+    };
+    for (const Kind& k :
+         {Kind{"select all 1d\tctrl 1", "action_select_all_1d", LOOK_1D, Qt::CTRL | Qt::Key_1},
+          Kind{"select all 2d\tctrl 2", "action_select_all_2d", LOOK_2D, Qt::CTRL | Qt::Key_2},
+          Kind{"select all xy\tctrl y", "action_select_all_xy", LOOK_XY, Qt::CTRL | Qt::Key_Y},
+          Kind{"select all rgb\tctrl b", "action_select_all_rgb", LOOK_RGB,
+               Qt::CTRL | Qt::Key_B}}) {
+        const uint32_t kind = k.kind;
+        action(data, k.text, k.name, [this, kind] {
+            SelectAll(kind);
+        })->setShortcut(QKeySequence(k.key));
+    }
+    data->addSeparator();
+    // The new-display forms belong to the display layer, which names its actions.
+    for (auto [text, name, form] : {std::tuple{"view 1d", "action_view_1d", "action_new_1d"},
+                                    std::tuple{"view 2d", "action_view_2d", "action_new_2d"},
+                                    std::tuple{"view rgb", "action_view_rgb", "action_new_rgb"},
+                                    std::tuple{"view xy", "action_view_xy", "action_new_xy"}}) {
+        const QString target = form;
+        action(data, text, name, [this, target] {
+            if (QAction* a = findChild<QAction*>(target)) a->trigger();
+        });
+    }
+
+    QMenu* functions = menuBar()->addMenu("f&unctions");
+    action(functions, "equation", "action_equation", [this] {
+        auto* form = new CFormEqu(space_);
+        form->setAttribute(Qt::WA_DeleteOnClose);
+        connect(form, &CFormEqu::evaluated, this, &CMainFrame::RefreshAll);
+        QMdiSubWindow* sub = mdi_->addSubWindow(form);
+        sub->setWindowTitle("equation");
+        sub->show();
+    });
+    QAction* inversion = action(functions, "wave inversion...", "action_wave_inversion",
+                                [this] { OnWaveInversion(); });
+
+    // The display option forms are not there yet: their entries stand, disabled.
+    QMenu* options = menuBar()->addMenu("&options");
+    for (auto [text, name] : {std::pair{"1d display...", "action_options_1d"},
+                              {"1d axis etc ..", "action_axis_1d"},
+                              {"2d display...", "action_options_2d"},
+                              {"rgb display...", "action_options_rgb"},
+                              {"xy display...", "action_options_xy"},
+                              {"xy axis etc ..", "action_axis_xy"}}) {
+        QAction* a = options->addAction(text);
+        a->setObjectName(name);
+        a->setEnabled(false);
+    }
 
     QMenu* window = menuBar()->addMenu("&window");
+    action(window, "arrange icons", "action_arrange_icons", [this] { ArrangeIcons(); });
     QAction* cascade =
         action(window, "cascade", "action_cascade", [this] { mdi_->cascadeSubWindows(); });
     QAction* tile = action(window, "tile", "action_tile", [this] { mdi_->tileSubWindows(); });
@@ -156,7 +241,139 @@ void CMainFrame::BuildMenus() {
     action(help, "help", "action_help", [this] { OnHelp(help_folder_ + "/zarnik.htm"); });
     action(help, "quelmor help", "action_help_quelmor", [this] { OnHelp(help_page_); });
 
-    for (QAction* a : {allocate, refresh, cascade, tile}) tools_->addAction(a);
+    for (QAction* a : {allocate, inversion, refresh, cascade, tile}) tools_->addAction(a);
+}
+
+CMainFrame::~CMainFrame() = default;
+
+QPrinter& CMainFrame::Printer() {
+    if (!printer_) printer_ = std::make_unique<QPrinter>();
+    return *printer_;
+}
+
+void CMainFrame::OnPrint() {
+    auto* frame = qobject_cast<CMdiFrame*>(mdi_->activeSubWindow());
+    if (!frame || !frame->View()) {
+        SetStatus(0, "no display to print");
+        return;
+    }
+    QPrintDialog dialog(&Printer(), this);
+    if (dialog.exec() != QDialog::Accepted) return;
+    const QPixmap picture = frame->View()->grab();
+    QPainter painter(&Printer());
+    const QRect page = painter.viewport();
+    const QSize size = picture.size().scaled(page.size(), Qt::KeepAspectRatio);
+    painter.drawPixmap(QRect(page.topLeft(), size), picture);
+}
+
+void CMainFrame::OpenRecent(const std::string& path) {
+    // the kind as the file shows it, not the open dialog's last choice
+    COpenOptions& options = modules_.open;
+    const int kind = options.filetype;
+    options.filetype = GuessOpenCode(path);
+    COpenModel model(options, space_, modules_.main_frame.open_directory);
+    model.Ok({path});
+    options.filetype = kind;
+    SetStatus(0, model.status);
+    if (!model.opened.empty()) modules_.main_frame.AddRecent(path);
+    FillRecent();
+    RefreshAll();
+}
+
+void CMainFrame::FillRecent() {
+    recent_->clear();
+    const CMainFrameOptions& main = modules_.main_frame;
+    for (int i = 0; i < CMainFrameOptions::kRecentFiles; ++i) {
+        const std::string& path = main.recent_file[i];
+        if (path.empty()) continue;
+        QAction* a =
+            recent_->addAction(QString("&%1 %2").arg(i + 1).arg(QString::fromStdString(path)));
+        a->setObjectName(QString("action_recent_file%1").arg(i));
+        connect(a, &QAction::triggered, this, [this, path] { OpenRecent(path); });
+    }
+    recent_->setEnabled(!recent_->isEmpty());
+}
+
+void CMainFrame::SelectAll(uint32_t kind) {
+    CWindowSpace& windows = GlobalWindowSpace();
+    int n = 0;
+    for (int i = 0; i < windows.Count(); ++i)
+        if (CWindowEntry* w = windows.Get(i); w && (w->kind & kind)) {
+            w->select |= 1;
+            ++n;
+        }
+    SetStatus(0, std::to_string(n) + (n == 1 ? " display selected" : " displays selected"));
+}
+
+void CMainFrame::ArrangeIcons() {
+    // Minimised subwindows go in a row along the bottom of the area, left to right.
+    int x = 0;
+    for (QMdiSubWindow* w : mdi_->subWindowList()) {
+        if (!w->isMinimized()) continue;
+        const QSize size = w->size();
+        w->move(x, mdi_->viewport()->height() - size.height());
+        x += size.width();
+    }
+}
+
+void CMainFrame::AddGroupMenu(QMdiSubWindow* sub) {
+    if (!qobject_cast<CMdiFrame*>(sub) || !sub->systemMenu() ||
+        sub->systemMenu()->findChild<QMenu*>("menu_group"))
+        return;
+    QMenu* group = sub->systemMenu()->addMenu("group");
+    group->setObjectName("menu_group");
+    for (int i = 0; i < kGroupCommands; ++i) {
+        QAction* a = group->addAction(kGroupCommandTexts[i]);
+        a->setObjectName(QString("group_%1").arg(i));
+        a->setEnabled(GroupCommandAvailable(i));
+        connect(a, &QAction::triggered, this, [this, i] { OnGroupCommand(i); });
+    }
+    group->addSeparator();
+    group->addAction("align top", this, &CMainFrame::OnAlignTop)->setObjectName("group_align_top");
+    group->addAction("align left", this, &CMainFrame::OnAlignLeft)
+        ->setObjectName("group_align_left");
+}
+
+void CMainFrame::OnGroupCommand(int command) {
+    Host().Trace("CMainFrame::OnGroupCommand");
+    SetStatus(0, GroupEdit(space_, GlobalWindowSpace(), command));
+    RefreshAll();
+}
+
+std::vector<QMdiSubWindow*> CMainFrame::SelectedDisplays() const {
+    std::vector<QMdiSubWindow*> frames;
+    CWindowSpace& windows = GlobalWindowSpace();
+    for (int i = 0; i < windows.Count(); ++i)
+        if (auto* doc = dynamic_cast<CMdiDoc*>(windows.Get(i)); doc && (doc->select & 1))
+            if (doc->Frame()) frames.push_back(doc->Frame());
+    return frames;
+}
+
+void CMainFrame::OnAlignTop() {
+    int x = 0;
+    for (QMdiSubWindow* w : SelectedDisplays()) {
+        w->move(x, 0);
+        x += w->width();
+    }
+}
+
+void CMainFrame::OnAlignLeft() {
+    int y = 0;
+    for (QMdiSubWindow* w : SelectedDisplays()) {
+        w->move(0, y);
+        y += w->height();
+    }
+}
+
+CFormMu* CMainFrame::OnWaveInversion() {
+    auto* form = new CFormMu(space_, modules_.mu_options);
+    connect(form, &CFormMu::dataChanged, this, &CMainFrame::RefreshAll);
+    connect(form, &CFormMu::helpRequested, this,
+            [this](const QString& page) { OnHelp(help_folder_ + "/" + page.toStdString()); });
+    QMdiSubWindow* sub = mdi_->addSubWindow(form);
+    sub->setObjectName("mu_window");
+    sub->show();
+    return form;
 }
 
 void CMainFrame::OnHelp(const std::string& page) {

@@ -9,18 +9,25 @@
 #pragma once
 
 #include <QMainWindow>
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "shell/shell_modules.h"
 
 class CBarEqu;
 class CDataSpace;
 class CFormDesktop;
+class CFormMu;
 class CFrameScript;
 class CFormHistory;
 class QDockWidget;
 class QLabel;
+class QMdiSubWindow;
+class QMenu;
+class QPrinter;
 class QMdiArea;
 class QToolBar;
 
@@ -28,6 +35,7 @@ class CMainFrame : public QMainWindow {
     Q_OBJECT
   public:
     CMainFrame(CDataSpace& space, CShellModules& modules, QWidget* parent = nullptr);
+    ~CMainFrame() override;
 
     void RefreshAll();
     // Puts the panes where the options say and shows or hides them.
@@ -40,6 +48,21 @@ class CMainFrame : public QMainWindow {
     CBarEqu* EquationBar() const { return bar_; }
     CFrameScript* Scripts() const { return scripts_; }
     QMdiArea* Mdi() const { return mdi_; }
+
+    // "wave inversion...": the inversion form in a subwindow of its own.
+    CFormMu* OnWaveInversion();
+
+    // Opens a file of the recent list, its kind told by its content, and keeps it first there.
+    void OpenRecent(const std::string& path);
+    // "select all ..": the select bit of every display of a LOOK_ kind.
+    void SelectAll(uint32_t kind);
+    void ArrangeIcons();
+    void OnPrint();
+    // A display's group command (an index of kGroupCommandTexts) on the selected displays.
+    void OnGroupCommand(int command);
+    // The selected displays in a row along the top, or a column down the left.
+    void OnAlignTop();
+    void OnAlignLeft();
 
     void SetOnExit(std::function<void()> on_exit) { on_exit_ = std::move(on_exit); }
     void SetClosingForScript(bool closing) { closing_for_script_ = closing; }
@@ -57,6 +80,11 @@ class CMainFrame : public QMainWindow {
     void BuildMenus();
     void OnHelp(const std::string& page);
     void KeepPlaces();
+    void FillRecent();
+    // The group commands in the context menu of a display's subwindow.
+    void AddGroupMenu(QMdiSubWindow* sub);
+    std::vector<QMdiSubWindow*> SelectedDisplays() const;
+    QPrinter& Printer();
     QDockWidget* Dock(const char* title, const char* name, QWidget* body, Qt::DockWidgetArea area);
 
     CDataSpace& space_;
@@ -70,6 +98,8 @@ class CMainFrame : public QMainWindow {
     CFrameScript* scripts_;
     QToolBar* tools_;
     QLabel* panes_[3];
+    QMenu* recent_ = nullptr;
+    std::unique_ptr<QPrinter> printer_;
     std::function<void()> on_exit_;
     bool closing_for_script_ = false;
     std::string help_folder_;

@@ -6,13 +6,43 @@
 #include "core/host.h"
 #include "core/script_space.h"
 #include "core/window_space.h"
+#include "display/qt/display_ui.h"
 #include "files/file_kinds.h"
 #include "ops/function_rows.h"
 #include "shell/crash_hooks.h"
 #include "shell/qt/about_wave.h"
+#include "shell/qt/form_desktop.h"
 #include "shell/qt/form_history.h"
 #include "shell/qt/main_frame.h"
 #include "shell/qt/qt_host.h"
+
+namespace {
+
+// One array in a display of `kind` through `iqmp`, with the new-display options of that kind
+// but without touching the fields its form keeps; the status text of the try.
+std::string OpenAs(CDisplayModules& modules, CDataSpace& space, const std::string& name,
+                   unsigned kind, int iqmp) {
+    auto open = [&](auto holder, int slot) {
+        holder.names[0] = holder.names[1] = holder.names[2] = "";
+        holder.names[slot] = name;
+        holder.iqmp = iqmp;
+        holder.append = 0;
+        holder.OnViewNew(space);
+        return holder.status;
+    };
+    switch (kind) {
+        case 0x10000:
+            return open(modules.new_1d, 0);
+        case 0x40000:
+            return open(modules.new_xy, 1);  // the array against its index
+        case 0x80000:
+            return open(modules.new_rgb, 0);
+        default:
+            return open(modules.new_2d, 0);
+    }
+}
+
+}  // namespace
 
 CZarnikApp::CZarnikApp(CDataSpace& space)
     : space_(space), paths_(CPaths::FromExecutable(ExecutablePath())) {
@@ -42,6 +72,15 @@ bool CZarnikApp::InitInstance(const CStartOptions& start) {
     frame_->SetOnExit([this] { WriteOptions(); });
     frame_->SetHelp(paths_.help, paths_.help_page);
     display_ui_ = std::make_unique<CDisplayUi>(*frame_, *frame_->Mdi(), space_, display_modules_);
+    QObject::connect(frame_->Desktop(), &CFormDesktop::openRequested, frame_.get(),
+                     [this](const QStringList& names, unsigned kind, int iqmp) {
+                         std::string status;
+                         for (const QString& name : names)
+                             status =
+                                 OpenAs(display_modules_, space_, name.toStdString(), kind, iqmp);
+                         frame_->SetStatus(0, status);
+                         frame_->RefreshAll();
+                     });
 
     space_.InitReservedData();
     space_.SetUnique();

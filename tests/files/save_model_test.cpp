@@ -105,9 +105,9 @@ TEST_F(SaveModel, WorkspaceRowSavesEverything) {
     EXPECT_EQ(save.Save(), 1);
     EXPECT_EQ(save.status, "file saved");
     GlobalDataSpace().DelData(g);
+    // and the open dialog reads it into its own
     EXPECT_EQ(Open({Path("all.zrk")}, 6), "read complete");
-    EXPECT_NE(GlobalDataSpace().FindData("g"), nullptr);
-    GlobalDataSpace().DelData("g");
+    EXPECT_NE(space_.FindData("g"), nullptr);
 }
 
 TEST(FileOptions, RoundTripThroughThePreferencesFile) {

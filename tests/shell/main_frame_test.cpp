@@ -1,15 +1,20 @@
 #include <gtest/gtest.h>
 
 #include <QClipboard>
+#include <QComboBox>
 #include <QDockWidget>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QTest>
 #include <QTextBlock>
+#include <QTimer>
 #include <QTreeWidget>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -17,12 +22,18 @@
 #include "core/data_cursor.h"
 #include "core/data_space.h"
 #include "core/script_space.h"
+#include "core/window_space.h"
 #include "core/zrk_data.h"
+#include "display/display_entry.h"
+#include "display/new_display.h"
+#include "display/qt/display_ui.h"
 #include "eval/qt/bar_equ.h"
 #include "eval/qt/form_script.h"
 #include "eval/qt/frame_script.h"
+#include "files/zrk_file.h"
 #include "shell/crash_hooks.h"
 #include "shell/desktop.h"
+#include "shell/group_edit.h"
 #include "shell/qt/form_desktop.h"
 #include "shell/qt/form_history.h"
 #include "shell/qt/main_frame.h"
@@ -242,6 +253,225 @@ TEST_F(MainFrameTest, StartOffersTheCrashFileThroughTheHook) {
     CrashHooks().offer = nullptr;
     EXPECT_EQ(offered, app->Paths().crash_workspace);
     EXPECT_NE(offered.find("/quelmor_crash.zrk"), std::string::npos);
+}
+
+TEST_F(MainFrameTest, MenuTableTextsShortcutsAndSelectAll) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    struct Entry {
+        const char *name, *text;
+        QKeySequence key;
+    };
+    for (const Entry& e :
+         {Entry{"action_print", "&print...\tctrl+p", QKeySequence("Ctrl+P")},
+          {"action_print_setup", "print setup", {}},
+          {"action_select_all_1d", "select all 1d\tctrl 1", QKeySequence("Ctrl+1")},
+          {"action_select_all_2d", "select all 2d\tctrl 2", QKeySequence("Ctrl+2")},
+          {"action_select_all_xy", "select all xy\tctrl y", QKeySequence("Ctrl+Y")},
+          {"action_select_all_rgb", "select all rgb\tctrl b", QKeySequence("Ctrl+B")},
+          {"action_view_1d", "view 1d", {}},
+          {"action_view_xy", "view xy", {}},
+          {"action_equation", "equation", {}},
+          {"action_wave_inversion", "wave inversion...", {}},
+          {"action_options_1d", "1d display...", {}},
+          {"action_axis_1d", "1d axis etc ..", {}},
+          {"action_options_2d", "2d display...", {}},
+          {"action_options_rgb", "rgb display...", {}},
+          {"action_options_xy", "xy display...", {}},
+          {"action_axis_xy", "xy axis etc ..", {}},
+          {"action_arrange_icons", "arrange icons", {}},
+          {"action_refresh", "&refresh", {}}}) {
+        auto* a = Find<QAction>(frame, e.name);
+        if (!a) continue;
+        EXPECT_EQ(a->text(), e.text) << e.name;
+        EXPECT_EQ(a->shortcut(), e.key) << e.name;
+    }
+    // Entries without a form stand disabled.
+    EXPECT_FALSE(Find<QAction>(frame, "action_options_2d")->isEnabled());
+    // The tool bar carries the inversion.
+    EXPECT_TRUE(Find<QWidget>(frame, "tool_bar")
+                    ->actions()
+                    .contains(Find<QAction>(frame, "action_wave_inversion")));
+
+    // Select all 2d marks the 2d displays only.
+    space_.NewData(TYPE_R4, 8, 6, 1, 1, 1, 1, "img");
+    CNew2d& n = app->DisplayModules().new_2d;
+    n.names[0] = "img";
+    ASSERT_TRUE(n.OnViewNew(space_));
+    ASSERT_EQ(GlobalWindowSpace().Count(), 1);
+    CWindowEntry* display = GlobalWindowSpace().Get(0);
+    display->select = 0;
+    Trigger(frame, "action_select_all_1d");
+    EXPECT_EQ(display->select & 1, 0u);
+    EXPECT_EQ(frame->StatusText(0), "0 displays selected");
+    Trigger(frame, "action_select_all_2d");
+    EXPECT_EQ(display->select & 1, 1u);
+    EXPECT_EQ(frame->StatusText(0), "1 display selected");
+    // "view 2d" opens the display layer's form (modal; it closes itself here).
+    QTimer::singleShot(0, [] {
+        if (QWidget* modal = QApplication::activeModalWidget()) modal->close();
+    });
+    Trigger(frame, "action_view_2d");
+    space_.DelData("img");
+    frame->SetClosingForScript(true);
+}
+
+TEST_F(MainFrameTest, DesktopKindsChannelsAndDoubleClick) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    for (auto [name, text] : {std::pair{"desktop_display_1d", "display as 1d plot"},
+                              {"desktop_display_2d", "display as 2d image"},
+                              {"desktop_edit_data", "edit data"},
+                              {"desktop_list_all_types", "list all display types"},
+                              {"desktop_list_one_type", "list 1 display type"},
+                              {"desktop_toggle_type", "toggle 1 display type"},
+                              {"desktop_iqmp_i", "display I channel on open"},
+                              {"desktop_iqmp_q", "display Q channel on open"},
+                              {"desktop_iqmp_m", "display magnitude on open"},
+                              {"desktop_iqmp_p", "display phase on open"}})
+        if (auto* a = Find<QAction>(frame, name)) {
+            EXPECT_EQ(a->text(), text) << name;
+        } else {
+            ADD_FAILURE() << "no action " << name;
+        }
+    EXPECT_FALSE(Find<QAction>(frame, "desktop_edit_data")->isEnabled());
+
+    auto* kinds = Find<QComboBox>(frame, "desktop_kind");
+    auto items = [kinds] {
+        QStringList list;
+        for (int i = 0; i < kinds->count(); ++i) list << kinds->itemText(i);
+        return list;
+    };
+    EXPECT_EQ(items(), (QStringList{"1d", "2d", "rgb", "xy"}));
+    EXPECT_EQ(kinds->currentText(), "2d");
+    Trigger(frame, "desktop_list_one_type");
+    EXPECT_EQ(items(), QStringList{"2d"});
+    Trigger(frame, "desktop_toggle_type");
+    EXPECT_EQ(items(), QStringList{"rgb"});
+    Trigger(frame, "desktop_list_all_types");
+    EXPECT_EQ(items(), (QStringList{"1d", "2d", "rgb", "xy"}));
+    EXPECT_EQ(kinds->currentText(), "rgb");
+    kinds->setCurrentIndex(1);
+    emit kinds->activated(1);
+    EXPECT_EQ(app->Modules().desktop.KindBit(), 0x20000u);
+
+    // The channel is a checked entry kept in desktop_iqmp=.
+    Trigger(frame, "desktop_iqmp_p");
+    EXPECT_EQ(app->Modules().desktop.desktop_iqmp, 3);
+    EXPECT_TRUE(Find<QAction>(frame, "desktop_iqmp_p")->isChecked());
+    EXPECT_FALSE(Find<QAction>(frame, "desktop_iqmp_m")->isChecked());
+
+    // A double click opens the array in the chosen kind through the chosen channel.
+    space_.NewData(TYPE_CR4, 8, 6, 1, 1, 1, 1, "wave");
+    frame->RefreshAll();
+    auto* list = Find<QTreeWidget>(frame, "desktop_list");
+    QTreeWidgetItem* row = list->findItems("wave", Qt::MatchExactly).value(0);
+    ASSERT_NE(row, nullptr);
+    emit list->itemDoubleClicked(row, 0);
+    ASSERT_EQ(GlobalWindowSpace().Count(), 1);
+    auto* display = dynamic_cast<CDisplayEntry*>(GlobalWindowSpace().Get(0));
+    ASSERT_NE(display, nullptr);
+    EXPECT_EQ(display->kind, 0x20000u);
+    EXPECT_EQ(display->look.palplane.iqmp, 3);
+    EXPECT_EQ(frame->StatusText(0), "display 2d");
+    // The desktop's choice leaves the 2d form's own fields alone.
+    EXPECT_EQ(app->DisplayModules().new_2d.names[0], "");
+    // Without a 1d display in this build the plot says why.
+    row->setSelected(true);
+    Trigger(frame, "desktop_display_1d");
+    EXPECT_EQ(GlobalWindowSpace().Count(), 1);
+    EXPECT_FALSE(frame->StatusText(0).isEmpty());
+    space_.DelData("wave");
+    frame->SetClosingForScript(true);
+}
+
+TEST_F(MainFrameTest, GroupCommandsEditEverySelectedDisplayWithUndo) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    // Two 3 x 2 arrays, x fastest, and a single plane for the chop of t.
+    for (const char* name : {"ga", "gb"}) {
+        CZrkData* a = space_.NewData(TYPE_R4, 3, 2, 1, 1, 1, 1, name);
+        auto* f = static_cast<float*>(a->Data());
+        for (int i = 0; i < 6; ++i) f[i] = float(i + (name[1] == 'b' ? 10 : 0));
+        CNew2d& n = app->DisplayModules().new_2d;
+        n.names[0] = name;
+        ASSERT_TRUE(n.OnViewNew(space_));
+    }
+    ASSERT_EQ(GlobalWindowSpace().Count(), 2);
+    // Each display's subwindow carries the group menu with the 25 texts.
+    QMdiSubWindow* sub = frame->Mdi()->subWindowList().value(0);
+    ASSERT_NE(sub, nullptr);
+    frame->Mdi()->setActiveSubWindow(sub);
+    auto* group = sub->systemMenu()->findChild<QMenu*>("menu_group");
+    ASSERT_NE(group, nullptr);
+    EXPECT_EQ(group->actions().value(0)->text(), "scroll z");
+    EXPECT_EQ(group->actions().value(5)->text(), "transpose xy");
+    EXPECT_EQ(group->actions().value(24)->text(), "rot -90");
+    EXPECT_FALSE(group->actions().value(12)->isEnabled());  // crop 2d waits for regions
+
+    for (int i = 0; i < 2; ++i) GlobalWindowSpace().Get(i)->select |= 1;
+    group->actions().value(5)->trigger();  // transpose xy
+    EXPECT_EQ(frame->StatusText(0), "transpose xy: 2 displays");
+    for (const char* name : {"ga", "gb"}) {
+        CZrkData* a = space_.FindData(name);
+        EXPECT_EQ(a->Res(0), 2u) << name;
+        EXPECT_EQ(a->Res(1), 3u) << name;
+        // (x, y) = (1, 0) of the source is now at (0, 1).
+        EXPECT_FLOAT_EQ(static_cast<float*>(a->Data())[2], name[1] == 'b' ? 11.0f : 1.0f);
+        a->Undo();
+        EXPECT_EQ(a->Res(0), 3u) << name;
+        EXPECT_FLOAT_EQ(static_cast<float*>(a->Data())[1], name[1] == 'b' ? 11.0f : 1.0f);
+    }
+    // Only the selected display changes.
+    GlobalWindowSpace().Get(1)->select = 0;
+    frame->OnGroupCommand(GroupCommandIndex("flip x"));
+    EXPECT_EQ(frame->StatusText(0), "flip x: 1 display");
+    // Align: the selected displays in a row, then in a column.
+    for (int i = 0; i < 2; ++i) GlobalWindowSpace().Get(i)->select |= 1;
+    QList<QMdiSubWindow*> subs = frame->Mdi()->subWindowList();
+    subs[0]->move(40, 50);
+    subs[1]->move(70, 90);
+    frame->OnAlignTop();
+    EXPECT_EQ(subs[0]->y(), 0);
+    EXPECT_EQ(subs[1]->y(), 0);
+    EXPECT_EQ(std::abs(subs[1]->x() - subs[0]->x()), subs[0]->width());
+    frame->OnAlignLeft();
+    EXPECT_EQ(subs[0]->x(), 0);
+    EXPECT_EQ(subs[1]->x(), 0);
+    EXPECT_EQ(std::abs(subs[1]->y() - subs[0]->y()), subs[0]->height());
+    for (const char* name : {"ga", "gb"}) space_.DelData(name);
+    frame->SetClosingForScript(true);
+}
+
+TEST_F(MainFrameTest, RecentFilesAreKeptAndComeBack) {
+    const std::string workspace = ::testing::TempDir() + "quelmor_recent.zrk";
+    {
+        auto app = Start();
+        CMainFrame* frame = app->Frame();
+        EXPECT_FALSE(Find<QMenu>(frame, "menu_recent")->isEnabled());
+        space_.NewData(TYPE_R4, 4, 1, 1, 1, 1, 1, "kept");
+        CZrkFile file(workspace);
+        file.space = &space_;
+        file.Write();
+        space_.DelData("kept");
+        frame->OpenRecent(workspace);
+        EXPECT_NE(space_.FindData("kept"), nullptr);
+        // A file that is not there is not kept.
+        frame->OpenRecent(workspace + ".gone");
+        EXPECT_EQ(app->Modules().main_frame.recent_file[1], "");
+        auto* recent = Find<QAction>(frame, "action_recent_file0");
+        ASSERT_NE(recent, nullptr);
+        EXPECT_TRUE(recent->text().endsWith(QString::fromStdString(workspace)));
+        space_.DelData("kept");
+        EXPECT_TRUE(frame->close());
+    }
+    auto app = Start();
+    EXPECT_EQ(app->Modules().main_frame.recent_file[0], workspace);
+    Trigger(app->Frame(), "action_recent_file0");
+    EXPECT_NE(space_.FindData("kept"), nullptr);
+    space_.DelData("kept");
+    std::remove(workspace.c_str());
+    app->Frame()->SetClosingForScript(true);
 }
 
 TEST_F(MainFrameTest, StatusBarHasThreePanes) {

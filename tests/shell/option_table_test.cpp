@@ -47,6 +47,9 @@ TEST_F(OptionTableTest, OptionsSurviveARoundTrip) {
     modules_.main_frame.custom_colors16[0] = 0x123456;
     modules_.main_frame.custom_colors16[15] = 0xabcdef;
     modules_.main_frame.open_directory = "/data/mre scans/liver";
+    // Six opened, one twice: five kept, newest first, the repeat moved up not doubled.
+    for (const char* f : {"/d/a.zrk", "/d/b c.nii", "/d/c.dcm", "/d/a.zrk", "/d/e.mat", "/d/f.zrk"})
+        modules_.main_frame.AddRecent(f);
     modules_.desktop.desktop_details = 0;
     modules_.desktop.desktop_bytes = 0;
     modules_.desktop.desktop_iqmp = 3;
@@ -74,6 +77,9 @@ TEST_F(OptionTableTest, OptionsSurviveARoundTrip) {
     EXPECT_EQ(back.main_frame.custom_colors16[0], 0x123456u);
     EXPECT_EQ(back.main_frame.custom_colors16[15], 0xabcdefu);
     EXPECT_EQ(back.main_frame.open_directory, "/data/mre scans/liver");
+    const std::string recent[] = {"/d/f.zrk", "/d/e.mat", "/d/a.zrk", "/d/c.dcm", "/d/b c.nii"};
+    for (int i = 0; i < CMainFrameOptions::kRecentFiles; ++i)
+        EXPECT_EQ(back.main_frame.recent_file[i], recent[i]) << i;
     EXPECT_EQ(back.desktop.desktop_details, 0);
     EXPECT_EQ(back.desktop.desktop_bytes, 0);
     EXPECT_EQ(back.desktop.desktop_iqmp, 3);
