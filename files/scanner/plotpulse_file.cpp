@@ -92,11 +92,11 @@ int ReadPlotpulseHeader(FileEntry& entry) {
         sum += words.U32(4 * k);
     }
     if (sum > file.Size()) return Invalid(entry);
-    const uint32_t table_words = words.U32(0);
+    const uint32_t tableWords = words.U32(0);
     CTable table;
-    if (!ReadTable(file, table_words, table)) return Invalid(entry);
+    if (!ReadTable(file, tableWords, table)) return Invalid(entry);
 
-    uint64_t at = kTableAt + table_words, longest = 0, most = 0;
+    uint64_t at = kTableAt + tableWords, longest = 0, most = 0;
     std::vector<uint8_t> stream;
     for (int s = 0; s < kStreams; ++s) {
         stream.resize(words.U32(4 * (s + 1)));
@@ -138,9 +138,9 @@ int LoadPlotpulse(const COpenOptions& dialog, FileEntry& entry, CZrkData* const 
     const CByteView words{bytes, sizeof bytes, true};
     for (int k = 0; k < 8; ++k)
         if (words.S32(4 * k) < 0) return 0;
-    const uint32_t table_words = words.U32(0);
+    const uint32_t tableWords = words.U32(0);
     CTable table;
-    if (uint64_t{table_words} > file.Size() || !ReadTable(file, table_words, table)) return 0;
+    if (uint64_t{tableWords} > file.Size() || !ReadTable(file, tableWords, table)) return 0;
 
     const uint64_t nx = h.nx, nz = h.nz;
     for (res_t z = 0; z < nz && nx > 0; ++z)
@@ -149,7 +149,7 @@ int LoadPlotpulse(const COpenOptions& dialog, FileEntry& entry, CZrkData* const 
                                         entry.dest[3]),
                         0, nx * 2);
 
-    uint64_t at = kTableAt + table_words;
+    uint64_t at = kTableAt + tableWords;
     std::vector<uint8_t> stream;
     for (int c = 0; c < kStreams; ++c) {
         stream.resize(words.U32(4 * (c + 1)));

@@ -482,7 +482,7 @@ def block_lengths(table, streams):
 
 
 def plotpulse_files(folder):
-    # The file holds table_words bytes, that is the first half of the table_words entries the
+    # The file holds tableWords bytes, that is the first half of the tableWords entries the
     # reader keeps; the other half reads as 0.
     stored = [0, 100, 2000, -3000, 4001, -32767, 32767, 9, -32768, 3]
     table = stored + [0] * len(stored)

@@ -56,7 +56,7 @@ TEST_F(PulseFile, SavedPulsegenFilesParseAndReadBack) {
             iq[k] = static_cast<int16_t>((k * 7919 + 13) % 65536 - 32768);
         const std::string path = ::testing::TempDir() + "saved.ipg";
         std::string status;
-        // Part 1, the q parts.
+        // part argument 1 saves the q components
         ASSERT_EQ(SavePulsegen(path, &a, 1, status), 1) << status;
         EXPECT_TRUE(host_.questions.empty());
 
