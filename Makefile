@@ -56,7 +56,8 @@ screenshot: build
 	xvfb-run -a -s "-screen 0 1280x800x24" $(BUILD)/app/quelmor_screenshot quelmor.png quelmor_about.png \
 		quelmor_scripts.png quelmor_functions.png quelmor_image.png quelmor_roi.png \
 		quelmor_mu_data.png quelmor_mu_params.png quelmor_mu_mask.png quelmor_mu_wrap.png \
-		quelmor_mu_filter.png quelmor_mu_output.png quelmor_mu_lfe.png quelmor_stiffness.png
+		quelmor_mu_filter.png quelmor_mu_output.png quelmor_mu_lfe.png quelmor_stiffness.png \
+		quelmor_plot.png
 
 clean:
 	rm -rf $(BUILD) $(ASAN) $(FUZZ)

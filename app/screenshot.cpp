@@ -5,7 +5,8 @@
 // by equations in a 2d display in "jet", the window/level pane showing its colour bar and a
 // read-out in the status line; with a sixth, an ellipse drawn on that display with its
 // statistics in the history; with eight more, the inversion sheet on each of its seven pages
-// filled for the demo phantom, and the stiffness display its run opens.
+// filled for the demo phantom, and the stiffness display its run opens; with one more, a 1d
+// plot of two profiles of the wave with its legend and an x range.
 #include <QApplication>
 #include <QComboBox>
 #include <QDockWidget>
@@ -27,7 +28,9 @@
 #include "display/qt/form_wl.h"
 #include "display/qt/mdi_doc.h"
 #include "display/qt/mdi_frame.h"
+#include "display/qt/view_1d.h"
 #include "display/qt/view_2d.h"
+#include "display/roi_edit.h"
 #include "eval/qt/bar_equ.h"
 #include "eval/qt/dialog_func.h"
 #include "eval/qt/form_script.h"
@@ -106,6 +109,39 @@ void ShowRoi(CZarnikApp& app) {
     view->CalcRoi();
 }
 
+// Two profiles across the wave's display, one plot with a legend and an x range; the plot's
+// window alone goes into `path`. Returns 0 when it was written.
+int ShowPlot(CZarnikApp& app, const char* path) {
+    CNew2d& n = app.DisplayModules().new_2d;
+    if (n.opened.empty()) return 1;
+    auto* image = qobject_cast<CView2d*>(static_cast<CMdiDoc*>(n.opened[0])->Frame()->View());
+    CDataSpace& space = GlobalDataSpace();
+    image->SetProfile(space, 0, 80, 159, 80);
+    if (!image->PlotProfile(space)) return 1;
+    image->SetProfile(space, 0, 40, 159, 120);
+    image->AppendLastProfile(space);
+    CView1d* plot = nullptr;
+    QMdiSubWindow* sub = nullptr;
+    for (QMdiSubWindow* w : app.Frame()->Mdi()->subWindowList())
+        if (auto* f = qobject_cast<CMdiFrame*>(w))
+            if (auto* v = qobject_cast<CView1d*>(f->View())) plot = v, sub = w;
+    if (!plot) return 1;
+    CLook& look = plot->Look();
+    look.legend.legend = 1;
+    look.legend.pos[0] = 0.62f;
+    look.legend.llen = 30;
+    plot->Draw();
+    plot->Picture();  // the rows read: a line record each
+    std::snprintf(look.lines[0].text, sizeof look.lines[0].text, "across the middle");
+    std::snprintf(look.lines[1].text, sizeof look.lines[1].text, "diagonal");
+    for (GAxis& a : look.axes) a.grid = 1;
+    SetRoiRecord("roi_x", {40, 70});
+    sub->setGeometry(380, 10, 640, 400);
+    plot->Draw();
+    QApplication::processEvents();
+    return sub->grab().save(path) ? 0 : 1;
+}
+
 // The demo phantom (one slice, one encoding) as arrays on the desktop.
 void PutPhantom(CDataSpace& space, const CDemoPhantom& ph) {
     const CDemoPhantomSpec& s = ph.spec;
@@ -173,7 +209,7 @@ int main(int argc, char** argv) {
     if (argc < 2) {
         std::fprintf(stderr,
                      "usage: quelmor_screenshot main.png [about.png [scripts.png functions.png "
-                     "[image.png [roi.png [mu_data.png ... mu_lfe.png stiffness.png]]]]]\n");
+                     "[image.png [roi.png [mu_data.png ... mu_lfe.png stiffness.png [plot.png]]]]]]\n");
         return 2;
     }
     QApplication qt(argc, argv);
@@ -228,6 +264,7 @@ int main(int argc, char** argv) {
                         if (!frame->screen()->grabWindow(frame->winId()).save(argv[6])) status = 1;
                         if (argc < 15) return finish();
                         if (ShowInversion(frame, argv + 7, argv[14])) status = 1;
+                        if (argc >= 16 && ShowPlot(app, argv[15])) status = 1;
                         finish();
                     });
                 });

@@ -369,7 +369,16 @@ void CNew1d::SetLookDefaults() const {
     CLookDefaults& d = LookDefaults(0x10000);
     d.scroll_time = scroll_time;
     d.roi_color = static_cast<int>(roicolor);
-    for (int k = 0; k < 4; ++k) d.axes[k].color = static_cast<int>(axiscolor);
+    // Axis kinds 1 to 4 stand bottom, left, top, right; the options list top, bottom, left,
+    // right.
+    static const int kOption[4] = {1, 2, 0, 3};
+    for (int k = 0; k < 4; ++k) {
+        GAxis& a = d.axes[k];
+        a.color = static_cast<int>(axiscolor);
+        a.show = axis[kOption[k]];
+        a.label = axis_text[kOption[k]];
+        a.font = axisfont;
+    }
 }
 
 int CNewXy::ScanfOptions(CKeyReader& reader) {

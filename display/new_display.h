@@ -82,7 +82,8 @@ class CNewRgb : public CNewDisplay {
 
 class CNew1d : public CNewDisplay {
   public:
-    CNew1d() : CNewDisplay(0x10000, "p%02d") {}
+    // The plots' axes follow these options from the start.
+    CNew1d() : CNewDisplay(0x10000, "p%02d") { CNew1d::SetLookDefaults(); }
     int ScanfOptions(CKeyReader& reader);
     void PrintfOptions(FILE* file) const;
     std::string UpdateStatus(const CDataSpace& space) override;

@@ -11,11 +11,15 @@
 #include "core/data_space.h"
 #include "core/window_space.h"
 #include "display/image_options.h"
+#include "display/plot_options.h"
+#include "display/qt/doc_1d.h"
 #include "display/qt/doc_2d.h"
 #include "display/qt/form_new.h"
 #include "display/qt/form_wl.h"
+#include "display/qt/frame_1d.h"
 #include "display/qt/frame_2d.h"
 #include "display/qt/view_rgb.h"
+#include "display/qt/view_xy.h"
 #include "shell/option_table.h"
 
 namespace {
@@ -27,6 +31,10 @@ CDisplayEntry* OpenImage(const CDisplayRequest& request) {
     return g_ui ? g_ui->Open(request) : nullptr;
 }
 
+CDisplayEntry* OpenPlotWindow(const CDisplayRequest& request) {
+    return g_ui ? g_ui->OpenPlot(request) : nullptr;
+}
+
 }  // namespace
 
 void CDisplayModules::Register(COptionTable& table) {
@@ -36,6 +44,9 @@ void CDisplayModules::Register(COptionTable& table) {
     table.Set(
         OPT_2D, [](FILE* f) { Global2d().PrintfOptions(f); },
         [](CKeyReader& r) { return Global2d().ScanfOptions(r); });
+    table.Set(
+        OPT_1D, [](FILE* f) { Global1d().PrintfOptions(f); },
+        [](CKeyReader& r) { return Global1d().ScanfOptions(r); });
     table.Set(
         OPT_NEW_1D, [this](FILE* f) { new_1d.PrintfOptions(f); },
         [this](CKeyReader& r) { return new_1d.ScanfOptions(r); });
@@ -60,6 +71,8 @@ CDisplayUi::CDisplayUi(QMainWindow& frame, QMdiArea& mdi, CDataSpace& space,
     g_ui = this;
     previous_[0] = SetDisplayWindow(LOOK_2D, OpenImage);
     previous_[1] = SetDisplayWindow(LOOK_RGB, OpenImage);
+    previous_[2] = SetDisplayWindow(LOOK_1D, OpenPlotWindow);
+    previous_[3] = SetDisplayWindow(LOOK_XY, OpenPlotWindow);
     frame.addDockWidget(Qt::RightDockWidgetArea, form_);
     // Locked window and level reach the images chosen in the window list.
     form_->SetLockedTargets([this] {
@@ -105,6 +118,8 @@ CDisplayUi::~CDisplayUi() {
         }
     SetDisplayWindow(LOOK_2D, previous_[0]);
     SetDisplayWindow(LOOK_RGB, previous_[1]);
+    SetDisplayWindow(LOOK_1D, previous_[2]);
+    SetDisplayWindow(LOOK_XY, previous_[3]);
     if (g_ui == this) g_ui = nullptr;
 }
 
@@ -149,5 +164,40 @@ CDisplayEntry* CDisplayUi::Open(const CDisplayRequest& request) {
     frame->resize(w + 12, h + 60);
     frame->show();
     Activate(view);
+    return raw;
+}
+
+CDisplayEntry* CDisplayUi::OpenPlot(const CDisplayRequest& request) {
+    if (request.kind != LOOK_1D && request.kind != LOOK_XY) return nullptr;
+    if (!request.data[0] || (request.kind == LOOK_XY && !request.data[1])) return nullptr;
+    const CLook look = request.look ? *request.look : CLook(request.kind);
+    auto doc = std::make_unique<CDoc1d>(look, space_);
+    doc->kind = request.kind;
+    for (int k = 0; k < 3; ++k) doc->data[k] = request.data[k];
+    doc->caption = request.caption;
+    const std::string name = !request.name.empty() ? request.name : request.data[0]->name;
+    std::snprintf(doc->name, sizeof doc->name, "%s", name.c_str());
+    CDoc1d* raw = doc.get();
+    CView1d* view =
+        request.kind == LOOK_XY
+            ? new CViewXy(*raw, space_, Global1d(), &modules_.new_1d)
+            : new CView1d(*raw, space_, Global1d(), &modules_.new_1d);
+    auto* frame = new CFrame1d(raw, view);
+    if (!GlobalWindowSpace().NewData(std::move(doc))) {
+        raw->SetFrame(nullptr);
+        frame->ForgetDoc();
+        delete frame;
+        return nullptr;
+    }
+    frame->setWindowTitle(
+        QString::fromUtf8(raw->caption.empty() ? raw->name : raw->caption.c_str()));
+    mdi_.addSubWindow(frame);
+    connect(view, &CView1d::saveRequested, this, [this](CZrkData* a) {
+        if (save_array) save_array(a);
+    });
+    const int* size = modules_.new_1d.plotsize;
+    frame->resize(std::clamp(size[0], 64, std::max(64, mdi_.width() - 40)) + 12,
+                  std::clamp(size[1], 48, std::max(48, mdi_.height() - 80)) + 60);
+    frame->show();
     return raw;
 }

@@ -1,5 +1,6 @@
 // CDisplayUi: the displays' part of the main window. It installs the 2d and rgb factories
-// (a document, a CFrame2d in the multiple-document area and its view), docks CFormWL and
+// (a document, a CFrame2d in the multiple-document area and its view) and the 1d and xy ones
+// (CDoc1d, CFrame1d, CView1d or CViewXy), docks CFormWL and
 // binds it to the active image view, and adds the "display" menu with the new-display
 // forms. CDisplayModules holds the display options and enters them in their slots of the
 // option table.
@@ -10,6 +11,7 @@
 #pragma once
 
 #include <QObject>
+#include <functional>
 
 #include "display/display_entry.h"
 #include "display/new_display.h"
@@ -22,7 +24,7 @@ class QMainWindow;
 class QMdiArea;
 
 struct CDisplayModules {
-    // Window/level, the image options and the four new-display holders.
+    // Window/level, the image and plot options and the four new-display holders.
     void Register(COptionTable& table);
 
     CNew1d new_1d;
@@ -39,7 +41,12 @@ class CDisplayUi : public QObject {
 
     // The factory of 2d and rgb displays.
     CDisplayEntry* Open(const CDisplayRequest& request);
+    // The factory of 1d and xy plots.
+    CDisplayEntry* OpenPlot(const CDisplayRequest& request);
     CFormWL* FormWL() const { return form_; }
+
+    // What a plot's "save..." calls with its array: the program's save dialog.
+    std::function<void(CZrkData*)> save_array;
 
   private:
     void Activate(CView2d* view);
@@ -49,5 +56,5 @@ class CDisplayUi : public QObject {
     CDataSpace& space_;
     CDisplayModules& modules_;
     CFormWL* form_;
-    DisplayWindowHook previous_[2];
+    DisplayWindowHook previous_[4];
 };

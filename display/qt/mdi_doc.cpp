@@ -1,6 +1,7 @@
 #include "display/qt/mdi_doc.h"
 
 #include "display/qt/mdi_frame.h"
+#include "display/qt/view_1d.h"
 #include "display/qt/view_2d.h"
 
 CMdiDoc::~CMdiDoc() {
@@ -13,6 +14,7 @@ void CMdiDoc::Close() {
     frame_ = nullptr;
     frame->ForgetDoc();
     if (auto* view = qobject_cast<CView2d*>(frame->View())) view->Detach();
+    if (auto* plot = qobject_cast<CView1d*>(frame->View())) plot->Detach();
     frame->setAttribute(Qt::WA_DeleteOnClose);
     frame->close();
 }
@@ -20,4 +22,5 @@ void CMdiDoc::Close() {
 void CMdiDoc::Redraw() {
     if (!frame_) return;
     if (auto* view = qobject_cast<CView2d*>(frame_->View())) view->Draw();
+    if (auto* plot = qobject_cast<CView1d*>(frame_->View())) plot->Draw();
 }

@@ -7,6 +7,7 @@
 
 #include "core/window_space.h"
 #include "display/qt/mdi_doc.h"
+#include "display/qt/view_1d.h"
 #include "display/qt/view_2d.h"
 
 CMdiFrame::CMdiFrame(CMdiDoc* doc, QWidget* view)
@@ -28,6 +29,7 @@ CMdiFrame::CMdiFrame(CMdiDoc* doc, QWidget* view)
 
 void CMdiFrame::closeEvent(QCloseEvent* event) {
     if (auto* view = qobject_cast<CView2d*>(view_)) view->Detach();
+    if (auto* plot = qobject_cast<CView1d*>(view_)) plot->Detach();
     if (CMdiDoc* doc = doc_) {
         doc_ = nullptr;
         doc->SetFrame(nullptr);

@@ -8,6 +8,8 @@
 #include "core/window_space.h"
 #include "display/qt/display_ui.h"
 #include "files/file_kinds.h"
+#include "files/qt/dialog_save_as.h"
+#include "files/save_model.h"
 #include "ops/function_rows.h"
 #include "shell/crash_hooks.h"
 #include "shell/qt/about_wave.h"
@@ -72,6 +74,19 @@ bool CZarnikApp::InitInstance(const CStartOptions& start) {
     frame_->SetOnExit([this] { WriteOptions(); });
     frame_->SetHelp(paths_.help, paths_.help_page);
     display_ui_ = std::make_unique<CDisplayUi>(*frame_, *frame_->Mdi(), space_, display_modules_);
+    // A plot's "save..." opens the save dialog with its array alone ticked.
+    display_ui_->save_array = [this](CZrkData* a) {
+        constexpr uint32_t kPlotSave = 0x80000000u;
+        CSaveModel model(modules_.save, space_, GlobalWindowSpace());
+        model.tick_mask = kPlotSave;
+        a->select |= kPlotSave;
+        CDialogSaveAs dialog(model, frame_.get());
+        QObject::connect(&dialog, &CDialogSaveAs::saved, frame_.get(), [this](const QString& s) {
+            frame_->SetStatus(0, s.toStdString());
+        });
+        dialog.exec();
+        if (space_.IsDataValid(a)) a->select &= ~kPlotSave;
+    };
     QObject::connect(frame_->Desktop(), &CFormDesktop::openRequested, frame_.get(),
                      [this](const QStringList& names, unsigned kind, int iqmp) {
                          std::string status;
