@@ -56,7 +56,7 @@ double TickSpacing(double tick, double span, double pixels, double spacing) {
 }
 
 CPlotView::CPlotView(CDisplayEntry& doc, const C1d& options, const CNew1d* defaults)
-    : CMdiView(doc), options_(options), defaults_(defaults) {
+    : CMdiView(doc), defaults_(defaults) {
     axis_lock = options.axis_lock;
     if (defaults) lines_overlayed = defaults->lines_overlayed;
 }
@@ -190,7 +190,6 @@ void CPlotView::FindScale() {
 }
 
 void CPlotView::SizeBorder(int w, int h, const CTextMetrics& m) {
-    pic_w_ = w, pic_h_ = h;
     int side[4] = {kMargin, kMargin, kMargin, kMargin};  // left, top, right, bottom
     // The widest y label sets the side borders; x labels stand below or above the plot.
     left_ = 0, top_ = 0, width_ = std::max(1, w), height_ = std::max(1, h);
@@ -716,7 +715,7 @@ int CPlotView::OnCrop() {
         std::snprintf(text, sizeof text, " %s[][]%s crop %d  to %d\r\n", name.c_str(), "",
                       static_cast<int>(i0), static_cast<int>(i1));
         Host().History(text);
-        Host().Status("crop complete");
+        ShowStatus("crop complete");
         return 1;
     });
 }
@@ -730,11 +729,11 @@ int CPlotView::OnCat(const CZrkData* b, int dir, bool before, const char* what) 
         try {
             r = before ? Cat(temp, dir, b, a) : Cat(temp, dir, a, b);
         } catch (const std::bad_alloc&) {
-            Host().Status("alloc failed");
+            ShowStatus("alloc failed");
             return 0;
         }
         Replace(r, what);
-        Host().Status(std::string(what) + " complete");
+        ShowStatus(std::string(what) + " complete");
         return 1;
     });
 }
@@ -748,7 +747,7 @@ int CPlotView::OnTranspose(const char* pair) {
         text.SetHeaderData(TYPE_I1, 2, 1, 1, 1, 1, 1, letters);
         CDataSpace temp;
         Replace(Trans(temp, &text, a), "transpose");
-        Host().Status("transpose complete");
+        ShowStatus("transpose complete");
         return 1;
     });
 }

@@ -19,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "core/zrk_data.h"
 #include "display/plot_scale.h"
 #include "display/roi_edit.h"
 #include "display/view_state.h"
@@ -174,13 +175,11 @@ class CPlotView : public CMdiView {
     // After an edit of the array: undo taken, stale, redrawn.
     void Replace(CZrkData* result, const char* what);
 
-    const C1d& options_;
     const CNew1d* defaults_;
     std::vector<std::vector<float>> ys_, xs_;  // xs_ empty in a 1d plot without x positions
     std::vector<std::vector<float>> errs_;      // the err_y row of each line, or empty
     res_t shape_[3] = {0, 0, 0};               // nx, ny, nz at the last read
     int left_ = 0, top_ = 0, width_ = 1, height_ = 1;
-    int pic_w_ = 0, pic_h_ = 0;
     // xy zoom: the windows zoomed out of, innermost last.
     struct Box {
         double x0, x1, y0, y1;

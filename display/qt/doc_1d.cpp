@@ -1,5 +1,6 @@
 #include "display/qt/doc_1d.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "display/qt/view_1d.h"

@@ -24,7 +24,7 @@ int Word(const QColor& c) { return c.red() | c.green() << 8 | c.blue() << 16; }
 QFont FontOf(const CFont& f) {
     QFont font(QString::fromUtf8(f.name));
     font.setPixelSize(std::clamp(std::abs(f.height), 6, 72));
-    font.setWeight(static_cast<QFont::Weight>(std::clamp(f.weight / 1, 100, 900)));
+    font.setWeight(static_cast<QFont::Weight>(std::clamp(f.weight, 100, 900)));
     font.setItalic(f.italic != 0);
     return font;
 }
