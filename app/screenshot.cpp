@@ -118,8 +118,8 @@ int ShowPlot(CZarnikApp& app, const char* path) {
     CDataSpace& space = GlobalDataSpace();
     image->SetProfile(space, 0, 80, 159, 80);
     if (!image->PlotProfile(space)) return 1;
-    image->SetProfile(space, 0, 40, 159, 120);
-    image->AppendLastProfile(space);
+    image->SetProfile(space, 0, 120, 159, 120);
+    if (!image->AppendLastProfile(space)) return 1;
     CView1d* plot = nullptr;
     QMdiSubWindow* sub = nullptr;
     for (QMdiSubWindow* w : app.Frame()->Mdi()->subWindowList())
@@ -132,8 +132,9 @@ int ShowPlot(CZarnikApp& app, const char* path) {
     look.legend.llen = 30;
     plot->Draw();
     plot->Picture();  // the rows read: a line record each
-    std::snprintf(look.lines[0].text, sizeof look.lines[0].text, "across the middle");
-    std::snprintf(look.lines[1].text, sizeof look.lines[1].text, "diagonal");
+    if (look.lines.size() < 2) return 1;
+    std::snprintf(look.lines[0].text, sizeof look.lines[0].text, "y = 80");
+    std::snprintf(look.lines[1].text, sizeof look.lines[1].text, "y = 120");
     for (GAxis& a : look.axes) a.grid = 1;
     SetRoiRecord("roi_x", {40, 70});
     sub->setGeometry(380, 10, 640, 400);
