@@ -208,9 +208,10 @@ int ShowInversion(CMainFrame* frame, char** pages, const char* stiffness) {
 
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::fprintf(stderr,
-                     "usage: quelmor_screenshot main.png [about.png [scripts.png functions.png "
-                     "[image.png [roi.png [mu_data.png ... mu_lfe.png stiffness.png [plot.png]]]]]]\n");
+        std::fprintf(
+            stderr,
+            "usage: quelmor_screenshot main.png [about.png [scripts.png functions.png "
+            "[image.png [roi.png [mu_data.png ... mu_lfe.png stiffness.png [plot.png]]]]]]\n");
         return 2;
     }
     QApplication qt(argc, argv);

@@ -13,8 +13,8 @@
 #include "display/new_display.h"
 #include "display/plot_options.h"
 #include "display/roi_mask.h"
-#include "ops/stats.h"
 #include "ops/permute.h"
+#include "ops/stats.h"
 #include "ops/structural_join.h"
 #include "ops/structural_shape.h"
 
@@ -39,9 +39,35 @@ std::string F(double v) { return FormatFloat(v, "default"); }
 
 bool IsX(int kind) { return kind == 1 || kind == 3; }
 
+// Low and high of the finite samples of v[0 .. n); lo > hi when none is. Eight lanes kept
+// apart so that the loop vectorises without reordering a reduction; the comparisons pass NaN
+// by, and an infinity met sends the column through the exact loop.
+void ColumnRange(const float* v, size_t n, float* lo_out, float* hi_out) {
+    float lo[8], hi[8];
+    std::fill(lo, lo + 8, HUGE_VALF);
+    std::fill(hi, hi + 8, -HUGE_VALF);
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8)
+        for (int k = 0; k < 8; ++k) {
+            lo[k] = v[i + k] < lo[k] ? v[i + k] : lo[k];
+            hi[k] = v[i + k] > hi[k] ? v[i + k] : hi[k];
+        }
+    for (; i < n; ++i) {
+        lo[0] = v[i] < lo[0] ? v[i] : lo[0];
+        hi[0] = v[i] > hi[0] ? v[i] : hi[0];
+    }
+    float a = *std::min_element(lo, lo + 8), b = *std::max_element(hi, hi + 8);
+    if (a == -HUGE_VALF || b == HUGE_VALF) {
+        a = HUGE_VALF, b = -HUGE_VALF;
+        for (size_t k = 0; k < n; ++k)
+            if (std::isfinite(v[k])) a = std::min(a, v[k]), b = std::max(b, v[k]);
+    }
+    *lo_out = a, *hi_out = b;
+}
+
 }  // namespace
 
-const char* const CPlotView::kCursorNames[kCursorModes] = {"pointer", "x roi",  "zoom",
+const char* const CPlotView::kCursorNames[kCursorModes] = {"pointer",  "x roi",  "zoom",
                                                            "zoom out", "rezoom", "refresh"};
 
 double TickSpacing(double tick, double span, double pixels, double spacing) {
@@ -108,7 +134,8 @@ void CPlotView::ReadRows() {
     for (size_t r = 0; r < rows; ++r) {
         const CLine& line = lines[r];
         if (IsXy()) {
-            xs_.push_back(Row(a, std::min<uint64_t>(plane, a->Count() / a->CountXY() - 1) * a->ny + r,
+            xs_.push_back(Row(a,
+                              std::min<uint64_t>(plane, a->Count() / a->CountXY() - 1) * a->ny + r,
                               line.iqmp));
             const uint64_t pb = std::min<uint64_t>(plane, b->Count() / b->CountXY() - 1);
             ys_.push_back(Row(b, pb * b->ny + r, line.iqmpy));
@@ -130,16 +157,25 @@ void CPlotView::ReadRows() {
 }
 
 void CPlotView::FindMaxmin() {
-    std::vector<float> all;
-    for (const auto& y : ys_) all.insert(all.end(), y.begin(), y.end());
-    const size_t nx = ys_.empty() ? 0 : ys_[0].size();
-    scale.FindMaxmin(all.data(), all.size(), nx);
+    // The finite ends of every row stand in for the rows: the range (and its widening) is
+    // that of the ends.
+    auto ends = [](const std::vector<std::vector<float>>& rows, float out[2]) {
+        float lo = HUGE_VALF, hi = -HUGE_VALF;
+        for (const std::vector<float>& r : rows) {
+            float a, b;
+            ColumnRange(r.data(), r.size(), &a, &b);
+            lo = std::min(lo, a), hi = std::max(hi, b);
+        }
+        out[0] = lo, out[1] = hi;
+        return lo <= hi ? 2 : 0;
+    };
+    float y[2], x[2];
+    const int ny = ends(ys_, y);
+    scale.FindMaxmin(y, ny, ys_.empty() ? 0 : ys_[0].size());
     if (!xs_.empty()) {
-        all.clear();
-        for (const auto& x : xs_) all.insert(all.end(), x.begin(), x.end());
-        CPlotScale sx;
-        sx.FindMaxmin(all.data(), all.size(), all.size());
         // The x range is the positions' range: the y range of a helper scale over them.
+        CPlotScale sx;
+        sx.FindMaxmin(x, ends(xs_, x), 1);
         scale.xmin = sx.ymin, scale.xmax = sx.ymax;
     }
     xy_stack_.clear();
@@ -323,9 +359,8 @@ std::vector<CSeriesPath> CPlotView::Paths() const {
                 path.decimated = true;
                 for (int c = 0; c < width_; ++c) {
                     const size_t s0 = i0 + count * c / width_, s1 = i0 + count * (c + 1) / width_;
-                    float lo = HUGE_VALF, hi = -HUGE_VALF;
-                    for (size_t i = s0; i < s1; ++i)
-                        if (std::isfinite(y[i])) lo = std::min(lo, y[i]), hi = std::max(hi, y[i]);
+                    float lo, hi;
+                    ColumnRange(y.data() + s0, s1 - s0, &lo, &hi);
                     if (!(lo <= hi)) {
                         path.x.push_back(nan), path.y.push_back(nan);
                         continue;
@@ -665,8 +700,9 @@ int CPlotView::Stats(bool sd, int scope) {
         Host().History(text);
     }
     char text[256];
-    std::snprintf(text, sizeof text, sd ? " mean=%s; sd=%s; n=%" PRIu64 : " min=%s; max=%s; n=%" PRIu64,
-                  F(u).c_str(), F(v).c_str(), n);
+    std::snprintf(text, sizeof text,
+                  sd ? " mean=%s; sd=%s; n=%" PRIu64 : " min=%s; max=%s; n=%" PRIu64, F(u).c_str(),
+                  F(v).c_str(), n);
     ShowStatus(text);
     return 1;
 }

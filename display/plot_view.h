@@ -177,7 +177,7 @@ class CPlotView : public CMdiView {
 
     const CNew1d* defaults_;
     std::vector<std::vector<float>> ys_, xs_;  // xs_ empty in a 1d plot without x positions
-    std::vector<std::vector<float>> errs_;      // the err_y row of each line, or empty
+    std::vector<std::vector<float>> errs_;     // the err_y row of each line, or empty
     res_t shape_[3] = {0, 0, 0};               // nx, ny, nz at the last read
     int left_ = 0, top_ = 0, width_ = 1, height_ = 1;
     // xy zoom: the windows zoomed out of, innermost last.

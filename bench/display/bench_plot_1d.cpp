@@ -56,8 +56,9 @@ int main(int argc, char** argv) {
         reread = std::min(reread, Seconds(start));
         benchmark_sink = image.pixel(400, 300);
     }
-    std::printf("DrawBitmap 4 x 10^6 samples at 800x600: %.3f ms  / 16 ms = %.3f (target <= 1.00)\n",
-                draw * 1e3, draw * 1e3 / 16);
+    std::printf(
+        "DrawBitmap 4 x 10^6 samples at 800x600: %.3f ms  / 16 ms = %.3f (target <= 1.00)\n",
+        draw * 1e3, draw * 1e3 / 16);
     std::printf("  with the rows read again: %.3f ms  / 16 ms = %.3f\n", reread * 1e3,
                 reread * 1e3 / 16);
     return 0;

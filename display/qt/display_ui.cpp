@@ -178,10 +178,9 @@ CDisplayEntry* CDisplayUi::OpenPlot(const CDisplayRequest& request) {
     const std::string name = !request.name.empty() ? request.name : request.data[0]->name;
     std::snprintf(doc->name, sizeof doc->name, "%s", name.c_str());
     CDoc1d* raw = doc.get();
-    CView1d* view =
-        request.kind == LOOK_XY
-            ? new CViewXy(*raw, space_, Global1d(), &modules_.new_1d)
-            : new CView1d(*raw, space_, Global1d(), &modules_.new_1d);
+    CView1d* view = request.kind == LOOK_XY
+                        ? new CViewXy(*raw, space_, Global1d(), &modules_.new_1d)
+                        : new CView1d(*raw, space_, Global1d(), &modules_.new_1d);
     auto* frame = new CFrame1d(raw, view);
     if (!GlobalWindowSpace().NewData(std::move(doc))) {
         raw->SetFrame(nullptr);

@@ -62,7 +62,8 @@ void Symbol(QPainter& p, int symbol, double x, double y, double s, const QColor&
             p.drawEllipse(QPointF(x, y), h, h);
             break;
         case 3:
-            p.drawPolygon(QPolygonF({QPointF(x, y - h), QPointF(x + h, y + h), QPointF(x - h, y + h)}));
+            p.drawPolygon(
+                QPolygonF({QPointF(x, y - h), QPointF(x + h, y + h), QPointF(x - h, y + h)}));
             break;
         case 4:
             p.drawLine(QPointF(x - h, y), QPointF(x + h, y));
@@ -73,7 +74,8 @@ void Symbol(QPainter& p, int symbol, double x, double y, double s, const QColor&
             p.drawLine(QPointF(x - h, y + h), QPointF(x + h, y - h));
             break;
         default:
-            p.drawPolygon(QPolygonF({QPointF(x, y - h), QPointF(x + h, y), QPointF(x, y + h), QPointF(x - h, y)}));
+            p.drawPolygon(QPolygonF(
+                {QPointF(x, y - h), QPointF(x + h, y), QPointF(x, y + h), QPointF(x - h, y)}));
             break;
     }
     p.setBrush(Qt::NoBrush);
@@ -277,7 +279,8 @@ void CView1d::DrawOverlay(QPainter& p) {
             return look.lines[k].text[0] ? QString::fromUtf8(look.lines[k].text)
                                          : QString("row %1").arg(k);
         };
-        for (size_t k = 0; k < n; ++k) widest = std::max<double>(widest, fm.horizontalAdvance(caption(k)));
+        for (size_t k = 0; k < n; ++k)
+            widest = std::max<double>(widest, fm.horizontalAdvance(caption(k)));
         const double step = fm.height() + look.legend.space[1];
         // The position is a fraction of the plot from its top left corner.
         const double x = plot.left() + 6 + look.legend.pos[0] * plot.width();
@@ -292,7 +295,8 @@ void CView1d::DrawOverlay(QPainter& p) {
             p.setPen(QPen(Rgb(line.color), std::max(1, line.thick)));
             p.drawLine(QPointF(x + 4, cy), QPointF(x + 4 + llen, cy));
             if (line.symbol)
-                Symbol(p, line.symbol, x + 4 + llen / 2, cy, std::max(2, line.symsize), Rgb(line.color));
+                Symbol(p, line.symbol, x + 4 + llen / 2, cy, std::max(2, line.symsize),
+                       Rgb(line.color));
             p.setPen(Rgb(line.text_color));
             p.drawText(QRectF(x + 10 + llen, cy - step / 2, widest + 4, step),
                        Qt::AlignLeft | Qt::AlignVCenter, caption(k));
@@ -309,12 +313,14 @@ void CView1d::DrawOverlay(QPainter& p) {
     }
     for (const CArrow& a : look.arrows) {
         p.setPen(QPen(Rgb(a.color), std::max(1, a.thick)));
-        const QPointF s(XPixel(a.start[0]), YPixel(a.start[1])), e(XPixel(a.end[0]), YPixel(a.end[1]));
+        const QPointF s(XPixel(a.start[0]), YPixel(a.start[1])),
+            e(XPixel(a.end[0]), YPixel(a.end[1]));
         p.drawLine(s, e);
         auto head = [&](QPointF tip, QPointF from) {
             const double angle = std::atan2(tip.y() - from.y(), tip.x() - from.x());
             for (double side : {-0.4, 0.4})
-                p.drawLine(tip, tip - QPointF(std::cos(angle + side), std::sin(angle + side)) * a.size);
+                p.drawLine(tip,
+                           tip - QPointF(std::cos(angle + side), std::sin(angle + side)) * a.size);
         };
         if (a.arrow0) head(s, e);
         if (a.arrow1) head(e, s);
@@ -346,11 +352,12 @@ void CView1d::paintEvent(QPaintEvent*) {
     if (DragBand(band)) {
         painter.setPen(QPen(Qt::black, 1, Qt::DashLine));
         if (IsXy())
-            painter.drawRect(QRectF(QPointF(band[0], band[1]), QPointF(band[2], band[3])).normalized());
+            painter.drawRect(
+                QRectF(QPointF(band[0], band[1]), QPointF(band[2], band[3])).normalized());
         else
-            painter.drawRect(QRectF(QPointF(band[0], PlotTop()),
-                                    QPointF(band[2], PlotTop() + PlotHeight() - 1))
-                                 .normalized());
+            painter.drawRect(
+                QRectF(QPointF(band[0], PlotTop()), QPointF(band[2], PlotTop() + PlotHeight() - 1))
+                    .normalized());
     }
 }
 

@@ -81,9 +81,8 @@ bool CZarnikApp::InitInstance(const CStartOptions& start) {
         model.tick_mask = kPlotSave;
         a->select |= kPlotSave;
         CDialogSaveAs dialog(model, frame_.get());
-        QObject::connect(&dialog, &CDialogSaveAs::saved, frame_.get(), [this](const QString& s) {
-            frame_->SetStatus(0, s.toStdString());
-        });
+        QObject::connect(&dialog, &CDialogSaveAs::saved, frame_.get(),
+                         [this](const QString& s) { frame_->SetStatus(0, s.toStdString()); });
         dialog.exec();
         if (space_.IsDataValid(a)) a->select &= ~kPlotSave;
     };

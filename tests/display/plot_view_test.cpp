@@ -114,8 +114,10 @@ TEST_F(PlotViewTest, ALineFromCornerToCornerMeetsThePlotsCorners) {
 TEST_F(PlotViewTest, ALongRowDrawsEachColumnsMinAndMax) {
     std::vector<float> y(100000);
     for (size_t i = 0; i < y.size(); ++i) y[i] = std::sin(i * 0.001f);
-    y[54321] = 5;   // one spike up
-    y[77777] = -5;  // one down
+    y[54321] = 5;       // one spike up
+    y[77777] = -5;      // one down
+    y[100] = INFINITY;  // left out like NaN
+    y[200] = NAN;
     View& v = Plot(Array("a", y, y.size()));
     const std::vector<CSeriesPath> paths = v.Paths();
     ASSERT_EQ(paths.size(), 1u);
@@ -129,6 +131,7 @@ TEST_F(PlotViewTest, ALongRowDrawsEachColumnsMinAndMax) {
     }
     EXPECT_EQ(top, 1);
     EXPECT_EQ(bottom, 1);
+    for (double py : paths[0].y) EXPECT_TRUE(std::isfinite(py));
     // The spike's column is the one its sample falls in (to the column, as columns split).
     const double column = 54321.0 * v.PlotWidth() / y.size();
     for (size_t k = 0; k < paths[0].y.size(); ++k) {
@@ -280,10 +283,10 @@ TEST_F(PlotViewTest, XRangeStatisticsAgainstNumPy) {
     EXPECT_EQ(v.OnMinMax(), 0);
     EXPECT_EQ(v.shown.back(), "1d roi is invalid");
     r[0] = 3, r[1] = 12;
-    const std::vector<double> want = peer::Values(
-        "y = np.array(" + peer::Literal(y.data(), y.size()) +
-        ", dtype=np.float32).reshape(3, 20)[:, 3:13]\n"
-        "for row in y: print(row.min(), row.max(), row.mean(), row.std())\n");
+    const std::vector<double> want =
+        peer::Values("y = np.array(" + peer::Literal(y.data(), y.size()) +
+                     ", dtype=np.float32).reshape(3, 20)[:, 3:13]\n"
+                     "for row in y: print(row.min(), row.max(), row.mean(), row.std())\n");
     ASSERT_EQ(want.size(), 12u);
     host_.ClearHistory();
     ASSERT_EQ(v.OnMinMax(), 1);

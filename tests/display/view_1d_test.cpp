@@ -169,8 +169,8 @@ TEST_F(View1dTest, XRangeDrawnAndItsStatistics) {
     const int y = view->PlotTop() + 10;
     QTest::mousePress(view, Qt::LeftButton, {}, QPoint(int(view->XPixel(1)), y));
     QMouseEvent move(QEvent::MouseMove, QPointF(view->XPixel(3), y),
-                     view->mapToGlobal(QPointF(view->XPixel(3), y)), Qt::NoButton,
-                     Qt::LeftButton, {});
+                     view->mapToGlobal(QPointF(view->XPixel(3), y)), Qt::NoButton, Qt::LeftButton,
+                     {});
     QApplication::sendEvent(view, &move);
     QTest::mouseRelease(view, Qt::LeftButton, {}, QPoint(int(view->XPixel(3)), y));
     const CZrkData* roi = GlobalDataSpace().FindData("roi_x");
