@@ -376,11 +376,12 @@ TEST_F(MainFrameTest, DesktopKindsChannelsAndDoubleClick) {
     EXPECT_EQ(frame->StatusText(0), "display 2d");
     // The desktop's choice leaves the 2d form's own fields alone.
     EXPECT_EQ(app->DisplayModules().new_2d.names[0], "");
-    // Without a 1d display in this build the plot says why.
+    // The plot of the same array opens beside the picture.
     row->setSelected(true);
     Trigger(frame, "desktop_display_1d");
-    EXPECT_EQ(GlobalWindowSpace().Count(), 1);
-    EXPECT_FALSE(frame->StatusText(0).isEmpty());
+    ASSERT_EQ(GlobalWindowSpace().Count(), 2);
+    EXPECT_EQ(GlobalWindowSpace().Get(1)->kind, 0x10000u);
+    EXPECT_EQ(frame->StatusText(0), "display 1d");
     space_.DelData("wave");
     frame->SetClosingForScript(true);
 }
