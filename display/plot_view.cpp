@@ -182,8 +182,37 @@ void CPlotView::FindMaxmin() {
     xy_popped_.clear();
 }
 
+double CPlotView::SampleAt(double px) const {
+    const double x = scale.PixelToX(px);
+    if (xs_.empty()) return x;
+    // Against positions: the index of the nearest one.
+    const std::vector<float>& at = xs_[0];
+    size_t best = 0;
+    for (size_t i = 1; i < at.size(); ++i)
+        if (std::fabs(at[i] - x) < std::fabs(at[best] - x)) best = i;
+    return static_cast<double>(best);
+}
+
+double CPlotView::SamplePixel(double index) const {
+    if (xs_.empty()) return scale.XToPixel(index);
+    const std::vector<float>& at = xs_[0];
+    if (at.empty()) return scale.XToPixel(0);
+    const double i = std::clamp(std::round(index), 0.0, static_cast<double>(at.size() - 1));
+    return scale.XToPixel(at[static_cast<size_t>(i)]);
+}
+
 bool CPlotView::Window(size_t n, size_t* i0, size_t* i1) const {
     if (n == 0) return false;
+    if (!xs_.empty() && !IsXy()) {
+        // Positions: the samples whose position is inside the x range shown.
+        const std::vector<float>& at = xs_[0];
+        size_t first = n, last = 0;
+        for (size_t i = 0; i < n && i < at.size(); ++i)
+            if (at[i] >= scale.xmin && at[i] <= scale.xmax) first = std::min(first, i), last = i;
+        if (first > last) return false;
+        *i0 = first, *i1 = last;
+        return true;
+    }
     const double lo = std::max(0.0, std::ceil(scale.xmin - 1e-9));
     const double hi = std::min(static_cast<double>(n - 1), std::floor(scale.xmax + 1e-9));
     if (lo > hi) return false;
@@ -407,7 +436,7 @@ bool CPlotView::RoiColumns(double* x0, double* x1) const {
     c.GetI(v[0], 0);
     c.GetI(v[1], 1);
     if (!(v[0] <= v[1])) return false;
-    *x0 = scale.XToPixel(v[0]), *x1 = scale.XToPixel(v[1]);
+    *x0 = SamplePixel(v[0]), *x1 = SamplePixel(v[1]);
     return true;
 }
 
@@ -509,7 +538,7 @@ bool CPlotView::Press(int mode, double px, double py) {
             drag_ = mode;
             return mode == CURSOR_ZOOM;
         case CURSOR_XROI:
-            if (IsXy() || !roi_edit_.Press(CRoiEdit::MODE_X, scale.PixelToX(px), 0)) return false;
+            if (IsXy() || !roi_edit_.Press(CRoiEdit::MODE_X, SampleAt(px), 0)) return false;
             drag_ = mode;
             return true;
         default:
@@ -537,7 +566,7 @@ bool CPlotView::Move(double px, double py) {
         return true;
     }
     at_[0] = px, at_[1] = py;
-    if (drag_ == CURSOR_XROI) roi_edit_.Move(scale.PixelToX(px), 0);
+    if (drag_ == CURSOR_XROI) roi_edit_.Move(SampleAt(px), 0);
     return true;
 }
 
@@ -572,7 +601,7 @@ bool CPlotView::Release(double px, double py) {
     }
     if (mode == CURSOR_XROI) {
         const CZrkData* a = Data(0);
-        roi_edit_.Release(scale.PixelToX(px), 0, a ? a->nx : 1, 1);
+        roi_edit_.Release(SampleAt(px), 0, a ? a->nx : 1, 1);
         return true;
     }
     return mode == CURSOR_PAN;
@@ -746,7 +775,13 @@ int CPlotView::OnCrop() {
     return Reported({.to = REPORT_STATUS}, 0, [&] {
         CDataSpace temp;
         const std::string name = a->name;
-        Replace(Cut(temp, 0, a, static_cast<int64_t>(i0), static_cast<int64_t>(i1)), "crop");
+        CZrkData* cut = Cut(temp, 0, a, static_cast<int64_t>(i0), static_cast<int64_t>(i1));
+        // The positions go with the samples they place.
+        if (CZrkData* b = Data(1); Usable(b) && b->nx == a->nx) {
+            b->NewUndo("crop", Cut(temp, 0, b, static_cast<int64_t>(i0), static_cast<int64_t>(i1)));
+            b->changed = b->shape_changed = 1;
+        }
+        Replace(cut, "crop");
         char text[512];
         std::snprintf(text, sizeof text, " %s[][]%s crop %d  to %d\r\n", name.c_str(), "",
                       static_cast<int>(i0), static_cast<int>(i1));

@@ -168,6 +168,10 @@ class CPlotView : public CMdiView {
     // The rows of the page through the lines' channels; lines added for new rows.
     void ReadRows();
     void EnsureLines(size_t rows);
+    // The sample index under pixel column px (the nearest position's index against
+    // positions), and the pixel column of a sample index; roi_x holds indices.
+    double SampleAt(double px) const;
+    double SamplePixel(double index) const;
     // The first and last sample index inside the x window (1d), clamped.
     bool Window(size_t n, size_t* i0, size_t* i1) const;
     int Stats(bool sd, int scope);

@@ -325,6 +325,36 @@ TEST_F(PlotViewTest, CropToTheWindowShown) {
     EXPECT_EQ(v.scale.xmax, 3);
 }
 
+TEST_F(PlotViewTest, AgainstPositionsTheXRangeAndCropKeepSampleIndices) {
+    CZrkData* counts = Array("h.y", {3, 8, 6, 1}, 4);
+    CZrkData* at = Array("h.x", {-1.5f, -0.5f, 0.5f, 1.5f}, 4);
+    View& v = Plot(counts, at);
+    EXPECT_TRUE(v.FreeX());
+    EXPECT_EQ(v.scale.xmin, -1.5);
+    EXPECT_EQ(v.scale.xmax, 1.5);
+    // An x range drawn from the second bin to the third holds their indices.
+    v.SetCursorMode(CPlotView::CURSOR_XROI);
+    v.Press(v.cursor_mode, v.XPixel(-0.45), 100);
+    v.Move(v.XPixel(0.6), 100);
+    v.Release(v.XPixel(0.6), 100);
+    const float* r = static_cast<const float*>(GlobalDataSpace().FindData("roi_x")->data);
+    EXPECT_EQ(r[0], 1);
+    EXPECT_EQ(r[1], 2);
+    double x0, x1;
+    ASSERT_TRUE(v.RoiColumns(&x0, &x1));
+    EXPECT_DOUBLE_EQ(x0, v.XPixel(-0.5));
+    EXPECT_DOUBLE_EQ(x1, v.XPixel(0.5));
+    // A box zoom over the middle bins, then crop: both arrays keep those two.
+    v.SetCursorMode(CPlotView::CURSOR_ZOOM);
+    v.Press(v.cursor_mode, v.XPixel(-1), v.YPixel(8));
+    v.Release(v.XPixel(1), v.YPixel(0));
+    ASSERT_EQ(v.OnCrop(), 1);
+    ASSERT_EQ(counts->nx, 2u);
+    ASSERT_EQ(at->nx, 2u);
+    EXPECT_EQ(static_cast<const float*>(counts->data)[0], 8);
+    EXPECT_EQ(static_cast<const float*>(at->data)[1], 0.5f);
+}
+
 TEST_F(PlotViewTest, XyDrawsOneArrayAgainstTheOther) {
     CZrkData* x = Array("x", {-2, 0, 3}, 3);
     CZrkData* y = Array("y", {10, 20, 15}, 3);
