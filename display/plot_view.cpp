@@ -28,10 +28,15 @@ constexpr int kLineColors[8] = {0x00a000, 0xc00000, 0x00a0c0, 0xc000c0,
 
 bool Usable(const CZrkData* a) { return a && a->data && a->type >= 0 && a->CountXY() > 0; }
 
-std::vector<float> Row(const CZrkData* a, uint64_t row, int iqmp) {
+// Row `row` of `a` through channel iqmp (real arrays always by value); a phase in degrees
+// unless `radians`.
+std::vector<float> Row(const CZrkData* a, uint64_t row, int iqmp, bool radians = true) {
     std::vector<float> out(a->nx);
-    CDataCursor<float> c(a, a->IsComplex() ? iqmp : 0);
+    const int channel = a->IsComplex() ? iqmp & 3 : 0;
+    CDataCursor<float> c(a, channel);
     c.GetBlock(out.data(), row * a->nx, a->nx);
+    if (channel == 3 && !radians)
+        for (float& v : out) v = static_cast<float>(v * (180.0 / M_PI));
     return out;
 }
 
@@ -131,6 +136,7 @@ void CPlotView::ReadRows() {
     }
     EnsureLines(rows);
     const std::vector<CLine>& lines = Look().lines;
+    const bool radians = Look().radians != 0;
     for (size_t r = 0; r < rows; ++r) {
         const CLine& line = lines[r];
         if (IsXy()) {
@@ -138,12 +144,12 @@ void CPlotView::ReadRows() {
                               std::min<uint64_t>(plane, a->Count() / a->CountXY() - 1) * a->ny + r,
                               line.iqmp));
             const uint64_t pb = std::min<uint64_t>(plane, b->Count() / b->CountXY() - 1);
-            ys_.push_back(Row(b, pb * b->ny + r, line.iqmpy));
+            ys_.push_back(Row(b, pb * b->ny + r, line.iqmpy, radians));
             errs_.push_back(line.err_y > 0 && static_cast<res_t>(line.err_y) < b->ny
                                 ? Row(b, pb * b->ny + line.err_y, 0)
                                 : std::vector<float>());
         } else {
-            std::vector<float> y = Row(a, plane * a->ny + r, line.iqmp);
+            std::vector<float> y = Row(a, plane * a->ny + r, line.iqmp, radians);
             if (!lines_overlayed && line.overlay != 0)
                 for (float& v : y) v += line.overlay;
             ys_.push_back(std::move(y));

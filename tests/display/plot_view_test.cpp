@@ -325,6 +325,27 @@ TEST_F(PlotViewTest, CropToTheWindowShown) {
     EXPECT_EQ(v.scale.xmax, 3);
 }
 
+TEST_F(PlotViewTest, ChannelsOfComplexRowsAndPhaseInDegrees) {
+    CZrkData* a = GlobalDataSpace().NewData(TYPE_CR4, 2, 1, 1, 1, 1, 1, "z");
+    const float iq[4] = {3, 4, 0, -2};
+    std::memcpy(a->data, iq, sizeof iq);
+    View& v = Plot(a);
+    v.OnMag();
+    v.Layout(800, 600, Metrics());
+    EXPECT_EQ(v.scale.ymax, 5);  // |3 + 4i|
+    EXPECT_EQ(v.scale.ymin, 2);
+    v.OnPhase();
+    doc_->look.radians = 0;
+    v.Draw();
+    v.Layout(800, 600, Metrics());
+    // atan2(4, 3) and -90 degrees.
+    const std::vector<double> want = peer::Values("print(np.degrees(np.angle(3+4j)), -90.0)\n");
+    ASSERT_EQ(want.size(), 2u);
+    EXPECT_EQ(v.ReadoutAt(v.XPixel(1), v.YPixel(-90)), " z [1] = -90");
+    EXPECT_NEAR(v.scale.ymax, want[0], 1e-4);
+    EXPECT_NEAR(v.scale.ymin, want[1], 1e-4);
+}
+
 TEST_F(PlotViewTest, AgainstPositionsTheXRangeAndCropKeepSampleIndices) {
     CZrkData* counts = Array("h.y", {3, 8, 6, 1}, 4);
     CZrkData* at = Array("h.x", {-1.5f, -0.5f, 0.5f, 1.5f}, 4);
