@@ -304,6 +304,7 @@ CLook::CLook(uint32_t kind) : flags(kind) {
     roi_color = d.roi_color;
     radians = d.radians;
     units = d.units;
+    screen.bg = d.bg;
     if (kind & (LOOK_1D | LOOK_XY)) {
         axes.assign(d.axes, d.axes + 4);
         naxis = 4;

@@ -168,6 +168,7 @@ struct CLookDefaults {
     int roi_color = 255;
     int radians = 1;
     int units = 0;
+    int bg = 0xffffff;
     GAxis axes[4];
     char palname[64] = "grey";
 };

@@ -369,6 +369,7 @@ void CNew1d::SetLookDefaults() const {
     CLookDefaults& d = LookDefaults(0x10000);
     d.scroll_time = scroll_time;
     d.roi_color = static_cast<int>(roicolor);
+    d.bg = static_cast<int>(backcolor);
     // Axis kinds 1 to 4 stand bottom, left, top, right; the options list top, bottom, left,
     // right.
     static const int kOption[4] = {1, 2, 0, 3};

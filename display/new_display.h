@@ -87,6 +87,8 @@ class CNew1d : public CNewDisplay {
     int ScanfOptions(CKeyReader& reader);
     void PrintfOptions(FILE* file) const;
     std::string UpdateStatus(const CDataSpace& space) override;
+    // New plots' looks take the fields as they stand now.
+    void UpdateLookDefaults() const { SetLookDefaults(); }
 
     unsigned roicolor = 255, ncolor = 8, linecolor = 0, linecolor2 = 0xff, axiscolor = 0,
              backcolor = 0xffffff;

@@ -15,6 +15,7 @@
 #include "display/qt/doc_1d.h"
 #include "display/qt/doc_2d.h"
 #include "display/qt/form_new.h"
+#include "display/qt/form_opt_1d.h"
 #include "display/qt/form_wl.h"
 #include "display/qt/frame_1d.h"
 #include "display/qt/frame_2d.h"
@@ -106,6 +107,14 @@ CDisplayUi::CDisplayUi(QMainWindow& frame, QMdiArea& mdi, CDataSpace& space,
     add("new xy display...", "action_new_xy",
         [this] { return std::make_unique<CFormNewXy>(modules_.new_xy, space_, &frame_); });
     menu->addAction(form_->toggleViewAction());
+    // The main window's "1d display..." entry stands disabled until a form is given to it.
+    if (QAction* options = frame.findChild<QAction*>("action_options_1d")) {
+        options->setEnabled(true);
+        connect(options, &QAction::triggered, this, [this] {
+            CFormOpt1d form(modules_.new_1d, Global1d(), &frame_);
+            form.exec();
+        });
+    }
 }
 
 CDisplayUi::~CDisplayUi() {

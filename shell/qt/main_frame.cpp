@@ -217,7 +217,8 @@ void CMainFrame::BuildMenus() {
     QAction* inversion = action(functions, "wave inversion...", "action_wave_inversion",
                                 [this] { OnWaveInversion(); });
 
-    // The display option forms are not there yet: their entries stand, disabled.
+    // The display option entries stand disabled; the display layer enables those it has a
+    // form for.
     QMenu* options = menuBar()->addMenu("&options");
     for (auto [text, name] : {std::pair{"1d display...", "action_options_1d"},
                               {"1d axis etc ..", "action_axis_1d"},

@@ -1,0 +1,34 @@
+// CFormOpt1d: the "1d display..." options: how new plots look (name format, channel, line
+// and axis colours, thickness, marks, size, the axes shown and labelled, overlaid rows) and
+// the axis lock. OK ("opt1d_ok") stores the fields in the holders, and new plots take them;
+// colours are typed as hexadecimal words 0xBBGGRR, as the preferences file keeps them.
+#pragma once
+
+#include <QDialog>
+
+#include "display/new_display.h"
+#include "display/plot_options.h"
+
+class QCheckBox;
+class QComboBox;
+class QLineEdit;
+class QSpinBox;
+
+class CFormOpt1d : public QDialog {
+    Q_OBJECT
+  public:
+    CFormOpt1d(CNew1d& holder, C1d& options, QWidget* parent = nullptr);
+
+    void OnOk();
+
+  private:
+    CNew1d& holder_;
+    C1d& options_;
+    QLineEdit* nameformat_;
+    QComboBox* iqmp_;
+    QLineEdit* colors_[4];  // line, second line, axes, background
+    QSpinBox *thick_, *symbol_, *symsize_, *width_, *height_;
+    QCheckBox* axis_[4];
+    QCheckBox* axis_text_[4];
+    QCheckBox *overlayed_, *lock_;
+};
