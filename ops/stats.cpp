@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/block_io.h"
@@ -129,6 +130,141 @@ bool ScanPlane(const CZrkData* a, uint64_t plane, int kind, int iqmp, Scan& scan
     return true;
 }
 
+// The runs of non-zero bytes of one mask row as [from, to) pairs. Whole zero or whole set
+// words are stepped over eight bytes at a time: a region is mostly long runs.
+void MaskRuns(const unsigned char* row, res_t n, std::vector<std::pair<res_t, res_t>>& runs) {
+    constexpr uint64_t kOnes = 0x0101010101010101ull, kHigh = 0x8080808080808080ull;
+    auto word = [row](res_t x) {
+        uint64_t w;
+        std::memcpy(&w, row + x, sizeof w);
+        return w;
+    };
+    auto has_zero = [](uint64_t w) { return ((w - kOnes) & ~w & kHigh) != 0; };
+    res_t x = 0;
+    while (x < n) {
+        while (x + 8 <= n && word(x) == 0) x += 8;
+        while (x < n && row[x] == 0) ++x;
+        if (x >= n) break;
+        const res_t from = x;
+        while (x + 8 <= n && !has_zero(word(x))) x += 8;
+        while (x < n && row[x] != 0) ++x;
+        runs.emplace_back(from, x);
+    }
+}
+
+// Sums of the finite values of a run in kLanes interleaved partial sums, so that the compiler
+// can vectorise the loop while the order of additions stays fixed. `centre` is subtracted and
+// the result squared in the second pass (squares = true).
+constexpr int kLanes = 8;
+struct LaneSums {
+    double sum[kLanes] = {};
+    uint64_t valid[kLanes] = {};
+    template <bool squares>
+    void Add(const float* v, size_t n, double centre) {
+        size_t i = 0;
+        for (; i + kLanes <= n; i += kLanes)
+            for (int l = 0; l < kLanes; ++l) Add1<squares>(v[i + l], l, centre);
+        for (int l = 0; i < n; ++i, ++l) Add1<squares>(v[i], l, centre);
+    }
+    template <bool squares>
+    void Add1(float f, int l, double centre) {
+        const bool finite = f - f == 0.0f;  // false for NaN and both infinities
+        const double d = squares ? static_cast<double>(f) - centre : static_cast<double>(f);
+        sum[l] += finite ? (squares ? d * d : d) : 0.0;
+        valid[l] += finite;
+    }
+    double Sum() const {
+        double s = 0;
+        for (double v : sum) s += v;
+        return s;
+    }
+    uint64_t Valid() const {
+        uint64_t n = 0;
+        for (uint64_t v : valid) n += v;
+        return n;
+    }
+};
+
+// Mean and population sd of the finite values of `plane` under `mask`, in two passes (the
+// mean, then the squared deviations from it) with double sums. Rows go in fixed blocks whose
+// sums are added in block order, so the figures do not depend on the number of threads.
+uint64_t MaskedMeanSd(const CZrkData* a, uint64_t plane, const unsigned char* mask, int iqmp,
+                      float* mean, float* sd) {
+    constexpr res_t kBlockRows = 16;
+    struct Run {
+        res_t y, from, to;
+    };
+    struct Block {
+        double sum = 0, dev = 0;
+        uint64_t valid = 0, count = 0;
+        std::vector<Run> runs;
+    };
+    const res_t nx = a->nx, ny = a->ny;
+    const uint64_t first = plane * a->CountXY();
+    const long blocks = static_cast<long>((ny + kBlockRows - 1) / kBlockRows);
+    std::vector<Block> block(static_cast<size_t>(blocks));
+    // Values straight from the samples when they are the floats wanted, else through the
+    // channel into a row buffer.
+    const float* direct =
+        a->type == TYPE_R4 && iqmp == 0 ? static_cast<const float*>(a->data) + first : nullptr;
+    const CDataCursor<float> cursor(a, iqmp);
+    auto totals = [&block](double* sum, uint64_t* valid) {
+        *sum = 0, *valid = 0;
+        for (const Block& b : block) *sum += b.sum, *valid += b.valid;
+    };
+    // Threads wake only for planes large enough to repay them.
+    const bool parallel = a->CountXY() >= (1u << 18);
+#pragma omp parallel if (parallel)
+    {
+        std::vector<std::pair<res_t, res_t>> row_runs;
+        std::vector<float> row(direct ? 0 : nx);
+        auto values = [&](const Run& r) {
+            if (direct) return direct + r.y * nx + r.from;
+            cursor.GetBlock(row.data(), first + r.y * nx + r.from,
+                            static_cast<size_t>(r.to - r.from));
+            return static_cast<const float*>(row.data());
+        };
+#pragma omp for schedule(static, 4)
+        for (long b = 0; b < blocks; ++b) {
+            Block& k = block[static_cast<size_t>(b)];
+            const res_t y1 = std::min<res_t>(ny, static_cast<res_t>(b + 1) * kBlockRows);
+            for (res_t y = static_cast<res_t>(b) * kBlockRows; y < y1; ++y) {
+                row_runs.clear();
+                MaskRuns(mask + y * nx, nx, row_runs);
+                for (auto [from, to] : row_runs) k.runs.push_back({y, from, to});
+            }
+            LaneSums lanes;
+            for (const Run& r : k.runs) {
+                lanes.Add<false>(values(r), static_cast<size_t>(r.to - r.from), 0.0);
+                k.count += r.to - r.from;
+            }
+            k.sum = lanes.Sum();
+            k.valid = lanes.Valid();
+        }
+        // Every thread forms the same mean from the block sums in block order.
+        double sum;
+        uint64_t valid;
+        totals(&sum, &valid);
+        const double centre = valid ? sum / static_cast<double>(valid) : 0.0;
+#pragma omp for schedule(static, 4)
+        for (long b = 0; b < blocks; ++b) {
+            Block& k = block[static_cast<size_t>(b)];
+            LaneSums lanes;
+            for (const Run& r : k.runs)
+                lanes.Add<true>(values(r), static_cast<size_t>(r.to - r.from), centre);
+            k.dev = lanes.Sum();
+        }
+    }
+    double sum, dev = 0;
+    uint64_t finite, n = 0;
+    totals(&sum, &finite);
+    for (const Block& b : block) dev += b.dev, n += b.count;
+    if (finite < n) Host().History("NAN/INF found in data... mean/sd of valid data is reported");
+    *mean = finite ? static_cast<float>(sum / static_cast<double>(finite)) : 0.0f;
+    *sd = finite ? static_cast<float>(std::sqrt(dev / static_cast<double>(finite))) : 0.0f;
+    return n;
+}
+
 template <class Scan>
 void ScanVolume(const CZrkData* a, uint64_t volume, int iqmp, Scan& scan) {
     const uint64_t size = a->CountXYZ();
@@ -168,9 +304,10 @@ uint64_t MinMaxXy(const CZrkData* a, uint64_t plane, int roi_kind, float* min, f
 uint64_t MeanSdXy(const CZrkData* a, uint64_t plane, int roi_kind, float* mean, float* sd,
                   int iqmp) {
     return Guard("MeanSdXy", [&]() -> uint64_t {
-        MeanSdScan scan;
-        if (!ScanPlane(a, plane, roi_kind, iqmp, scan)) return 0;
-        return scan.Finish(mean, sd);
+        CheckBlock(a, plane, a->CountXY());
+        const unsigned char* mask = RegionMask(roi_kind, a->nx, a->ny);
+        if (!mask) return 0;
+        return MaskedMeanSd(a, plane, mask, iqmp, mean, sd);
     });
 }
 
