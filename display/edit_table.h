@@ -20,6 +20,7 @@
 
 #include <string>
 
+#include "core/zrk_data.h"
 #include "display/view_state.h"
 
 class CEditTable : public CMdiView {

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <complex>
+#include <cstdint>
 #include <cstring>
 #include <random>
 #include <string>
