@@ -152,116 +152,77 @@ void MaskRuns(const unsigned char* row, res_t n, std::vector<std::pair<res_t, re
     }
 }
 
-// Sums of the finite values of a run in kLanes interleaved partial sums, so that the compiler
-// can vectorise the loop while the order of additions stays fixed. `centre` is subtracted and
-// the result squared in the second pass (squares = true).
+// Sums of the finite values of a run, less `centre`, and of their squares, in kLanes
+// interleaved partial sums: the compiler vectorises the loop while the order of additions
+// stays fixed.
 constexpr int kLanes = 8;
 struct LaneSums {
-    double sum[kLanes] = {};
+    double sum[kLanes] = {}, squares[kLanes] = {};
     uint64_t valid[kLanes] = {};
-    template <bool squares>
     void Add(const float* v, size_t n, double centre) {
         size_t i = 0;
         for (; i + kLanes <= n; i += kLanes)
-            for (int l = 0; l < kLanes; ++l) Add1<squares>(v[i + l], l, centre);
-        for (int l = 0; i < n; ++i, ++l) Add1<squares>(v[i], l, centre);
+            for (int l = 0; l < kLanes; ++l) Add1(v[i + l], l, centre);
+        for (int l = 0; i < n; ++i, ++l) Add1(v[i], l, centre);
     }
-    template <bool squares>
     void Add1(float f, int l, double centre) {
         const bool finite = f - f == 0.0f;  // false for NaN and both infinities
-        const double d = squares ? static_cast<double>(f) - centre : static_cast<double>(f);
-        sum[l] += finite ? (squares ? d * d : d) : 0.0;
+        const double d = finite ? static_cast<double>(f) - centre : 0.0;
+        sum[l] += d;
+        squares[l] += d * d;
         valid[l] += finite;
-    }
-    double Sum() const {
-        double s = 0;
-        for (double v : sum) s += v;
-        return s;
-    }
-    uint64_t Valid() const {
-        uint64_t n = 0;
-        for (uint64_t v : valid) n += v;
-        return n;
     }
 };
 
-// Mean and population sd of the finite values of `plane` under `mask`, in two passes (the
-// mean, then the squared deviations from it) with double sums. Rows go in fixed blocks whose
-// sums are added in block order, so the figures do not depend on the number of threads.
+// Mean and population sd of the finite values of `plane` under `mask`, in one pass of double
+// sums of the values less the first finite one (which keeps the sum of squares from losing
+// the spread to a large mean). Lanes and blocks of rows add up in a fixed order.
+//
+// One thread: the pass runs at the speed of memory, and on a busy machine a second thread
+// mostly waits for its core.
 uint64_t MaskedMeanSd(const CZrkData* a, uint64_t plane, const unsigned char* mask, int iqmp,
                       float* mean, float* sd) {
-    constexpr res_t kBlockRows = 16;
-    struct Run {
-        res_t y, from, to;
-    };
-    struct Block {
-        double sum = 0, dev = 0;
-        uint64_t valid = 0, count = 0;
-        std::vector<Run> runs;
-    };
     const res_t nx = a->nx, ny = a->ny;
     const uint64_t first = plane * a->CountXY();
-    const long blocks = static_cast<long>((ny + kBlockRows - 1) / kBlockRows);
-    std::vector<Block> block(static_cast<size_t>(blocks));
     // Values straight from the samples when they are the floats wanted, else through the
     // channel into a row buffer.
     const float* direct =
         a->type == TYPE_R4 && iqmp == 0 ? static_cast<const float*>(a->data) + first : nullptr;
     const CDataCursor<float> cursor(a, iqmp);
-    auto totals = [&block](double* sum, uint64_t* valid) {
-        *sum = 0, *valid = 0;
-        for (const Block& b : block) *sum += b.sum, *valid += b.valid;
-    };
-    // Threads wake only for planes large enough to repay them.
-    const bool parallel = a->CountXY() >= (1u << 18);
-#pragma omp parallel if (parallel)
-    {
-        std::vector<std::pair<res_t, res_t>> row_runs;
-        std::vector<float> row(direct ? 0 : nx);
-        auto values = [&](const Run& r) {
-            if (direct) return direct + r.y * nx + r.from;
-            cursor.GetBlock(row.data(), first + r.y * nx + r.from,
-                            static_cast<size_t>(r.to - r.from));
-            return static_cast<const float*>(row.data());
-        };
-#pragma omp for schedule(static, 4)
-        for (long b = 0; b < blocks; ++b) {
-            Block& k = block[static_cast<size_t>(b)];
-            const res_t y1 = std::min<res_t>(ny, static_cast<res_t>(b + 1) * kBlockRows);
-            for (res_t y = static_cast<res_t>(b) * kBlockRows; y < y1; ++y) {
-                row_runs.clear();
-                MaskRuns(mask + y * nx, nx, row_runs);
-                for (auto [from, to] : row_runs) k.runs.push_back({y, from, to});
+    std::vector<float> row(direct ? 0 : nx);
+    std::vector<std::pair<res_t, res_t>> runs;
+    LaneSums lanes;
+    bool centred = false;
+    double centre = 0;
+    uint64_t n = 0;
+    for (res_t y = 0; y < ny; ++y) {
+        runs.clear();
+        MaskRuns(mask + y * nx, nx, runs);
+        for (auto [from, to] : runs) {
+            const size_t len = static_cast<size_t>(to - from);
+            const float* v = direct + y * nx + from;
+            if (!direct) {
+                cursor.GetBlock(row.data(), first + y * nx + from, len);
+                v = row.data();
             }
-            LaneSums lanes;
-            for (const Run& r : k.runs) {
-                lanes.Add<false>(values(r), static_cast<size_t>(r.to - r.from), 0.0);
-                k.count += r.to - r.from;
-            }
-            k.sum = lanes.Sum();
-            k.valid = lanes.Valid();
-        }
-        // Every thread forms the same mean from the block sums in block order.
-        double sum;
-        uint64_t valid;
-        totals(&sum, &valid);
-        const double centre = valid ? sum / static_cast<double>(valid) : 0.0;
-#pragma omp for schedule(static, 4)
-        for (long b = 0; b < blocks; ++b) {
-            Block& k = block[static_cast<size_t>(b)];
-            LaneSums lanes;
-            for (const Run& r : k.runs)
-                lanes.Add<true>(values(r), static_cast<size_t>(r.to - r.from), centre);
-            k.dev = lanes.Sum();
+            n += len;
+            for (size_t i = 0; !centred && i < len; ++i)
+                if (std::isfinite(v[i])) centre = v[i], centred = true;
+            lanes.Add(v, len, centre);
         }
     }
-    double sum, dev = 0;
-    uint64_t finite, n = 0;
-    totals(&sum, &finite);
-    for (const Block& b : block) dev += b.dev, n += b.count;
+    double sum = 0, squares = 0;
+    uint64_t finite = 0;
+    for (int l = 0; l < kLanes; ++l)
+        sum += lanes.sum[l], squares += lanes.squares[l], finite += lanes.valid[l];
     if (finite < n) Host().History("NAN/INF found in data... mean/sd of valid data is reported");
-    *mean = finite ? static_cast<float>(sum / static_cast<double>(finite)) : 0.0f;
-    *sd = finite ? static_cast<float>(std::sqrt(dev / static_cast<double>(finite))) : 0.0f;
+    if (!finite) {
+        *mean = *sd = 0.0f;
+        return n;
+    }
+    const double count = static_cast<double>(finite), shift = sum / count;
+    *mean = static_cast<float>(centre + shift);
+    *sd = static_cast<float>(std::sqrt(std::max(0.0, squares / count - shift * shift)));
     return n;
 }
 
