@@ -353,7 +353,10 @@ int RunWaveDirection(const Job& job, CDataSpace& space) {
     if (wave_direction_analysis(stack.data(), mask.empty() ? nullptr : mask.data(), &p, &angles,
                                 &energy))
         return 1;
-    Host().History(wave_direction_table(angles, energy));
+    // One history line per row, as the window's history takes them.
+    std::string table = wave_direction_table(angles, energy);
+    for (size_t at = 0, end; (end = table.find("\r\n", at)) != std::string::npos; at = end + 2)
+        Host().History(table.substr(at, end + 2 - at));
     return 0;
 }
 

@@ -208,7 +208,9 @@ TEST(WaveDirection, AnAngleKeepsWhatTheDirectionFilterKeeps) {
         ASSERT_EQ(direction_filter_2d(h.data() + npix, &p, 1), 0);
         double want = 0.0;
         for (int i = 0; i < npix; ++i)
-            if (mask[i]) want += double(h[npix + i]) * h[npix + i] + double(h[2 * npix + i]) * h[2 * npix + i];
+            if (mask[i])
+                want +=
+                    double(h[npix + i]) * h[npix + i] + double(h[2 * npix + i]) * h[2 * npix + i];
         ASSERT_EQ(e.size(), 1u);
         EXPECT_NEAR(e[0] / want, 1.0, 1e-5) << angle;
     }
