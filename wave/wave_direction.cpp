@@ -20,8 +20,10 @@ void complain(const std::string& text) { wave_warn(WF_FILTER, text.c_str(), text
 }  // namespace
 
 void clean_range(wave_range* r, float first, float last) {
-    if (r->start < first || r->start > r->stop || r->start > last) r->start = first;
-    r->stop = std::clamp(std::max(r->stop, r->start), first, last);
+    // Written so that NaN takes the same turns as a value out of range.
+    if (!(r->start >= first) || r->start > r->stop || r->start > last) r->start = first;
+    if (!(r->stop >= r->start)) r->stop = r->start;
+    r->stop = std::min(r->stop, last);
     if (!(r->step > 0.0f)) {
         r->step = r->count > 1 ? (r->stop - r->start) / float(r->count - 1) : 0.0f;
         if (!(r->step > 0.0f)) r->step = 1.0f;
@@ -113,7 +115,8 @@ int wave_direction_analysis(const float* stack, const uint8_t* mask, const wave_
             const uint8_t* m = mask ? mask + plane * z : nullptr;
             for (size_t i = 0; i < plane; ++i)
                 if (!m || m[i])
-                    sum += double(buf[2 * i]) * buf[2 * i] + double(buf[2 * i + 1]) * buf[2 * i + 1];
+                    sum +=
+                        double(buf[2 * i]) * buf[2 * i] + double(buf[2 * i + 1]) * buf[2 * i + 1];
         }
         (*energy)[size_t(a)] = sum;
     }

@@ -83,6 +83,8 @@ TEST(WaveDirection, RangesAreCleaned) {
         {{0, 0.3f, 0.1f, 0}, {0, 0.3f, 0.1f, 4}},  // a stop the steps meet in floats
         {{0, 359, 0.5f, 0}, {0, 359, 1, 360}},     // too many: the whole span by 1.0
         {{5, 100, 0, 500}, {0, 359, 1, 360}},
+        {{NAN, NAN, NAN, 3}, {0, 0, 1, 3}},  // nothing to go by
+        {{30, NAN, 10, 0}, {30, 30, 10, 1}},
     };
     for (const Case& c : cases) {
         wave_range r = c.in;
