@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <string>
@@ -155,6 +156,93 @@ TEST_F(MuRunTest, ThreeEncodingsHoldTheTemporaryHarmonicDuringTheRunOnly) {
     EXPECT_NEAR(a[inside], 3.0 * (1.0 + 0.1 * 10), 1e-4);
     EXPECT_FLOAT_EQ(a[inside], a[inside + 320]);
     EXPECT_FLOAT_EQ(a[inside], a[inside + 640]);
+}
+
+// Records the displays a run asks for.
+class Displays : public CMuDriver {
+  public:
+    using CMuDriver::CMuDriver;
+    void OpenDisplay2d(CZrkData* record, const char* palette) override {
+        opened.push_back(std::string(record->name) + " " + palette);
+    }
+    std::vector<std::string> opened;
+};
+
+// skimage's unwrapper on the masked planes, moved by the whole cycles that bring it nearest
+// ours (where the result sits in cycles is each unwrapper's own choice); 0 outside the mask.
+constexpr const char* kUnwrapReference = R"(
+from skimage.restoration import unwrap_phase
+ph = peer.load(FOLDER, "ph").astype(np.float64)
+ours = peer.load(FOLDER, "ours").astype(np.float64)
+mask = peer.load(FOLDER, "mag") >= 10
+want = np.zeros(ph.shape)
+for t in range(ph.shape[3]):
+    plane = np.ma.masked_array(ph[:, :, 0, t], mask=~mask[:, :, 0, 0])
+    u = unwrap_phase(plane).filled(0)
+    k = np.round(np.mean((ours[:, :, 0, t] - u)[mask[:, :, 0, 0]]) / (2 * np.pi))
+    want[:, :, 0, t] = np.where(mask[:, :, 0, 0], u + 2 * np.pi * k, 0)
+peer.save(FOLDER, "want", want.astype(np.float32))
+)";
+
+TEST_F(MuRunTest, UnwrapStageSolvesTheMaskedPlanesAndZeroesTheRest) {
+    const res_t nx = 20, ny = 16, noff = 4;
+    Real("mag", nx, ny, 1, 1, [=](size_t i) {
+        size_t x = i % nx, y = i / nx;
+        return x > 2 && x < 18 && y > 1 && y < 14 ? 90.0f : 1.0f;
+    });
+    // A ramp of several cycles per plane, wrapped into -pi ... pi; noise outside the mask.
+    Real("ph", nx, ny, 1, noff, [=](size_t i) {
+        size_t x = i % nx, y = (i / nx) % ny, t = i / (nx * ny);
+        double a = 0.9 * double(x) + 0.45 * double(y) + 1.3 * double(t);
+        bool inside = x > 2 && x < 18 && y > 1 && y < 14;
+        if (!inside) a = 3.0 * std::sin(double(i) * 7.3);
+        return float(std::remainder(a, 2 * M_PI));
+    });
+    for (int method : {1, 2, 3}) {
+        SCOPED_TRACE(method);
+        Open(CMuForm::PAGE_PARAMS, "mag", "ph", 0);
+        form->Params()->c.noff = int(noff);
+        form->Params()->SetPhasePreset(3);
+        while (form->ActivePage() < CMuForm::PAGE_OUTPUT)
+            ASSERT_EQ(form->Continue(), 0) << form->status;
+        auto displays = std::make_unique<Displays>(space);
+        Displays* d = displays.get();
+        form->SetDriver(std::move(displays));
+        form->Wrap()->c.uwmethod = method;
+        form->Output()->c.r1i1_out = 1;
+        host.history_text.clear();
+        host.status.clear();
+        ASSERT_EQ(form->Apply(), 0) << form->status;
+
+        CZrkData* out = space.FindData("quelmor.unwrap");
+        ASSERT_NE(out, nullptr);
+        EXPECT_EQ(out->type, TYPE_R4);
+        EXPECT_EQ(out->nt, noff);
+        peer::Peer p;
+        p.Put("ph", space.FindData("ph"));
+        p.Put("mag", space.FindData("mag"));
+        p.Put("ours", out);
+        ASSERT_TRUE(p.RunText(kUnwrapReference));
+        EXPECT_TRUE(peer::Near(peer::FromRecord(out), p.Get("want"), 1e-5));
+
+        static const char* kBy[] = {"", "quality guided", "minimum discontinuity", "graph cut"};
+        EXPECT_NE(host.history_text.find(std::string("Unwrap ph to quelmor.unwrap by ") +
+                                         kBy[method] + ":\r\n"),
+                  std::string::npos)
+            << host.history_text;
+        for (int k = 1; k <= int(noff); ++k)
+            EXPECT_NE(std::find(host.status.begin(), host.status.end(),
+                                "\runwrap " + std::to_string(k) + " out of 4"),
+                      host.status.end());
+        // The chain reads the unwrapped array through its first channel.
+        EXPECT_EQ(form->block.phase_name[0], "quelmor.unwrap");
+        EXPECT_EQ(form->block.pdif_iqmp[0], 0);
+        // A new output opens with the wave palette; one that is there is only refilled.
+        EXPECT_EQ(d->opened.front(), "quelmor.unwrap awave");
+        ASSERT_EQ(form->Apply(), 0) << form->status;
+        EXPECT_EQ(std::count(d->opened.begin(), d->opened.end(), "quelmor.unwrap awave"), 1);
+        space.DelData("quelmor.unwrap");
+    }
 }
 
 }  // namespace
