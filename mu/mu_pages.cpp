@@ -42,6 +42,13 @@ const CZrkData* Usable(CDataSpace& space, const std::string& name) {
     return a && a->data ? a : nullptr;
 }
 
+// The array of that name in the form's space, made there when missing (FindOrNew would make
+// it in the global space, which a form over another space never reads).
+CZrkData* FindOrMake(CDataSpace& space, const std::string& name) {
+    CZrkData* a = space.FindData(name.c_str());
+    return a ? a : space.NewData(name.c_str());
+}
+
 // The channel letter of an iqmp number.
 char Channel(int iqmp) { return "iqmp"[std::clamp(iqmp, 0, 3)]; }
 
@@ -418,7 +425,7 @@ int CPageMuMask::Prepare() {
         if (r.mask_nregions > 0 || r.mask_nvoids >= 0)
             mask_regions(bytes.data(), r.nx, r.ny, r.nz, r.mask_nregions, r.mask_nvoids, r.mask_2d);
     }
-    CZrkData* a = form_.space.FindOrNew(name.c_str());
+    CZrkData* a = FindOrMake(form_.space, name);
     if (!a) return Fail(1, "image alloc failed");
     a->FreeData();
     a->SetHeader(TYPE_N1, res_t(r.nx), res_t(r.ny), res_t(r.nz), 1, 1, 1);
@@ -455,7 +462,8 @@ int CPageMuWrap::Check() {
     return Pass("valid unwrap options");
 }
 
-void CPageMuWrap::Report(std::string* out) { *out += lines_; }
+// The unwrap reports itself as it runs, before its progress; the run's report adds nothing.
+void CPageMuWrap::Report(std::string*) {}
 
 // One phase array, slice by slice: masked-out samples go in as the middle of the range and
 // come out as 0, so the solver never sees their noise and the chain reads them as nothing.
@@ -507,7 +515,7 @@ int CPageMuWrap::UnwrapAxis(const CZrkData* in, int channel, const CZrkData* mas
         }
     }
     const bool made = form_.space.FindData(name.c_str()) == nullptr;
-    CZrkData* target = form_.space.FindOrNew(name.c_str());
+    CZrkData* target = FindOrMake(form_.space, name);
     if (!target) {
         result.FreeData();
         return Fail(1, "image alloc failed");
@@ -519,7 +527,6 @@ int CPageMuWrap::UnwrapAxis(const CZrkData* in, int channel, const CZrkData* mas
 }
 
 int CPageMuWrap::Prepare() {
-    lines_.clear();
     if (c.uwmethod == 0) return 0;
     MuOptionBlock& b = form_.block;
     wave_params& r = form_.record;
@@ -545,10 +552,8 @@ int CPageMuWrap::Prepare() {
         for (int a = 0; a < axes; ++a) {
             CZrkData* in = s.FindData(b.phase_name[a].c_str());
             if (!in || !in->data) return Fail(1, std::string(kMissing[a]) + b.phase_name[a]);
-            std::string line = Printf("Unwrap %s to %s by %s:\r\n", b.phase_name[a].c_str(),
-                                      names[a].c_str(), kMethods[c.uwmethod]);
-            lines_ += line;
-            Host().History(line);
+            Host().History(Printf("Unwrap %s to %s by %s:\r\n", b.phase_name[a].c_str(),
+                                  names[a].c_str(), kMethods[c.uwmethod]));
             if (int bad = UnwrapAxis(in, b.pdif_iqmp[a], mask, names[a])) return bad;
         }
         done_ = from;

@@ -193,7 +193,6 @@ class CPageMuWrap : public CPageMu {
     int UnwrapAxis(const CZrkData* in, int channel, const CZrkData* mask, const std::string& name);
 
     std::string done_;  // what the last unwrap was made from
-    std::string lines_;
 };
 
 class CPageMuFilter : public CPageMu {

@@ -4,6 +4,7 @@
 // and "load from file".
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QKeyEvent>
@@ -306,7 +307,9 @@ TEST_F(MuPageViewsTest, LoadFromFileFillsTheFieldOfView) {
         auto* dialog = form->findChild<QFileDialog*>("mu_load_dialog");
         ASSERT_NE(dialog, nullptr);
         dialog->selectFile(QString::fromStdString((p.Dir() / file).string()));
-        dialog->accept();
+        // QFileDialog makes accept() protected; through QDialog it is the same virtual call.
+        static_cast<QDialog*>(dialog)->accept();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     };
     // raw_24x: 6 x 3 x 2 samples; the generator's x step as its bit pattern.
     std::ifstream manifest(p.Dir() / "manifest.txt");

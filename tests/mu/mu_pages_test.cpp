@@ -264,11 +264,13 @@ TEST_F(MuFormTest, ParamsLoadTheFieldOfViewFromAScannerHeader) {
     }
     ASSERT_TRUE(files.count("raw_24x") && files.count("image_imgf_rev2")) << p.Dir();
     // A step from its bit pattern, times the size, in metres.
+    // An image file has no z in the manifest: it holds one plane.
     auto fov = [&](const std::string& file, const char* size, const char* step) {
-        uint32_t bits = uint32_t(std::stoul(files[file][step], nullptr, 16));
+        uint32_t bits = uint32_t(std::stoul(files[file].at(step), nullptr, 16));
         float mm;
         std::memcpy(&mm, &bits, 4);
-        return float(std::stod(files[file][size]) * double(mm) / 1000.0);
+        const double n = files[file].count(size) ? std::stod(files[file][size]) : 1.0;
+        return float(n * double(mm) / 1000.0);
     };
 
     Real("mag", 16, 12, 1, 8, [](size_t) { return 100.0f; });
