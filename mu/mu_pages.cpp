@@ -485,7 +485,6 @@ int CPageMuWrap::UnwrapAxis(const CZrkData* in, int channel, const CZrkData* mas
     auto* out = static_cast<float*>(result.data);
     CUnwrap u;
     u.unwrap_method = c.uwmethod - 1;
-    u.preset = UNWRAP_RANGE_OTHER;
     u.low = low;
     u.high = high;
     u.thresh_check = mask != nullptr;
