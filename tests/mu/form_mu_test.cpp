@@ -270,6 +270,10 @@ TEST_F(MuPageViewsTest, HelpButtonsStartTheirPages) {
     ASSERT_EQ(sheet->count(), 7) << Status(form).toStdString();
     MuHelpBrowser browser;
     QDesktopServices::setUrlHandler("file", &browser, "open");
+    // Gone with the browser, also when an assertion ends the test early.
+    struct Unset {
+        ~Unset() { QDesktopServices::unsetUrlHandler("file"); }
+    } unset;
     const QString folder = QUELMOR_HELP_DIR;
     frame_->SetHelp(folder.toStdString(), "");
     const char* pages[] = {"wave_data.htm",   "wave_parameters.htm", "wave_parameters.htm",
@@ -288,7 +292,6 @@ TEST_F(MuPageViewsTest, HelpButtonsStartTheirPages) {
     QTest::mouseClick(sheet->widget(6)->findChild<QPushButton*>("mu_help"), Qt::LeftButton);
     EXPECT_EQ(frame_->StatusText(0), "could not open html help");
     EXPECT_EQ(browser.files.size(), 7);
-    QDesktopServices::unsetUrlHandler("file");
 }
 
 // "load from file" through its dialog, on files the scanner tests' generator writes.
