@@ -500,6 +500,11 @@ TEST_F(MainFrameTest, StatusBarHasThreePanes) {
         Find<QLabel>(app->Frame(), pane);
     Host().UndoTip("undo equation");
     EXPECT_EQ(app->Frame()->StatusText(1), "undo equation");
+    // Progress lines written for a terminal show their current line only.
+    Host().Status("\runwrap 3 out of 8");
+    EXPECT_EQ(app->Frame()->StatusText(0), "unwrap 3 out of 8");
+    Host().Status("step 1\rstep 2\r\n");
+    EXPECT_EQ(app->Frame()->StatusText(0), "step 2");
     // The build folder has no help pages.
     Trigger(app->Frame(), "action_help_quelmor");
     EXPECT_EQ(app->Frame()->StatusText(0), "could not open html help");
