@@ -19,6 +19,8 @@
 #include "display/qt/form_wl.h"
 #include "display/qt/frame_1d.h"
 #include "display/qt/frame_2d.h"
+#include "display/qt/frame_edit.h"
+#include "display/qt/view_edit.h"
 #include "display/qt/view_rgb.h"
 #include "display/qt/view_xy.h"
 #include "shell/option_table.h"
@@ -34,6 +36,10 @@ CDisplayEntry* OpenImage(const CDisplayRequest& request) {
 
 CDisplayEntry* OpenPlotWindow(const CDisplayRequest& request) {
     return g_ui ? g_ui->OpenPlot(request) : nullptr;
+}
+
+CDisplayEntry* OpenTable(const CDisplayRequest& request) {
+    return g_ui ? g_ui->OpenEdit(request) : nullptr;
 }
 
 }  // namespace
@@ -74,6 +80,7 @@ CDisplayUi::CDisplayUi(QMainWindow& frame, QMdiArea& mdi, CDataSpace& space,
     previous_[1] = SetDisplayWindow(LOOK_RGB, OpenImage);
     previous_[2] = SetDisplayWindow(LOOK_1D, OpenPlotWindow);
     previous_[3] = SetDisplayWindow(LOOK_XY, OpenPlotWindow);
+    previous_edit_ = SetDisplayWindow(LOOK_SPREADSHEET, OpenTable);
     frame.addDockWidget(Qt::RightDockWidgetArea, form_);
     // Locked window and level reach the images chosen in the window list.
     form_->SetLockedTargets([this] {
@@ -129,6 +136,7 @@ CDisplayUi::~CDisplayUi() {
     SetDisplayWindow(LOOK_RGB, previous_[1]);
     SetDisplayWindow(LOOK_1D, previous_[2]);
     SetDisplayWindow(LOOK_XY, previous_[3]);
+    SetDisplayWindow(LOOK_SPREADSHEET, previous_edit_);
     if (g_ui == this) g_ui = nullptr;
 }
 
@@ -206,6 +214,32 @@ CDisplayEntry* CDisplayUi::OpenPlot(const CDisplayRequest& request) {
     const int* size = modules_.new_1d.plotsize;
     frame->resize(std::clamp(size[0], 64, std::max(64, mdi_.width() - 40)) + 12,
                   std::clamp(size[1], 48, std::max(48, mdi_.height() - 80)) + 60);
+    frame->show();
+    return raw;
+}
+
+CDisplayEntry* CDisplayUi::OpenEdit(const CDisplayRequest& request) {
+    if (request.kind != LOOK_SPREADSHEET || !request.data[0]) return nullptr;
+    const CLook look = request.look ? *request.look : CLook(LOOK_SPREADSHEET);
+    auto doc = std::make_unique<CMdiDoc>(look, space_);
+    doc->kind = LOOK_SPREADSHEET;
+    doc->data[0] = request.data[0];
+    doc->caption = request.caption;
+    const std::string name = !request.name.empty() ? request.name : request.data[0]->name;
+    std::snprintf(doc->name, sizeof doc->name, "%s", name.c_str());
+    CMdiDoc* raw = doc.get();
+    auto* view = new CViewEdit(*raw);
+    auto* frame = new CFrameEdit(raw, view);
+    if (!GlobalWindowSpace().NewData(std::move(doc))) {
+        raw->SetFrame(nullptr);
+        frame->ForgetDoc();
+        delete frame;
+        return nullptr;
+    }
+    frame->setWindowTitle(
+        QString::fromUtf8(raw->caption.empty() ? raw->name : raw->caption.c_str()));
+    mdi_.addSubWindow(frame);
+    frame->resize(std::clamp(mdi_.width() / 2, 240, 640), std::clamp(mdi_.height() / 2, 160, 480));
     frame->show();
     return raw;
 }

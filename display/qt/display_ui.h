@@ -1,6 +1,7 @@
 // CDisplayUi: the displays' part of the main window. It installs the 2d and rgb factories
-// (a document, a CFrame2d in the multiple-document area and its view) and the 1d and xy ones
-// (CDoc1d, CFrame1d, CView1d or CViewXy), docks CFormWL and
+// (a document, a CFrame2d in the multiple-document area and its view), the 1d and xy ones
+// (CDoc1d, CFrame1d, CView1d or CViewXy) and the spreadsheet's (a CFrameEdit around a
+// CViewEdit), docks CFormWL and
 // binds it to the active image view, and adds the "display" menu with the new-display
 // forms. CDisplayModules holds the display options and enters them in their slots of the
 // option table.
@@ -44,6 +45,8 @@ class CDisplayUi : public QObject {
     // The factory of 1d and xy plots.
     CDisplayEntry* OpenPlot(const CDisplayRequest& request);
     CFormWL* FormWL() const { return form_; }
+    // The factory of spreadsheet displays.
+    CDisplayEntry* OpenEdit(const CDisplayRequest& request);
 
     // What a plot's "save..." calls with its array: the program's save dialog.
     std::function<void(CZrkData*)> save_array;
@@ -57,4 +60,5 @@ class CDisplayUi : public QObject {
     CDisplayModules& modules_;
     CFormWL* form_;
     DisplayWindowHook previous_[4];
+    DisplayWindowHook previous_edit_ = nullptr;
 };

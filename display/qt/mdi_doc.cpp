@@ -3,6 +3,7 @@
 #include "display/qt/mdi_frame.h"
 #include "display/qt/view_1d.h"
 #include "display/qt/view_2d.h"
+#include "display/qt/view_edit.h"
 
 CMdiDoc::~CMdiDoc() {
     if (frame_) frame_->ForgetDoc();
@@ -15,6 +16,7 @@ void CMdiDoc::Close() {
     frame->ForgetDoc();
     if (auto* view = qobject_cast<CView2d*>(frame->View())) view->Detach();
     if (auto* plot = qobject_cast<CView1d*>(frame->View())) plot->Detach();
+    if (auto* edit = qobject_cast<CViewEdit*>(frame->View())) edit->Detach();
     frame->setAttribute(Qt::WA_DeleteOnClose);
     frame->close();
 }
@@ -23,4 +25,5 @@ void CMdiDoc::Redraw() {
     if (!frame_) return;
     if (auto* view = qobject_cast<CView2d*>(frame_->View())) view->Draw();
     if (auto* plot = qobject_cast<CView1d*>(frame_->View())) plot->Draw();
+    if (auto* edit = qobject_cast<CViewEdit*>(frame_->View())) edit->Draw();
 }
