@@ -239,52 +239,57 @@ void GridGraph<Dims>::Orphan(int32_t i) {
 
 template <int Dims>
 void GridGraph<Dims>::Augment(int32_t from, int dir) {
+    // The two walks up to the terminals are long; each is taken once and its nodes kept
+    // (source side from the start of the orphan stack, sink side from its end: the trees
+    // are disjoint) so that moving the flow does not chase the parents again.
+    int32_t* const path = orphanStack_;
     const int32_t to = Neighbour(from, dir);
     float b = residual_[dir][from];
+    int64_t sourceLength = 0, sinkFirst = n_;
     int32_t i = from;
-    for (; parentDir[i] != kTerminal; i = parent[i])
+    for (; parentDir[i] != kTerminal; i = parent[i]) {
+        path[sourceLength++] = i;
         b = std::min(b, residual_[Opposite(parentDir[i])][parent[i]]);
+    }
+    const int32_t sourceRoot = i;
     b = std::min(b, terminalResidual[i]);
-    for (i = to; parentDir[i] != kTerminal; i = parent[i])
+    for (i = to; parentDir[i] != kTerminal; i = parent[i]) {
+        path[--sinkFirst] = i;
         b = std::min(b, residual_[parentDir[i]][i]);
+    }
+    const int32_t sinkRoot = i;
     b = std::min(b, terminalResidual[i]);
 
     SetResidual(from, dir, residual_[dir][from] - b);
     SetResidual(to, Opposite(dir), residual_[Opposite(dir)][to] + b);
     // Source side: flow runs parent to child.
-    for (i = from;;) {
+    for (int64_t k = 0; k < sourceLength; ++k) {
+        i = path[k];
         const int pd = parentDir[i];
-        if (pd == kTerminal) {
-            terminalResidual[i] -= b;
-            if (terminalResidual[i] <= 0) {
-                terminalResidual[i] = 0;
-                Orphan(i);
-            }
-            break;
-        }
         const int32_t p = parent[i];
         const int down = Opposite(pd);
         SetResidual(p, down, residual_[down][p] - b);
         SetResidual(i, pd, residual_[pd][i] + b);
         if (!(residual_[down][p] > 0)) Orphan(i);
-        i = p;
+    }
+    terminalResidual[sourceRoot] -= b;
+    if (terminalResidual[sourceRoot] <= 0) {
+        terminalResidual[sourceRoot] = 0;
+        Orphan(sourceRoot);
     }
     // Sink side: flow runs child to parent.
-    for (i = to;;) {
+    for (int64_t k = n_ - 1; k >= sinkFirst; --k) {
+        i = path[k];
         const int pd = parentDir[i];
-        if (pd == kTerminal) {
-            terminalResidual[i] -= b;
-            if (terminalResidual[i] <= 0) {
-                terminalResidual[i] = 0;
-                Orphan(i);
-            }
-            break;
-        }
         const int32_t p = parent[i];
         SetResidual(i, pd, residual_[pd][i] - b);
         SetResidual(p, Opposite(pd), residual_[Opposite(pd)][p] + b);
         if (!(residual_[pd][i] > 0)) Orphan(i);
-        i = p;
+    }
+    terminalResidual[sinkRoot] -= b;
+    if (terminalResidual[sinkRoot] <= 0) {
+        terminalResidual[sinkRoot] = 0;
+        Orphan(sinkRoot);
     }
     flow += b;
 }

@@ -65,13 +65,13 @@ class CMinimumDiscontinuity {
         for (bool changed = true; changed;) {
             changed = false;
             for (int64_t j = 0; j + 1 < rows; ++j)
-                for (int64_t i = 0; i < stride; ++i) changed |= Relax(i, j, kDown);
+                for (int64_t i = 0; i < stride; ++i) changed |= Relax<kDown>(i, j);
             for (int64_t j = 0; j < rows; ++j)
-                for (int64_t i = 0; i + 1 < stride; ++i) changed |= Relax(i, j, kRightward);
+                for (int64_t i = 0; i + 1 < stride; ++i) changed |= Relax<kRightward>(i, j);
             for (int64_t j = rows - 1; j >= 1; --j)
-                for (int64_t i = stride - 1; i >= 0; --i) changed |= Relax(i, j, kUp);
+                for (int64_t i = stride - 1; i >= 0; --i) changed |= Relax<kUp>(i, j);
             for (int64_t j = rows - 1; j >= 0; --j)
-                for (int64_t i = stride - 1; i >= 1; --i) changed |= Relax(i, j, kLeftward);
+                for (int64_t i = stride - 1; i >= 1; --i) changed |= Relax<kLeftward>(i, j);
             // Nodes changed in this round are looked at in the next.
             for (uint8_t& b : bits)
                 b = static_cast<uint8_t>((b & kNextPass) ? (b & 0x3f) | kThisPass : b & 0x3f);
@@ -85,43 +85,40 @@ class CMinimumDiscontinuity {
     std::vector<uint8_t> bits;
 
   private:
-    int32_t Weight(int64_t node) const {
-        const int64_t i = node % stride, j = node / stride;
+    // The weight of an edge inside the grid, by the point above and left of its lower or
+    // right node (i, j).
+    int32_t Weight(int64_t i, int64_t j) const {
         const float q = quality_[(j - 1) * width + (i - 1)];
         if (!(q == q)) return 1;
         return static_cast<int32_t>(q * 25500.0f + 1.0f);
     }
 
     // The relaxation of the edge from (i, j) in the sweep's direction. True on a change.
-    bool Relax(int64_t i, int64_t j, Sweep sweep) {
+    template <Sweep sweep>
+    bool Relax(int64_t i, int64_t j) {
         const int64_t a = j * stride + i;
         int64_t b;
         int32_t c;
-        switch (sweep) {
-            case kDown:
-                b = a + stride;
-                if (!((bits[a] | bits[b]) & kThisPass)) return false;
-                c = i >= 1 && i <= width - 1 ? Weight(b) : 1;
-                if (-hJump[b] < 0) c = -c;
-                break;
-            case kRightward:
-                b = a + 1;
-                if (!((bits[a] | bits[b]) & kThisPass)) return false;
-                c = j >= 1 && j <= height - 1 ? Weight(b) : 1;
-                if (vJump[b] < 0) c = -c;
-                break;
-            case kUp:
-                b = a - stride;
-                if (!((bits[a] | bits[b]) & kThisPass)) return false;
-                c = i >= 1 && i <= width - 1 ? Weight(a) : 1;
-                if (hJump[a] < 0) c = -c;
-                break;
-            default:
-                b = a - 1;
-                if (!((bits[a] | bits[b]) & kThisPass)) return false;
-                c = j >= 1 && j <= height - 1 ? Weight(a) : 1;
-                if (-vJump[a] < 0) c = -c;
-                break;
+        if constexpr (sweep == kDown) {
+            b = a + stride;
+            if (!((bits[a] | bits[b]) & kThisPass)) return false;
+            c = i >= 1 && i <= width - 1 ? Weight(i, j + 1) : 1;
+            if (-hJump[b] < 0) c = -c;
+        } else if constexpr (sweep == kRightward) {
+            b = a + 1;
+            if (!((bits[a] | bits[b]) & kThisPass)) return false;
+            c = j >= 1 && j <= height - 1 ? Weight(i + 1, j) : 1;
+            if (vJump[b] < 0) c = -c;
+        } else if constexpr (sweep == kUp) {
+            b = a - stride;
+            if (!((bits[a] | bits[b]) & kThisPass)) return false;
+            c = i >= 1 && i <= width - 1 ? Weight(i, j) : 1;
+            if (hJump[a] < 0) c = -c;
+        } else {
+            b = a - 1;
+            if (!((bits[a] | bits[b]) & kThisPass)) return false;
+            c = j >= 1 && j <= height - 1 ? Weight(i, j) : 1;
+            if (-vJump[a] < 0) c = -c;
         }
         const int64_t delta = int64_t{value[a]} - value[b] - c;
         if (delta <= 0) return false;
@@ -167,11 +164,11 @@ class CMinimumDiscontinuity {
     bool ChangeSubtree(int64_t root, int64_t change, int64_t watch) {
         // a tree holds each node once, so the stack never outgrows the node count
         bool met = false;
-        int64_t* const base = stack_.data();
-        int64_t* top = base;
-        *top++ = root;
+        int32_t* const base = stack_.data();
+        int32_t* top = base;
+        *top++ = static_cast<int32_t>(root);
         while (top != base) {
-            const int64_t node = *--top;
+            const int32_t node = *--top;
             met |= node == watch;
             bits[node] |= kChanged;
             const int64_t v = value[node] + change;
@@ -184,8 +181,8 @@ class CMinimumDiscontinuity {
             value[node] = static_cast<int32_t>(v);
             // Children in the order right, left, below, above: pushed in reverse.
             const uint8_t b = bits[node];
-            if (b & kAbove) *top++ = node - stride;
-            if (b & kBelow) *top++ = node + stride;
+            if (b & kAbove) *top++ = node - static_cast<int32_t>(stride);
+            if (b & kBelow) *top++ = node + static_cast<int32_t>(stride);
             if (b & kLeft) *top++ = node - 1;
             if (b & kRight) *top++ = node + 1;
         }
@@ -241,7 +238,7 @@ class CMinimumDiscontinuity {
     const float* phase_;
     const float* quality_;
     float* out_;
-    std::vector<int64_t> stack_;
+    std::vector<int32_t> stack_;
 };
 
 }  // namespace
