@@ -81,37 +81,6 @@ int32_t GridGraph<Dims>::Node(int64_t x, int64_t y, int64_t z) const {
 }
 
 template <int Dims>
-int32_t GridGraph<Dims>::Neighbour(int32_t i, int d) const {
-    if constexpr (Dims == 2) {
-        switch (d) {
-            case 0:
-                return (i & 7) ? i - 1 : i - 57;
-            case 1:
-                return (i & 7) == 7 ? i + 57 : i + 1;
-            case 2:
-                return (i & 56) ? i - 8 : i - row_step_;
-            default:
-                return (i & 56) == 56 ? i + row_step_ : i + 8;
-        }
-    } else {
-        switch (d) {
-            case 0:
-                return (i & 3) ? i - 1 : i - 61;
-            case 1:
-                return (i & 3) == 3 ? i + 61 : i + 1;
-            case 2:
-                return (i & 12) ? i - 4 : i - row_step_;
-            case 3:
-                return (i & 12) == 12 ? i + row_step_ : i + 4;
-            case 4:
-                return (i & 48) ? i - 16 : i - slice_step_;
-            default:
-                return (i & 48) == 48 ? i + slice_step_ : i + 16;
-        }
-    }
-}
-
-template <int Dims>
 void GridGraph<Dims>::Load(const double* source, const double* sink, const double* const* caps) {
     const int64_t dx[6] = {-1, 1, 0, 0, 0, 0}, dy[6] = {0, 0, -1, 1, 0, 0},
                   dz[6] = {0, 0, 0, 0, -1, 1};
@@ -233,7 +202,9 @@ bool GridGraph<Dims>::Grow(int32_t* from, int32_t* dir) {
 template <int Dims>
 void GridGraph<Dims>::Orphan(int32_t i) {
     parentDir[i] = kNone;
-    orphanFifo_[(orphanHead_ + orphanCount_) % n_] = i;
+    int64_t tail = orphanHead_ + orphanCount_;
+    if (tail >= n_) tail -= n_;
+    orphanFifo_[tail] = i;
     ++orphanCount_;
 }
 
@@ -313,7 +284,7 @@ template <int Dims>
 void GridGraph<Dims>::Adopt() {
     while (orphanCount_) {
         const int32_t i = orphanFifo_[orphanHead_];
-        orphanHead_ = (orphanHead_ + 1) % n_;
+        if (++orphanHead_ == n_) orphanHead_ = 0;
         --orphanCount_;
         const int tree = Label(i);
         // First fit in neighbour order: a neighbour of the same tree with capacity on the

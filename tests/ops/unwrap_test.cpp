@@ -537,7 +537,7 @@ TEST(UnwrapBadInput, MinimumDiscontinuityHoldsAQualityOutsideTheRange) {
 
 // A large noisy plane: the noise never wraps except in a patch of random phase, whose
 // discontinuities the trees must route. The walks keep their own stack, so size is no
-// danger. Unoptimised, as under the sanitizer, 4096 x 4096 takes about a minute; such a
+// danger. Unoptimised, as under the sanitizer, 4096 x 4096 takes some twenty seconds; such a
 // build walks 1024 x 1024.
 TEST(UnwrapBadInput, MinimumDiscontinuityTakesALargeNoisyPlane) {
 #ifdef __OPTIMIZE__
