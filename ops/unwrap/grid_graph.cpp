@@ -81,37 +81,6 @@ int32_t GridGraph<Dims>::Node(int64_t x, int64_t y, int64_t z) const {
 }
 
 template <int Dims>
-int32_t GridGraph<Dims>::Neighbour(int32_t i, int d) const {
-    if constexpr (Dims == 2) {
-        switch (d) {
-            case 0:
-                return (i & 7) ? i - 1 : i - 57;
-            case 1:
-                return (i & 7) == 7 ? i + 57 : i + 1;
-            case 2:
-                return (i & 56) ? i - 8 : i - row_step_;
-            default:
-                return (i & 56) == 56 ? i + row_step_ : i + 8;
-        }
-    } else {
-        switch (d) {
-            case 0:
-                return (i & 3) ? i - 1 : i - 61;
-            case 1:
-                return (i & 3) == 3 ? i + 61 : i + 1;
-            case 2:
-                return (i & 12) ? i - 4 : i - row_step_;
-            case 3:
-                return (i & 12) == 12 ? i + row_step_ : i + 4;
-            case 4:
-                return (i & 48) ? i - 16 : i - slice_step_;
-            default:
-                return (i & 48) == 48 ? i + slice_step_ : i + 16;
-        }
-    }
-}
-
-template <int Dims>
 void GridGraph<Dims>::Load(const double* source, const double* sink, const double* const* caps) {
     const int64_t dx[6] = {-1, 1, 0, 0, 0, 0}, dy[6] = {0, 0, -1, 1, 0, 0},
                   dz[6] = {0, 0, 0, 0, -1, 1};
@@ -233,58 +202,65 @@ bool GridGraph<Dims>::Grow(int32_t* from, int32_t* dir) {
 template <int Dims>
 void GridGraph<Dims>::Orphan(int32_t i) {
     parentDir[i] = kNone;
-    orphanFifo_[(orphanHead_ + orphanCount_) % n_] = i;
+    int64_t tail = orphanHead_ + orphanCount_;
+    if (tail >= n_) tail -= n_;
+    orphanFifo_[tail] = i;
     ++orphanCount_;
 }
 
 template <int Dims>
 void GridGraph<Dims>::Augment(int32_t from, int dir) {
+    // The two walks up to the terminals are long; each is taken once and its nodes kept
+    // (source side from the start of the orphan stack, sink side from its end: the trees
+    // are disjoint) so that moving the flow does not chase the parents again.
+    int32_t* const path = orphanStack_;
     const int32_t to = Neighbour(from, dir);
     float b = residual_[dir][from];
+    int64_t sourceLength = 0, sinkFirst = n_;
     int32_t i = from;
-    for (; parentDir[i] != kTerminal; i = parent[i])
+    for (; parentDir[i] != kTerminal; i = parent[i]) {
+        path[sourceLength++] = i;
         b = std::min(b, residual_[Opposite(parentDir[i])][parent[i]]);
+    }
+    const int32_t sourceRoot = i;
     b = std::min(b, terminalResidual[i]);
-    for (i = to; parentDir[i] != kTerminal; i = parent[i])
+    for (i = to; parentDir[i] != kTerminal; i = parent[i]) {
+        path[--sinkFirst] = i;
         b = std::min(b, residual_[parentDir[i]][i]);
+    }
+    const int32_t sinkRoot = i;
     b = std::min(b, terminalResidual[i]);
 
     SetResidual(from, dir, residual_[dir][from] - b);
     SetResidual(to, Opposite(dir), residual_[Opposite(dir)][to] + b);
     // Source side: flow runs parent to child.
-    for (i = from;;) {
+    for (int64_t k = 0; k < sourceLength; ++k) {
+        i = path[k];
         const int pd = parentDir[i];
-        if (pd == kTerminal) {
-            terminalResidual[i] -= b;
-            if (terminalResidual[i] <= 0) {
-                terminalResidual[i] = 0;
-                Orphan(i);
-            }
-            break;
-        }
         const int32_t p = parent[i];
         const int down = Opposite(pd);
         SetResidual(p, down, residual_[down][p] - b);
         SetResidual(i, pd, residual_[pd][i] + b);
         if (!(residual_[down][p] > 0)) Orphan(i);
-        i = p;
+    }
+    terminalResidual[sourceRoot] -= b;
+    if (terminalResidual[sourceRoot] <= 0) {
+        terminalResidual[sourceRoot] = 0;
+        Orphan(sourceRoot);
     }
     // Sink side: flow runs child to parent.
-    for (i = to;;) {
+    for (int64_t k = n_ - 1; k >= sinkFirst; --k) {
+        i = path[k];
         const int pd = parentDir[i];
-        if (pd == kTerminal) {
-            terminalResidual[i] -= b;
-            if (terminalResidual[i] <= 0) {
-                terminalResidual[i] = 0;
-                Orphan(i);
-            }
-            break;
-        }
         const int32_t p = parent[i];
         SetResidual(i, pd, residual_[pd][i] - b);
         SetResidual(p, Opposite(pd), residual_[Opposite(pd)][p] + b);
         if (!(residual_[pd][i] > 0)) Orphan(i);
-        i = p;
+    }
+    terminalResidual[sinkRoot] -= b;
+    if (terminalResidual[sinkRoot] <= 0) {
+        terminalResidual[sinkRoot] = 0;
+        Orphan(sinkRoot);
     }
     flow += b;
 }
@@ -308,7 +284,7 @@ template <int Dims>
 void GridGraph<Dims>::Adopt() {
     while (orphanCount_) {
         const int32_t i = orphanFifo_[orphanHead_];
-        orphanHead_ = (orphanHead_ + 1) % n_;
+        if (++orphanHead_ == n_) orphanHead_ = 0;
         --orphanCount_;
         const int tree = Label(i);
         // First fit in neighbour order: a neighbour of the same tree with capacity on the

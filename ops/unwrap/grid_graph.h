@@ -33,7 +33,36 @@ class GridGraph {
 
     // The node of real point (x, y, z).
     int32_t Node(int64_t x, int64_t y, int64_t z) const;
-    int32_t Neighbour(int32_t i, int d) const;
+    // Inline: the growth and adoption loops call it for every edge they look at.
+    int32_t Neighbour(int32_t i, int d) const {
+        if constexpr (Dims == 2) {
+            switch (d) {
+                case 0:
+                    return (i & 7) ? i - 1 : i - 57;
+                case 1:
+                    return (i & 7) == 7 ? i + 57 : i + 1;
+                case 2:
+                    return (i & 56) ? i - 8 : i - row_step_;
+                default:
+                    return (i & 56) == 56 ? i + row_step_ : i + 8;
+            }
+        } else {
+            switch (d) {
+                case 0:
+                    return (i & 3) ? i - 1 : i - 61;
+                case 1:
+                    return (i & 3) == 3 ? i + 61 : i + 1;
+                case 2:
+                    return (i & 12) ? i - 4 : i - row_step_;
+                case 3:
+                    return (i & 12) == 12 ? i + row_step_ : i + 4;
+                case 4:
+                    return (i & 48) ? i - 16 : i - slice_step_;
+                default:
+                    return (i & 48) == 48 ? i + slice_step_ : i + 16;
+            }
+        }
+    }
 
     // Terminal capacities per point and edge capacities per point and direction, all in
     // real-point order (x fastest); edges leaving the grid get none. Source and sink cancel

@@ -22,7 +22,8 @@ uint64_t UnwrapQualityGuided(const float* phase, const float* quality, const uin
                              float* out, int64_t width, int64_t height);
 
 // Minimum weighted discontinuity over the corners between points; `quality` in 0 ... 1
-// weighs each discontinuity. Returns 0.
+// weighs each discontinuity (a value outside is held to the range, NaN counts as 0). Throws
+// std::bad_alloc for a plane too large to hold. Returns 0.
 int UnwrapMinimumDiscontinuity(const float* phase, const float* quality, float* out, int64_t width,
                                int64_t height);
 

@@ -2,11 +2,15 @@
 // smooth surfaces, the max-flow against exhaustive minimum cuts, the edge cases on small
 // hand-computed planes, bad input, and the options through the preferences file.
 #include <gtest/gtest.h>
+#include <malloc.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
 #include <limits>
 #include <map>
 #include <random>
@@ -17,6 +21,7 @@
 #include "core/host.h"
 #include "core/zrk_data.h"
 #include "ops/unwrap/grid_graph.h"
+#include "ops/unwrap/minimum_discontinuity.h"
 #include "ops/unwrap/solvers.h"
 #include "ops/unwrap/unwrap.h"
 #include "shell/option_table.h"
@@ -510,6 +515,135 @@ TEST(UnwrapOptions, KeysSurviveThePreferencesFile) {
     EXPECT_EQ(back.unwrap.unwrap_do_3d, 1);
     EXPECT_EQ(back.unwrap.unwrap_method, UNWRAP_GRAPH_CUT);
     EXPECT_EQ(back.unwrap.unwrap_smooth, 1);
+}
+
+// A quality outside 0 ... 1 reaches the solver only by a direct call: it is held to the range,
+// where negative weights would let the values climb for ever.
+TEST(UnwrapBadInput, MinimumDiscontinuityHoldsAQualityOutsideTheRange) {
+    const Plane p = MakePlane(12, 10, 1, 3, true, 12, 0.6);
+    std::mt19937 g(4);
+    std::uniform_real_distribution<float> u(-3, 4);
+    std::vector<float> phase, wild, held;
+    for (double t : p.wrapped) phase.push_back(static_cast<float>((t + kPi) / (2 * kPi)));
+    for (size_t k = 0; k < phase.size(); ++k) {
+        wild.push_back(k % 7 == 0 ? (k % 2 ? -1e30f : 1e30f) : u(g));
+        held.push_back(std::clamp(wild.back(), 0.0f, 1.0f));
+    }
+    std::vector<float> out(phase.size()), expected(phase.size());
+    UnwrapMinimumDiscontinuity(phase.data(), wild.data(), out.data(), p.w, p.h);
+    UnwrapMinimumDiscontinuity(phase.data(), held.data(), expected.data(), p.w, p.h);
+    EXPECT_EQ(out, expected);
+}
+
+// A large noisy plane: the noise never wraps except in a patch of random phase, whose
+// discontinuities the trees must route. The walks keep their own stack, so size is no
+// danger. Unoptimised, as under the sanitizer, 4096 x 4096 takes some twenty seconds; such a
+// build walks 1024 x 1024.
+TEST(UnwrapBadInput, MinimumDiscontinuityTakesALargeNoisyPlane) {
+#ifdef __OPTIMIZE__
+    const int64_t n = 4096;
+#else
+    const int64_t n = 1024;
+#endif
+    const int64_t patch = 64, at = n / 2;
+    std::mt19937 g(5);
+    std::normal_distribution<float> noise(0, static_cast<float>(0.3 / (2 * kPi)));
+    std::uniform_real_distribution<float> u(0, 1);
+    std::vector<float> phase(static_cast<size_t>(n * n)), quality(phase.size(), 0.0f),
+        out(phase.size());
+    for (float& v : phase) v = 0.5f + noise(g);
+    for (int64_t y = at; y < at + patch; ++y)
+        for (int64_t x = at; x < at + patch; ++x) phase[y * n + x] = u(g);
+    EXPECT_EQ(UnwrapMinimumDiscontinuity(phase.data(), quality.data(), out.data(), n, n), 0);
+    int64_t fractions = 0, movedAway = 0, moved = 0;
+    for (int64_t y = 0; y < n; ++y)
+        for (int64_t x = 0; x < n; ++x) {
+            const double d = double(out[y * n + x]) - phase[y * n + x];
+            fractions += std::fabs(d - std::round(d)) > 1e-4;
+            moved += d != 0;
+            const bool near =
+                y >= at - patch && y < at + 2 * patch && x >= at - patch && x < at + 2 * patch;
+            movedAway += d != 0 && !near;
+        }
+    EXPECT_EQ(fractions, 0);
+    EXPECT_EQ(movedAway, 0);
+    EXPECT_GT(moved, 0);
+}
+
+// The process's address space in bytes, from /proc.
+int64_t AddressSpace() {
+    std::ifstream status("/proc/self/status");
+    std::string key;
+    int64_t kb = 0;
+    while (status >> key)
+        if (key == "VmSize:" && status >> kb) return kb * 1024;
+    return 0;
+}
+
+// In a child held to an address space that takes the graph cut problem of a 1024 x 1024
+// plane but not its graph: the graph says "bad allocation", the driver "memory error".
+void TellAllocationFailures() {
+    // Large blocks are mapped and unmapped, so that none lingers in the heap between calls.
+    mallopt(M_MMAP_THRESHOLD, 128 * 1024);
+    const int64_t w = 1024, h = 1024, n = w * h;
+    CHeadlessHost host;
+    CScopedHost scoped(host);
+    CDataSpace s;
+    CZrkData* in = s.NewData(TYPE_R4, w, h, 1, 1, 1, 1, "phase");
+    std::vector<float> phase(static_cast<size_t>(n)), out(phase.size());
+    for (int64_t k = 0; k < n; ++k) {
+        phase[k] = static_cast<float>(0.01 * k - std::floor(0.01 * k));
+        static_cast<float*>(in->data)[k] = static_cast<float>(2 * kPi * phase[k] - kPi);
+    }
+    // Before the graph: 49 bytes a point for the problem alone, 66 through the driver; the
+    // graph adds 46 a padded point.
+    const rlimit limit = {static_cast<rlim_t>(AddressSpace() + 75 * n),
+                          static_cast<rlim_t>(AddressSpace() + 75 * n)};
+    setrlimit(RLIMIT_AS, &limit);
+    std::string graph = "none";
+    try {
+        UnwrapGraphCut(phase.data(), out.data(), w, h);
+    } catch (const std::bad_alloc& e) {
+        graph = e.what();
+    }
+    CUnwrap u;
+    u.unwrap_method = UNWRAP_GRAPH_CUT;
+    u.SetPreset(UNWRAP_RANGE_PI);
+    const int told = u.Run({.phase = in});
+    std::fprintf(stderr, "graph: %s; driver %d: %s\n", graph.c_str(), told,
+                 host.status.empty() ? "" : host.status.back().c_str());
+    _exit(0);
+}
+
+TEST(UnwrapBadInput, AGraphTooLargeForMemoryIsAMemoryError) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer's allocator ends the process rather than fail under a limit";
+#else
+    EXPECT_EXIT(TellAllocationFailures(), testing::ExitedWithCode(0),
+                "graph: bad allocation; driver 1: memory error");
+#endif
+}
+
+// The host in a dying child: its message goes where the death test reads.
+class CStderrHost : public CHost {
+  public:
+    void Message(const std::string& text) override { std::fputs(text.c_str(), stderr); }
+};
+
+// A loop whose start has no way back through the tree: the host hears where, and the process
+// ends.
+TEST(UnwrapBadInput, ABrokenLoopEndsTheProcess) {
+    const std::vector<float> phase(9, 0.25f), quality(9, 1.0f);
+    std::vector<float> out(9);
+    EXPECT_EXIT(
+        {
+            CStderrHost host;
+            CScopedHost scoped(host);
+            CMinimumDiscontinuity solver(phase.data(), quality.data(), out.data(), 3, 3);
+            const int64_t a = 2 * solver.stride + 1;  // column 1, row 2, in no tree
+            solver.RemoveLoop(a, a - solver.stride, 1);
+        },
+        testing::ExitedWithCode(1), "Error: broken loop at col 1, row 2\n");
 }
 
 }  // namespace
