@@ -27,6 +27,8 @@
 #include "display/look.h"
 #include "display/qt/mdi_doc.h"
 #include "display/qt/mdi_frame.h"
+#include "display/qt/view_2d.h"
+#include "display/view_state.h"
 #include "eval/qt/bar_equ.h"
 #include "eval/qt/form_equ.h"
 #include "eval/qt/form_script.h"
@@ -325,7 +327,6 @@ void CMainFrame::AddGroupMenu(QMdiSubWindow* sub) {
     for (int i = 0; i < kGroupCommands; ++i) {
         QAction* a = group->addAction(kGroupCommandTexts[i]);
         a->setObjectName(QString("group_%1").arg(i));
-        a->setEnabled(GroupCommandAvailable(i));
         connect(a, &QAction::triggered, this, [this, i] { OnGroupCommand(i); });
     }
     group->addSeparator();
@@ -336,8 +337,20 @@ void CMainFrame::AddGroupMenu(QMdiSubWindow* sub) {
 
 void CMainFrame::OnGroupCommand(int command) {
     Host().Trace("CMainFrame::OnGroupCommand");
-    SetStatus(0, GroupEdit(space_, GlobalWindowSpace(), command));
+    const std::string status =
+        GroupEdit(space_, GlobalWindowSpace(), command, [](CWindowEntry& entry) {
+            CGroupView group;
+            auto* doc = dynamic_cast<CMdiDoc*>(&entry);
+            QWidget* widget = doc && doc->Frame() ? doc->Frame()->View() : nullptr;
+            group.view = dynamic_cast<CMdiView*>(widget);
+            if (auto* view = qobject_cast<CView2d*>(widget)) {
+                group.roi_kind = view->RoiKind();
+                group.plane = view->CurrentPlane();
+            }
+            return group;
+        });
     RefreshAll();
+    SetStatus(0, status);
 }
 
 std::vector<QMdiSubWindow*> CMainFrame::SelectedDisplays() const {
