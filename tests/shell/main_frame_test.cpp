@@ -3,12 +3,14 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDockWidget>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QPlainTextEdit>
+#include <QPrinter>
 #include <QTest>
 #include <QTextBlock>
 #include <QTimer>
@@ -42,6 +44,7 @@
 #include "shell/qt/main_frame.h"
 #include "shell/qt/qt_host.h"
 #include "shell/qt/zarnik_app.h"
+#include "tests/peer.h"
 #include "tests/shell/gui_test_app.h"
 
 namespace {
@@ -549,6 +552,53 @@ TEST_F(MainFrameTest, GroupScrollsCropsAndZerosOnEverySelectedDisplay) {
 
     for (const char* name : {"sa", "sb"}) space_.DelData(name);
     while (global.Count() > 0) global.DelData(0);
+    frame->SetClosingForScript(true);
+}
+
+// The current display goes to a PDF file through the printer, read back by pypdf: one page
+// with the display's picture on it and its title as text.
+TEST_F(MainFrameTest, PrintPutsTheCurrentDisplayOnAPage) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    QAction* print = Find<QAction>(frame, "action_print");
+    ASSERT_NE(print, nullptr);
+    EXPECT_EQ(print->text(), "&print...\tctrl+p");
+    EXPECT_EQ(print->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_P));
+    Find<QAction>(frame, "action_print_setup");
+
+    peer::Peer peer;
+    const QString pdf = QString::fromStdString((peer.Dir() / "print.pdf").string());
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(pdf);
+    EXPECT_FALSE(frame->PrintActive(printer));
+    EXPECT_EQ(frame->StatusText(0), "no display to print");
+    EXPECT_FALSE(QFileInfo::exists(pdf));
+
+    CZrkData* a = space_.NewData(TYPE_R4, 24, 16, 1, 1, 1, 1, "printed");
+    auto* f = static_cast<float*>(a->Data());
+    for (size_t k = 0; k < a->Count(); ++k) f[k] = float(k % 24);
+    CNew2d& n = app->DisplayModules().new_2d;
+    n.names[0] = "printed";
+    ASSERT_TRUE(n.OnViewNew(space_));
+    frame->show();
+    QApplication::processEvents();
+    ASSERT_TRUE(frame->PrintActive(printer));
+    EXPECT_EQ(frame->StatusText(0), "print complete");
+    std::ifstream file(pdf.toStdString(), std::ios::binary);
+    std::string head(5, '\0');
+    file.read(head.data(), 5);
+    EXPECT_EQ(head, "%PDF-");
+    ASSERT_TRUE(peer.RunText(R"(
+import pypdf
+reader = pypdf.PdfReader(FOLDER + "/print.pdf")
+page = reader.pages[0]
+xobjects = page["/Resources"].get("/XObject", {})
+images = [x for x in xobjects.values() if x.get_object()["/Subtype"] == "/Image"]
+print(len(reader.pages), len(images), "printed" in page.extract_text())
+)"));
+    EXPECT_EQ(peer.Output(), "1 1 True\n");
+    space_.DelData("printed");
     frame->SetClosingForScript(true);
 }
 
