@@ -3,7 +3,7 @@
 namespace {
 
 DisplayWindowHook* Slot(uint32_t kind) {
-    static DisplayWindowHook hooks[4] = {};
+    static DisplayWindowHook hooks[5] = {};
     switch (kind) {
         case LOOK_1D:
             return &hooks[0];
@@ -13,6 +13,8 @@ DisplayWindowHook* Slot(uint32_t kind) {
             return &hooks[2];
         case LOOK_RGB:
             return &hooks[3];
+        case LOOK_SPREADSHEET:
+            return &hooks[4];
         default:
             return nullptr;
     }

@@ -10,6 +10,10 @@
 #include "core/data_space.h"
 #include "core/host.h"
 #include "core/zrk_data.h"
+#include "files/file_entry.h"
+#include "files/scanner/image_file.h"
+#include "files/scanner/raw_header.h"
+#include "files/scanner/scanner_io.h"
 #include "mu/mu_form.h"
 #include "mu/name_format.h"
 #include "ops/unwrap/unwrap.h"
@@ -36,6 +40,13 @@ void SetName(char (&out)[128], const std::string& name) {
 const CZrkData* Usable(CDataSpace& space, const std::string& name) {
     CZrkData* a = name.empty() ? nullptr : space.FindData(name.c_str());
     return a && a->data ? a : nullptr;
+}
+
+// The array of that name in the form's space, made there when missing (FindOrNew would make
+// it in the global space, which a form over another space never reads).
+CZrkData* FindOrMake(CDataSpace& space, const std::string& name) {
+    CZrkData* a = space.FindData(name.c_str());
+    return a ? a : space.NewData(name.c_str());
 }
 
 // The channel letter of an iqmp number.
@@ -179,6 +190,35 @@ void CPageMuParams::SetPhasePreset(int preset) {
     if (c.phase_preset == kPresetOther) return;
     c.phase_range[0] = kRanges[c.phase_preset][0];
     c.phase_range[1] = kRanges[c.phase_preset][1];
+}
+
+int CPageMuParams::LoadFromFile(const std::string& path) {
+    FileEntry e;
+    e.path = path;
+    // A raw file is told by its first word; anything else is tried as an image file, whose
+    // reader names what it does not recognise.
+    uint8_t first[4] = {};
+    bool raw = false;
+    {
+        CScannerFile file(path);
+        raw = file.IsOpen() && file.Read(0, first, 4) && FindRawRevision(first);
+    }
+    const int read = raw ? ReadRawHeader(e, nullptr) : ReadImageHeader(e);
+    form_.status = e.status;
+    if (!read) return Fail(1, e.status);
+    const CZrkData& h = e.header;
+    const uint64_t size[3] = {h.nx, h.ny, h.nz};
+    float fov[3];
+    for (int a = 0; a < 3; ++a) fov[a] = float(double(size[a]) * double(h.mm[a]) / 1000.0);
+    auto usable = [](float v) { return v > 0.0f && std::isfinite(v); };
+    if (!usable(fov[0]) || !usable(fov[1])) {
+        form_.status = "field of view must be above 0";
+        return Fail(1, form_.status);
+    }
+    // A file without slices says nothing about z.
+    std::copy(fov, fov + (usable(fov[2]) ? 3 : 2), c.fov);
+    status_ = e.status;
+    return 0;
 }
 
 int CPageMuParams::Shape(int* slices, int* ndim, int* ncopies) {
@@ -385,7 +425,7 @@ int CPageMuMask::Prepare() {
         if (r.mask_nregions > 0 || r.mask_nvoids >= 0)
             mask_regions(bytes.data(), r.nx, r.ny, r.nz, r.mask_nregions, r.mask_nvoids, r.mask_2d);
     }
-    CZrkData* a = form_.space.FindOrNew(name.c_str());
+    CZrkData* a = FindOrMake(form_.space, name);
     if (!a) return Fail(1, "image alloc failed");
     a->FreeData();
     a->SetHeader(TYPE_N1, res_t(r.nx), res_t(r.ny), res_t(r.nz), 1, 1, 1);
@@ -422,10 +462,70 @@ int CPageMuWrap::Check() {
     return Pass("valid unwrap options");
 }
 
-void CPageMuWrap::Report(std::string* out) { *out += lines_; }
+// The unwrap reports itself as it runs, before its progress; the run's report adds nothing.
+void CPageMuWrap::Report(std::string*) {}
+
+// One phase array, slice by slice: masked-out samples go in as the middle of the range and
+// come out as 0, so the solver never sees their noise and the chain reads them as nothing.
+int CPageMuWrap::UnwrapAxis(const CZrkData* in, int channel, const CZrkData* mask,
+                            const std::string& name) {
+    const MuOptionBlock& b = form_.block;
+    const float low = b.phase_range[0], high = b.phase_range[1];
+    const float middle = (low + high) * 0.5f;
+    const size_t plane = size_t(in->nx) * size_t(in->ny);
+    const size_t planes = plane ? size_t(in->Count() / plane) : 0;
+    const size_t slices = mask ? size_t(mask->Count() / plane) : 0;
+    if (mask && (mask->nx != in->nx || mask->ny != in->ny || slices == 0))
+        return Fail(1, "magnitude and phase have incompatible resolutions");
+
+    CZrkData result;
+    result.SetHeader(TYPE_R4, in->nx, in->ny, in->nz, in->nt, in->nu, in->nv);
+    result.CopyMm(*in);
+    if (planes == 0 || !result.Allocate()) return Fail(1, "image alloc failed");
+    auto* out = static_cast<float*>(result.data);
+    CUnwrap u;
+    u.unwrap_method = c.uwmethod - 1;
+    u.low = low;
+    u.high = high;
+    u.thresh_check = mask != nullptr;
+    u.unwrap_thresh = 1;
+    CDataCursor<float> read(in, channel);
+    std::vector<float> phase(plane), inside(mask ? plane : 0);
+    for (size_t k = 0; k < planes; ++k) {
+        Host().Status(Printf("\runwrap %zu out of %zu", k + 1, planes));
+        read.GetBlock(phase.data(), k * plane, plane);
+        if (mask) {
+            // The phase stack runs slices fastest, then offsets: plane k is slice k % slices.
+            const uint8_t* m = static_cast<const uint8_t*>(mask->data) + (k % slices) * plane;
+            for (size_t i = 0; i < plane; ++i) {
+                inside[i] = m[i] ? 1.0f : 0.0f;
+                if (!m[i]) phase[i] = middle;
+            }
+        }
+        float* o = out + k * plane;
+        UnwrapPlanes(u, phase.data(), mask ? inside.data() : nullptr, nullptr, o, int64_t(in->nx),
+                     int64_t(in->ny), 1, {});
+        if (mask)
+            for (size_t i = 0; i < plane; ++i)
+                if (inside[i] == 0.0f) o[i] = 0.0f;
+        if (Host().Interrupted()) {
+            result.FreeData();
+            return Fail(1, "user interupt");
+        }
+    }
+    const bool made = form_.space.FindData(name.c_str()) == nullptr;
+    CZrkData* target = FindOrMake(form_.space, name);
+    if (!target) {
+        result.FreeData();
+        return Fail(1, "image alloc failed");
+    }
+    target->NewUndo("unwrap", &result);
+    target->CopyMm(*in);
+    if (made) form_.Driver().OpenDisplay2d(target, "awave");
+    return 0;
+}
 
 int CPageMuWrap::Prepare() {
-    lines_.clear();
     if (c.uwmethod == 0) return 0;
     MuOptionBlock& b = form_.block;
     wave_params& r = form_.record;
@@ -448,24 +548,12 @@ int CPageMuWrap::Prepare() {
     if (from != done_ || missing) {
         const CZrkData* mask = nullptr;
         if (b.use_mask && c.wrapage_mask) mask = s.FindData(b.mask_name.c_str());
-        CUnwrap u;
-        u.unwrap_method = c.uwmethod - 1;
-        u.preset = UNWRAP_RANGE_OTHER;
-        u.low = b.phase_range[0];
-        u.high = b.phase_range[1];
-        u.thresh_check = mask != nullptr;
-        u.unwrap_thresh = 1;
         for (int a = 0; a < axes; ++a) {
             CZrkData* in = s.FindData(b.phase_name[a].c_str());
             if (!in || !in->data) return Fail(1, std::string(kMissing[a]) + b.phase_name[a]);
-            CZrkData* out = s.FindOrNew(names[a].c_str());
-            if (!out) return Fail(1, "image alloc failed");
-            lines_ += Printf("Unwrap %s to %s by %s:\r\n", b.phase_name[a].c_str(),
-                             names[a].c_str(), kMethods[c.uwmethod]);
             Host().History(Printf("Unwrap %s to %s by %s:\r\n", b.phase_name[a].c_str(),
                                   names[a].c_str(), kMethods[c.uwmethod]));
-            if (u.Run({.phase = in, .output = out, .quality = mask}))
-                return Fail(1, "unwrap failed");
+            if (int bad = UnwrapAxis(in, b.pdif_iqmp[a], mask, names[a])) return bad;
         }
         done_ = from;
     }

@@ -16,6 +16,7 @@
 #include "mu/mu_target.h"
 
 class CMuForm;
+class CZrkData;
 
 // The validation bits of the pages.
 enum MuPageBit {
@@ -124,6 +125,10 @@ class CPageMuParams : public CPageMu {
     void SetPhasePreset(int preset);
     // Whether the range edits are open (only with "other").
     bool RangeEditable() const { return c.phase_preset == kPresetOther; }
+    // "load from file": the field of view from the header of a scanner file (a raw
+    // acquisition or a reconstructed image), each axis its size times its step. 0 with the
+    // reader's text as the status, or 1 with the reader's failure there and the controls kept.
+    int LoadFromFile(const std::string& path);
 
   private:
     // Slices and dimension from the arrays; 0, or the check's failure.
@@ -185,8 +190,9 @@ class CPageMuWrap : public CPageMu {
     int Prepare() override;
 
   private:
+    int UnwrapAxis(const CZrkData* in, int channel, const CZrkData* mask, const std::string& name);
+
     std::string done_;  // what the last unwrap was made from
-    std::string lines_;
 };
 
 class CPageMuFilter : public CPageMu {

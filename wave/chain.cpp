@@ -58,6 +58,11 @@ bool condition_component(wave_params* p, const Shape& s, float* mag, uint8_t* ma
     std::memset(stack, 0, sizeof(float) * npix * nplanes);
     float* images = p->complex_in ? stack + npix : stack;
     float* harmonic = stack + npix;
+    // The table holds &stack: an early return must free it before this frame goes.
+    struct Release {
+        float** holder;
+        ~Release() { mem_free(holder, 0); }
+    } release{&stack};
     if (read_phase_stack(p, images)) return fail(s, "unable to read the phase data."), false;
     if (read_max_magnitude(p, mag)) return fail(s, "unable to read the magnitude."), false;
 

@@ -15,6 +15,8 @@
 #include "display/qt/form_new.h"
 #include "display/qt/form_wl.h"
 #include "display/qt/frame_2d.h"
+#include "display/qt/frame_edit.h"
+#include "display/qt/view_edit.h"
 #include "display/qt/view_rgb.h"
 #include "shell/option_table.h"
 
@@ -25,6 +27,10 @@ CDisplayUi* g_ui = nullptr;
 
 CDisplayEntry* OpenImage(const CDisplayRequest& request) {
     return g_ui ? g_ui->Open(request) : nullptr;
+}
+
+CDisplayEntry* OpenTable(const CDisplayRequest& request) {
+    return g_ui ? g_ui->OpenEdit(request) : nullptr;
 }
 
 }  // namespace
@@ -60,6 +66,7 @@ CDisplayUi::CDisplayUi(QMainWindow& frame, QMdiArea& mdi, CDataSpace& space,
     g_ui = this;
     previous_[0] = SetDisplayWindow(LOOK_2D, OpenImage);
     previous_[1] = SetDisplayWindow(LOOK_RGB, OpenImage);
+    previous_edit_ = SetDisplayWindow(LOOK_SPREADSHEET, OpenTable);
     frame.addDockWidget(Qt::RightDockWidgetArea, form_);
     // Locked window and level reach the images chosen in the window list.
     form_->SetLockedTargets([this] {
@@ -105,6 +112,7 @@ CDisplayUi::~CDisplayUi() {
         }
     SetDisplayWindow(LOOK_2D, previous_[0]);
     SetDisplayWindow(LOOK_RGB, previous_[1]);
+    SetDisplayWindow(LOOK_SPREADSHEET, previous_edit_);
     if (g_ui == this) g_ui = nullptr;
 }
 
@@ -149,5 +157,31 @@ CDisplayEntry* CDisplayUi::Open(const CDisplayRequest& request) {
     frame->resize(w + 12, h + 60);
     frame->show();
     Activate(view);
+    return raw;
+}
+
+CDisplayEntry* CDisplayUi::OpenEdit(const CDisplayRequest& request) {
+    if (request.kind != LOOK_SPREADSHEET || !request.data[0]) return nullptr;
+    const CLook look = request.look ? *request.look : CLook(LOOK_SPREADSHEET);
+    auto doc = std::make_unique<CMdiDoc>(look, space_);
+    doc->kind = LOOK_SPREADSHEET;
+    doc->data[0] = request.data[0];
+    doc->caption = request.caption;
+    const std::string name = !request.name.empty() ? request.name : request.data[0]->name;
+    std::snprintf(doc->name, sizeof doc->name, "%s", name.c_str());
+    CMdiDoc* raw = doc.get();
+    auto* view = new CViewEdit(*raw);
+    auto* frame = new CFrameEdit(raw, view);
+    if (!GlobalWindowSpace().NewData(std::move(doc))) {
+        raw->SetFrame(nullptr);
+        frame->ForgetDoc();
+        delete frame;
+        return nullptr;
+    }
+    frame->setWindowTitle(
+        QString::fromUtf8(raw->caption.empty() ? raw->name : raw->caption.c_str()));
+    mdi_.addSubWindow(frame);
+    frame->resize(std::clamp(mdi_.width() / 2, 240, 640), std::clamp(mdi_.height() / 2, 160, 480));
+    frame->show();
     return raw;
 }

@@ -1,5 +1,6 @@
 // CDisplayUi: the displays' part of the main window. It installs the 2d and rgb factories
-// (a document, a CFrame2d in the multiple-document area and its view), docks CFormWL and
+// (a document, a CFrame2d in the multiple-document area and its view) and the spreadsheet's
+// (a CFrameEdit around a CViewEdit), docks CFormWL and
 // binds it to the active image view, and adds the "display" menu with the new-display
 // forms. CDisplayModules holds the display options and enters them in their slots of the
 // option table.
@@ -40,6 +41,8 @@ class CDisplayUi : public QObject {
     // The factory of 2d and rgb displays.
     CDisplayEntry* Open(const CDisplayRequest& request);
     CFormWL* FormWL() const { return form_; }
+    // The factory of spreadsheet displays.
+    CDisplayEntry* OpenEdit(const CDisplayRequest& request);
 
   private:
     void Activate(CView2d* view);
@@ -50,4 +53,5 @@ class CDisplayUi : public QObject {
     CDisplayModules& modules_;
     CFormWL* form_;
     DisplayWindowHook previous_[2];
+    DisplayWindowHook previous_edit_ = nullptr;
 };

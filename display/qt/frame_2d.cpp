@@ -6,6 +6,7 @@
 #include <QMenuBar>
 
 #include "core/data_space.h"
+#include "display/qt/scroll_menu.h"
 #include "display/qt/view_2d.h"
 
 namespace {
@@ -64,26 +65,7 @@ void CFrame2d::BuildMenus(CView2d* view) {
 
     AddRoiMenu(Menus()->addMenu("roi"), view);
 
-    QMenu* scroll = Menus()->addMenu("scroll");
-    add(scroll, "z", "scroll_z", [view] { view->OnScrollZ(); });
-    add(scroll, "t", "scroll_t", [view] { view->OnScrollT(); });
-    add(scroll, "u", "scroll_u", [view] { view->OnScrollU(); });
-    add(scroll, "v", "scroll_v", [view] { view->OnScrollV(); });
-    add(scroll, "all", "scroll_all", [view] { view->OnScrollAll(); });
-    scroll->addSeparator();
-    add(scroll, "next", "scroll_next", [view] { view->OnScrollNext(); });
-    add(scroll, "prior", "scroll_prior", [view] { view->OnScrollPrior(); });
-    add(scroll, "faster", "scroll_plus", [view] { view->OnScrollPlus(); });
-    add(scroll, "slower", "scroll_minus", [view] { view->OnScrollMinus(); });
-    scroll->addSeparator();
-    static const char* kPeriods[8] = {"50 ms", "100 ms", "200 ms", "500 ms",
-                                      "1 s",   "2 s",    "5 s",    "10 s"};
-    for (int k = 0; k < 8; ++k) {
-        const int period = CMdiView::kPeriods[k];
-        add(scroll, kPeriods[k], QString("scroll_%1ms").arg(period),
-            [view, period] { view->StartScroll(period); });
-    }
-    add(scroll, "stop", "scroll_stop", [view] { view->OnStopScroll(); });
+    AddScrollMenu(Menus()->addMenu("scroll"), view, this);
 
     QMenu* palette = Menus()->addMenu("palette");
     connect(palette, &QMenu::aboutToShow, this, [this, palette, view, add] {

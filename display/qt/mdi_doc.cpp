@@ -2,6 +2,7 @@
 
 #include "display/qt/mdi_frame.h"
 #include "display/qt/view_2d.h"
+#include "display/qt/view_edit.h"
 
 CMdiDoc::~CMdiDoc() {
     if (frame_) frame_->ForgetDoc();
@@ -13,6 +14,7 @@ void CMdiDoc::Close() {
     frame_ = nullptr;
     frame->ForgetDoc();
     if (auto* view = qobject_cast<CView2d*>(frame->View())) view->Detach();
+    if (auto* edit = qobject_cast<CViewEdit*>(frame->View())) edit->Detach();
     frame->setAttribute(Qt::WA_DeleteOnClose);
     frame->close();
 }
@@ -20,4 +22,5 @@ void CMdiDoc::Close() {
 void CMdiDoc::Redraw() {
     if (!frame_) return;
     if (auto* view = qobject_cast<CView2d*>(frame_->View())) view->Draw();
+    if (auto* edit = qobject_cast<CViewEdit*>(frame_->View())) edit->Draw();
 }

@@ -8,6 +8,7 @@
 #include "core/window_space.h"
 #include "display/qt/mdi_doc.h"
 #include "display/qt/view_2d.h"
+#include "display/qt/view_edit.h"
 
 CMdiFrame::CMdiFrame(CMdiDoc* doc, QWidget* view)
     : doc_(doc), view_(view), menus_(new QMenuBar), status_(new QLabel) {
@@ -28,6 +29,7 @@ CMdiFrame::CMdiFrame(CMdiDoc* doc, QWidget* view)
 
 void CMdiFrame::closeEvent(QCloseEvent* event) {
     if (auto* view = qobject_cast<CView2d*>(view_)) view->Detach();
+    if (auto* edit = qobject_cast<CViewEdit*>(view_)) edit->Detach();
     if (CMdiDoc* doc = doc_) {
         doc_ = nullptr;
         doc->SetFrame(nullptr);

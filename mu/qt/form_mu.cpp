@@ -213,6 +213,7 @@ void CFormMu::Sync() {
         CPageMuView* view = MakeView(i);
         connect(view, &CPageMuView::helpRequested, this, &CFormMu::helpRequested);
         connect(view, &CPageMuView::applyRequested, this, &CFormMu::OnApply);
+        connect(view, &CPageMuView::statusChanged, this, &CFormMu::ShowStatus);
         sheet_->addTab(view, model_.Page(i)->Title());
     }
     for (int i = 0; i < sheet_->count(); ++i) sheet_->View(i)->Load();

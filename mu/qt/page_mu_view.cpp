@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleValidator>
+#include <QFileDialog>
 #include <QFormLayout>
 #include <QImage>
 #include <QIntValidator>
@@ -172,6 +173,23 @@ CPageMuParamsView::CPageMuParamsView(CPageMuParams& page, CDataSpace& space, QWi
         Store();
         params_.SetPhasePreset(i);
         Load();
+    });
+    auto* load = new QPushButton("load from file", this);
+    load->setObjectName("mu_load_file");
+    form_->addRow(load);
+    connect(load, &QPushButton::clicked, this, [this] {
+        auto* dialog = new QFileDialog(this, "load from file");
+        dialog->setObjectName("mu_load_dialog");
+        dialog->setOption(QFileDialog::DontUseNativeDialog);
+        dialog->setFileMode(QFileDialog::ExistingFile);
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& path) {
+            Store();
+            params_.LoadFromFile(path.toStdString());
+            Load();
+            emit statusChanged();
+        });
+        dialog->open();
     });
     AddHelp();
 }

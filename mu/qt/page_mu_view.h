@@ -33,6 +33,8 @@ class CPageMuView : public QWidget {
     void helpRequested(const QString& page);
     // The page's "apply" ("view output" on the output page).
     void applyRequested();
+    // The page put a text in the form's status line.
+    void statusChanged();
 
   protected:
     QCheckBox* Tick(const char* text, const char* name, int& value);

@@ -10,6 +10,7 @@
 #include "core/data_space.h"
 #include "core/host.h"
 #include "core/zrk_data.h"
+#include "display/look.h"
 #include "shell/desktop.h"
 #include "shell/desktop_commands.h"
 #include "shell/qt/form_alloc.h"
@@ -67,8 +68,8 @@ CFormDesktop::CFormDesktop(CDataSpace& space, CDesktop& desktop, CRename& rename
             [this] { OpenSelected(CDesktop::kKindBits[0]); });
     connect(AddEntry("display as 2d image", "desktop_display_2d"), &QAction::triggered, this,
             [this] { OpenSelected(CDesktop::kKindBits[1]); });
-    // No spreadsheet view of an array yet.
-    AddEntry("edit data", "desktop_edit_data")->setEnabled(false);
+    connect(AddEntry("edit data", "desktop_edit_data"), &QAction::triggered, this,
+            [this] { OpenSelected(LOOK_SPREADSHEET); });
     connect(AddEntry("allocate data", "desktop_allocate"), &QAction::triggered, this,
             &CFormDesktop::OnAllocate);
     menu_->addSeparator();

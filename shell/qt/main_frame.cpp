@@ -439,7 +439,13 @@ void CMainFrame::RefreshAll() {
 }
 
 void CMainFrame::SetStatus(int pane, const std::string& text) {
-    if (pane >= 0 && pane < 3) panes_[pane]->setText(QString::fromStdString(text));
+    if (pane < 0 || pane >= 3) return;
+    // Progress lines are written for a terminal: a pane shows what that line would show,
+    // the text after the last carriage return, without line ends.
+    QString line = QString::fromStdString(text);
+    while (line.endsWith('\n') || line.endsWith('\r')) line.chop(1);
+    line = line.mid(line.lastIndexOf('\r') + 1);
+    panes_[pane]->setText(line);
 }
 
 QString CMainFrame::StatusText(int pane) const {

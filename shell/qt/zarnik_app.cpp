@@ -6,6 +6,7 @@
 #include "core/host.h"
 #include "core/script_space.h"
 #include "core/window_space.h"
+#include "display/edit_table.h"
 #include "display/qt/display_ui.h"
 #include "files/file_kinds.h"
 #include "ops/function_rows.h"
@@ -31,6 +32,8 @@ std::string OpenAs(CDisplayModules& modules, CDataSpace& space, const std::strin
         return holder.status;
     };
     switch (kind) {
+        case 0x100000:
+            return OpenEditDisplay(space, name);
         case 0x10000:
             return open(modules.new_1d, 0);
         case 0x40000:

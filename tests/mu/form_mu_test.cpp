@@ -1,22 +1,43 @@
 // The inversion sheet on the offscreen platform, driven through its objectNames: opened from
 // the functions menu, filled with arrays typed into the equation bar, walked page by page and
-// run; the option selector and its menu; the page views' validators and locks.
+// run; the option selector and its menu; the page views' validators and locks; the help buttons
+// and "load from file".
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QFileDialog>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiSubWindow>
 #include <QPushButton>
 #include <QTest>
+#include <QUrl>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
 
 #include "display/qt/mdi_doc.h"
 #include "mu/qt/form_mu.h"
 #include "mu/qt/page_mu_view.h"
 #include "shell/shell_modules.h"
 #include "tests/display/gui_fixture.h"
+#include "tests/peer.h"
+
+// Stands for the desktop's browser: records the pages the help buttons start.
+class MuHelpBrowser : public QObject {
+    Q_OBJECT
+  public slots:
+    void open(const QUrl& url) { files << url.toLocalFile(); }
+
+  public:
+    QStringList files;
+};
 
 namespace {
+
+namespace fs = std::filesystem;
 
 class FormMuTest : public DisplayGuiTest {
   protected:
@@ -238,4 +259,82 @@ TEST_F(MuPageViewsTest, ControlsMoveValuesAndRefuseLetters) {
     EXPECT_EQ(frame_->StatusText(0), "could not open html help");
 }
 
+TEST_F(MuPageViewsTest, HelpButtonsStartTheirPages) {
+    TypeInputs();
+    CFormMu* form = OpenSheet();
+    ASSERT_NE(form, nullptr);
+    Name(form, "magnitude", "magn");
+    Name(form, "phase_name0", "ph");
+    for (int page = 1; page < 7; ++page) Continue(form);
+    CMuSheet* sheet = form->Sheet();
+    ASSERT_EQ(sheet->count(), 7) << Status(form).toStdString();
+    MuHelpBrowser browser;
+    QDesktopServices::setUrlHandler("file", &browser, "open");
+    // Gone with the browser, also when an assertion ends the test early.
+    struct Unset {
+        ~Unset() { QDesktopServices::unsetUrlHandler("file"); }
+    } unset;
+    const QString folder = QUELMOR_HELP_DIR;
+    frame_->SetHelp(folder.toStdString(), "");
+    const char* pages[] = {"wave_data.htm",   "wave_parameters.htm", "wave_parameters.htm",
+                           "wave_unwrap.htm", "wave_filters.htm",    "wave_parameters.htm",
+                           "wave_lfe.htm"};
+    for (int i = 0; i < 7; ++i) {
+        SCOPED_TRACE(pages[i]);
+        sheet->setCurrentIndex(i);
+        QTest::mouseClick(sheet->widget(i)->findChild<QPushButton*>("mu_help"), Qt::LeftButton);
+        EXPECT_EQ(frame_->StatusText(0), "starting browser");
+        ASSERT_EQ(browser.files.size(), i + 1);
+        EXPECT_EQ(browser.files.back(), folder + "/" + pages[i]);
+    }
+    // A folder without the pages: nothing is started.
+    frame_->SetHelp(fs::temp_directory_path().string(), "");
+    QTest::mouseClick(sheet->widget(6)->findChild<QPushButton*>("mu_help"), Qt::LeftButton);
+    EXPECT_EQ(frame_->StatusText(0), "could not open html help");
+    EXPECT_EQ(browser.files.size(), 7);
+}
+
+// "load from file" through its dialog, on files the scanner tests' generator writes.
+TEST_F(MuPageViewsTest, LoadFromFileFillsTheFieldOfView) {
+    peer::Peer p;
+    ASSERT_TRUE(p.Run("files/scanner/make_scanner.py"));
+    TypeInputs();
+    CFormMu* form = OpenSheet();
+    ASSERT_NE(form, nullptr);
+    Name(form, "magnitude", "magn");
+    Name(form, "phase_name0", "ph");
+    Continue(form);
+    ASSERT_EQ(Page(form), 1);
+    auto load = [&](const std::string& file) {
+        QTest::mouseClick(Child<QPushButton>(form, "mu_load_file"), Qt::LeftButton);
+        auto* dialog = form->findChild<QFileDialog*>("mu_load_dialog");
+        ASSERT_NE(dialog, nullptr);
+        dialog->selectFile(QString::fromStdString((p.Dir() / file).string()));
+        // QFileDialog makes accept() protected; through QDialog it is the same virtual call.
+        static_cast<QDialog*>(dialog)->accept();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    };
+    // raw_24x: 6 x 3 x 2 samples; the generator's x step as its bit pattern.
+    std::ifstream manifest(p.Dir() / "manifest.txt");
+    std::string line, bits;
+    while (std::getline(manifest, line))
+        if (line.rfind("raw_24x ", 0) == 0) bits = line.substr(line.find(" sx=") + 4, 8);
+    ASSERT_EQ(bits.size(), 8u);
+    uint32_t word = uint32_t(std::stoul(bits, nullptr, 16));
+    float step;
+    std::memcpy(&step, &word, 4);
+    load("raw_24x");
+    EXPECT_EQ(Status(form), "2 baselines");
+    auto* fov_x = Child<QLineEdit>(form, "fov_x");
+    EXPECT_EQ(fov_x->text(), QString::number(float(6 * double(step) / 1000.0), 'g', 7));
+    // A file the readers refuse leaves the edits and shows why.
+    Child<QCheckBox>(form, "param_default")->setChecked(false);
+    fov_x->setText("0.3");
+    load("image_unknown");
+    EXPECT_EQ(Status(form), "unknown header");
+    EXPECT_EQ(fov_x->text(), "0.3");
+}
+
 }  // namespace
+
+#include "form_mu_test.moc"

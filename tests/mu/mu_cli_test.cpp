@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <numbers>
 #include <string>
 
 #include "mu_fixture.h"
@@ -176,6 +178,54 @@ TEST_F(MuCliTest, PreferenceBlocksAndFlags) {
     Ran keys = RunMu("--keys", dir);
     EXPECT_EQ(keys.status, 0);
     EXPECT_NE(keys.out.find("lfe_stiff= lfe_stiff%02d\n"), std::string::npos);
+}
+
+TEST_F(MuCliTest, WaveDirectionTableOfTheHarmonic) {
+    // A plane wave of 3 and 2 cycles over 50 x 40 mm: its spectrum lies at atan2(2/0.04,
+    // 3/0.05) of the grid, which the direction filter reaches at minus that angle, theta =
+    // 320.19 degrees. Each sector weights its amplitude by cos(a - theta)^2, so the energies
+    // go as cos(a - theta)^4 inside the half-plane and are 0 beyond it.
+    ASSERT_TRUE(p.RunText(R"(
+import nibabel as nib
+x, y, z = np.meshgrid(np.arange(20), np.arange(16), np.arange(4), indexing="ij")
+u = np.exp(2j * np.pi * (3 * x / 20 + 2 * y / 16)).astype(np.complex64)
+nib.save(nib.Nifti1Image(u, np.diag([2.5, 2.5, 5, 1])), f"{FOLDER}/pw.nii.gz")
+)"));
+    std::string phase = " --phase " + (dir / "pw.nii.gz").string();
+    std::string args = "--wave-direction 0,359,30" + phase + " --dirf_cut=1,8 -q";
+    Ran all = RunMu(args, dir);
+    ASSERT_EQ(all.status, 0) << all.err;
+    EXPECT_EQ(all.out.rfind("  angle  energy  % max \n", 0), 0u) << all.out;
+    const double theta = 360.0 - std::atan2(2 / 0.04, 3 / 0.05) * 180.0 / std::numbers::pi;
+    auto cos4 = [&](double a) {
+        double c = std::cos((a - theta) * std::numbers::pi / 180.0);
+        return c > 0 ? c * c * c * c : 0.0;
+    };
+    int rows = 0;
+    double e330 = 0;
+    for (size_t at = all.out.find('\n') + 1; at < all.out.size(); at = all.out.find('\n', at) + 1) {
+        double angle, energy, share;
+        if (std::sscanf(all.out.c_str() + at, "%lf %lf %lf", &angle, &energy, &share) != 3) break;
+        EXPECT_DOUBLE_EQ(angle, 30.0 * rows++);
+        EXPECT_NEAR(share, 100.0 * cos4(angle) / cos4(330.0), 0.02) << angle;
+        if (angle == 330.0) e330 = energy;
+    }
+    EXPECT_EQ(rows, 12);
+
+    // The magnitude's mask counts fewer pixels; a band-pass without cut-offs is refused.
+    Ran masked = RunMu(args + " --mag " + (dir / "mag.nii.gz").string(), dir);
+    ASSERT_EQ(masked.status, 0) << masked.err;
+    double m330 = -1;
+    size_t at = masked.out.find(" 330.00 ");
+    ASSERT_NE(at, std::string::npos) << masked.out;
+    std::sscanf(masked.out.c_str() + at, "%*f %lf", &m330);
+    EXPECT_GT(m330, 0.0);
+    EXPECT_LT(m330, 0.9 * e330);
+    Ran bad = RunMu("--wave-direction 0,359,30" + phase + " --dirf_cut=0,0 -q", dir);
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_NE(bad.out.find("filter cut-offs must be above 0"), std::string::npos) << bad.out;
+    EXPECT_EQ(RunMu("--wave-direction 0" + phase, dir).status, 2);
+    EXPECT_EQ(RunMu("--wave-direction 0,359,30", dir).status, 2);
 }
 
 }  // namespace

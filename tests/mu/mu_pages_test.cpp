@@ -1,11 +1,19 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
+#include <fstream>
 #include <functional>
+#include <iterator>
+#include <map>
+#include <set>
+#include <sstream>
 #include <string>
 
 #include "mu/mu_form.h"
 #include "mu_fixture.h"
+#include "shell/paths.h"
+#include "tests/peer.h"
 
 namespace {
 
@@ -237,6 +245,99 @@ TEST_F(MuFormTest, OptionSelector) {
     EXPECT_EQ(options.Count(), 2);
     EXPECT_EQ(form->status, "kept");
     EXPECT_EQ(form->Params()->c.mech_freq, 60.0f);
+}
+
+// "load from file" on scanner files the scanner tests' generator writes from the formats'
+// layouts with struct and NumPy: the field of view is each axis' size times its step.
+TEST_F(MuFormTest, ParamsLoadTheFieldOfViewFromAScannerHeader) {
+    peer::Peer p;
+    ASSERT_TRUE(p.Run("files/scanner/make_scanner.py"));
+    std::map<std::string, std::map<std::string, std::string>> files;
+    std::ifstream manifest(p.Dir() / "manifest.txt");
+    for (std::string line; std::getline(manifest, line);) {
+        std::istringstream words(line);
+        std::string name, field;
+        words >> name;
+        while (words >> field)
+            if (size_t eq = field.find('='); eq != std::string::npos)
+                files[name][field.substr(0, eq)] = field.substr(eq + 1);
+    }
+    ASSERT_TRUE(files.count("raw_24x") && files.count("image_imgf_rev2")) << p.Dir();
+    // A step from its bit pattern, times the size, in metres.
+    // An image file has no z in the manifest: it holds one plane.
+    auto fov = [&](const std::string& file, const char* size, const char* step) {
+        uint32_t bits = uint32_t(std::stoul(files[file].at(step), nullptr, 16));
+        float mm;
+        std::memcpy(&mm, &bits, 4);
+        const double n = files[file].count(size) ? std::stod(files[file][size]) : 1.0;
+        return float(n * double(mm) / 1000.0);
+    };
+
+    Real("mag", 16, 12, 1, 8, [](size_t) { return 100.0f; });
+    Real("ph", 16, 12, 1, 8, [](size_t i) { return float(i % 5); });
+    Open(CMuForm::PAGE_PARAMS, "mag", "ph", 0);
+    CPageMuParams* params = form->Params();
+    const std::string dir = p.Dir().string() + "/";
+
+    ASSERT_EQ(params->LoadFromFile(dir + "raw_24x"), 0) << form->status;
+    EXPECT_EQ(form->status, "2 baselines");
+    EXPECT_FLOAT_EQ(params->c.fov[0], fov("raw_24x", "x", "sx"));
+    EXPECT_FLOAT_EQ(params->c.fov[1], fov("raw_24x", "y", "sy"));
+    EXPECT_FLOAT_EQ(params->c.fov[2], fov("raw_24x", "z", "sz"));
+    // The loaded values reach the engine's record with the next step.
+    params->SetPhasePreset(3);
+    ASSERT_EQ(form->Continue(), 0) << form->status;
+    EXPECT_FLOAT_EQ(form->record.fov[0], fov("raw_24x", "x", "sx"));
+    EXPECT_FLOAT_EQ(form->block.fov[2], fov("raw_24x", "z", "sz"));
+
+    // An image file holds one plane: z is its slice thickness and gap.
+    ASSERT_EQ(params->LoadFromFile(dir + "image_imgf_rev2"), 0) << form->status;
+    EXPECT_EQ(form->status, "exam 4321 series 7 image 300");
+    EXPECT_FLOAT_EQ(params->c.fov[0], fov("image_imgf_rev2", "x", "sx"));
+    EXPECT_FLOAT_EQ(params->c.fov[1], fov("image_imgf_rev2", "y", "sy"));
+    EXPECT_FLOAT_EQ(params->c.fov[2], fov("image_imgf_rev2", "z", "sz"));
+
+    // No slices: z keeps what it had.
+    const float z = params->c.fov[2];
+    ASSERT_EQ(params->LoadFromFile(dir + "raw_14x_no_slices"), 0) << form->status;
+    EXPECT_FLOAT_EQ(params->c.fov[0], fov("raw_14x_no_slices", "x", "sx"));
+    EXPECT_EQ(params->c.fov[2], z);
+
+    // The reader's failure goes to the status and the edits stay as they were.
+    const float kept[3] = {params->c.fov[0], params->c.fov[1], params->c.fov[2]};
+    const std::pair<std::string, std::string> bad[] = {
+        {"image_unknown", "unknown header"},
+        {"image_imgf_rev5", "unknown rev of 5x header"},
+        {"pulsegen_ipg0_odd", "unknown header"},
+        {"missing", "can't open file '" + dir + "missing' for reading"}};
+    for (const auto& [file, text] : bad) {
+        SCOPED_TRACE(file);
+        EXPECT_EQ(params->LoadFromFile(dir + file), 1);
+        EXPECT_EQ(form->status, text);
+        EXPECT_EQ(params->Status(), text);
+        for (int a = 0; a < 3; ++a) EXPECT_EQ(params->c.fov[a], kept[a]);
+    }
+}
+
+// The help button of every page finds its page in the help folder beside the programs.
+TEST_F(MuFormTest, EveryPageHasItsHelpBesideThePrograms) {
+    Real("mag", 16, 12, 1, 8, [](size_t) { return 100.0f; });
+    Real("ph", 16, 12, 1, 8, [](size_t i) { return float(i % 5); });
+    Open(CMuForm::PAGE_PARAMS, "mag", "ph", 0);
+    form->Params()->SetPhasePreset(3);
+    while (form->ActivePage() < CMuForm::PAGE_LFE) ASSERT_EQ(form->Continue(), 0) << form->status;
+    const CPaths paths = CPaths::FromExecutable(QUELMOR_MU);
+    ASSERT_FALSE(paths.help.empty());
+    std::set<std::string> pages;
+    for (int i = 0; i < form->PageCount(); ++i) {
+        const std::string path = paths.help + "/" + form->Page(i)->HelpPage();
+        pages.insert(form->Page(i)->HelpPage());
+        std::ifstream file(path);
+        std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        EXPECT_NE(text.find("<h1>"), std::string::npos) << path;
+    }
+    EXPECT_EQ(pages, (std::set<std::string>{"wave_data.htm", "wave_filters.htm", "wave_lfe.htm",
+                                            "wave_parameters.htm", "wave_unwrap.htm"}));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <string>
@@ -155,6 +156,112 @@ TEST_F(MuRunTest, ThreeEncodingsHoldTheTemporaryHarmonicDuringTheRunOnly) {
     EXPECT_NEAR(a[inside], 3.0 * (1.0 + 0.1 * 10), 1e-4);
     EXPECT_FLOAT_EQ(a[inside], a[inside + 320]);
     EXPECT_FLOAT_EQ(a[inside], a[inside + 640]);
+}
+
+// Records the displays a run asks for.
+class Displays : public CMuDriver {
+  public:
+    using CMuDriver::CMuDriver;
+    void OpenDisplay2d(CZrkData* record, const char* palette) override {
+        opened.push_back(std::string(record->name) + " " + palette);
+    }
+    std::vector<std::string> opened;
+};
+
+// What each method must give. Quality guided honours the mask as skimage's unwrapper does:
+// skimage's result, moved by the whole cycles that bring it nearest ours (where the result
+// sits in cycles is each unwrapper's own choice). The other two see the mid-range fill;
+// minimum discontinuity finds cuts through the region that shorten the jumps at its edge
+// worth making, so those two must only move each sample by whole cycles ("agree" tells
+// where they meet skimage). 0 outside the mask for all.
+constexpr const char* kUnwrapReference = R"(
+from skimage.restoration import unwrap_phase
+ph = peer.load(FOLDER, "ph").astype(np.float64)
+nx, ny = ph.shape[0], ph.shape[1]
+ph = ph.reshape(nx, ny, -1)
+ours = peer.load(FOLDER, "ours").astype(np.float64).reshape(nx, ny, -1)
+mask = peer.load(FOLDER, "mag").reshape(nx, ny) >= 10
+want = np.zeros(ph.shape)
+agree = []
+for t in range(ph.shape[2]):
+    wrapped = np.angle(np.exp(1j * ph[:, :, t]))
+    sk = unwrap_phase(np.ma.masked_array(wrapped, mask=~mask)).filled(0)
+    sk += 2 * np.pi * np.round(np.median((ours[:, :, t] - sk)[mask]) / (2 * np.pi))
+    agree.append(np.mean(np.abs(ours[:, :, t] - sk)[mask] < 1e-3))
+    cycles = ph[:, :, t] + 2 * np.pi * np.round((ours[:, :, t] - ph[:, :, t]) / (2 * np.pi))
+    want[:, :, t] = np.where(mask, sk if METHOD == 1 else cycles, 0)
+peer.save(FOLDER, "want", want.reshape(nx, ny, 1, -1).astype(np.float32))
+peer.save(FOLDER, "agree", np.array(agree, dtype=np.float32))
+)";
+
+TEST_F(MuRunTest, UnwrapStageSolvesTheMaskedPlanesAndZeroesTheRest) {
+    const res_t nx = 20, ny = 16, noff = 4;
+    Real("mag", nx, ny, 1, 1, [=](size_t i) {
+        size_t x = i % nx, y = i / nx;
+        return x > 2 && x < 18 && y > 1 && y < 14 ? 90.0f : 1.0f;
+    });
+    // A ramp of several cycles per plane, wrapped into a range whose middle is not 0, so that
+    // the 0 outside the mask tells from the middle; noise outside the mask.
+    const double low = -1.0, middle = M_PI - 1.0;
+    Real("ph", nx, ny, 1, noff, [&](size_t i) {
+        size_t x = i % nx, y = (i / nx) % ny, t = i / (nx * ny);
+        double a = 0.9 * double(x) + 0.45 * double(y) + 1.3 * double(t);
+        bool inside = x > 2 && x < 18 && y > 1 && y < 14;
+        if (!inside) a = 3.0 * std::sin(double(i) * 7.3);
+        return float(std::remainder(a - middle, 2 * M_PI) + middle);
+    });
+    for (int method : {1, 2, 3}) {
+        SCOPED_TRACE(method);
+        Open(CMuForm::PAGE_PARAMS, "mag", "ph", 0);
+        form->Params()->c.noff = int(noff);
+        form->Params()->SetPhasePreset(CPageMuParams::kPresetOther);
+        form->Params()->c.phase_range[0] = float(low);
+        form->Params()->c.phase_range[1] = float(low + 2 * M_PI);
+        while (form->ActivePage() < CMuForm::PAGE_OUTPUT)
+            ASSERT_EQ(form->Continue(), 0) << form->status;
+        auto displays = std::make_unique<Displays>(space);
+        Displays* d = displays.get();
+        form->SetDriver(std::move(displays));
+        form->Wrap()->c.uwmethod = method;
+        form->Output()->c.r1i1_out = 1;
+        host.history_text.clear();
+        host.status.clear();
+        ASSERT_EQ(form->Apply(), 0) << form->status;
+
+        CZrkData* out = space.FindData("quelmor.unwrap");
+        ASSERT_NE(out, nullptr);
+        EXPECT_EQ(out->type, TYPE_R4);
+        EXPECT_EQ(out->nt, noff);
+        peer::Peer p;
+        p.Put("ph", space.FindData("ph"));
+        p.Put("mag", space.FindData("mag"));
+        p.Put("ours", out);
+        ASSERT_TRUE(p.RunText("METHOD = " + std::to_string(method) + kUnwrapReference));
+        EXPECT_TRUE(peer::Near(peer::FromRecord(out), p.Get("want"), 1e-5));
+        // Graph cut finds skimage's answer too; minimum discontinuity may not (above).
+        const std::vector<double> agree = p.Get("agree").Pairs();
+        for (size_t k = 0; method != 2 && k < agree.size(); k += 2) EXPECT_EQ(agree[k], 1.0);
+
+        static const char* kBy[] = {"", "quality guided", "minimum discontinuity", "graph cut"};
+        EXPECT_NE(host.history_text.find(std::string("Unwrap ph to quelmor.unwrap by ") +
+                                         kBy[method] + ":\r\n"),
+                  std::string::npos)
+            << host.history_text;
+        // Once: the run's report does not repeat it.
+        EXPECT_EQ(host.history_text.find("Unwrap ph"), host.history_text.rfind("Unwrap ph"));
+        for (int k = 1; k <= int(noff); ++k)
+            EXPECT_NE(std::find(host.status.begin(), host.status.end(),
+                                "\runwrap " + std::to_string(k) + " out of 4"),
+                      host.status.end());
+        // The chain reads the unwrapped array through its first channel.
+        EXPECT_EQ(form->block.phase_name[0], "quelmor.unwrap");
+        EXPECT_EQ(form->block.pdif_iqmp[0], 0);
+        // A new output opens with the wave palette; one that is there is only refilled.
+        EXPECT_EQ(d->opened.front(), "quelmor.unwrap awave");
+        ASSERT_EQ(form->Apply(), 0) << form->status;
+        EXPECT_EQ(std::count(d->opened.begin(), d->opened.end(), "quelmor.unwrap awave"), 1);
+        space.DelData("quelmor.unwrap");
+    }
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 #include <QTreeWidget>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -340,7 +341,26 @@ TEST_F(MainFrameTest, DesktopKindsChannelsAndDoubleClick) {
         } else {
             ADD_FAILURE() << "no action " << name;
         }
-    EXPECT_FALSE(Find<QAction>(frame, "desktop_edit_data")->isEnabled());
+    // "edit data" opens the picked array in a spreadsheet of its own.
+    Trigger(frame, "desktop_edit_data");
+    EXPECT_EQ(frame->StatusText(0), "no data selected");
+    CZrkData* sheet = space_.NewData(TYPE_R4, 5, 4, 1, 1, 1, 1, "sheet");
+    std::memset(sheet->Data(), 0, sheet->Bytes());
+    frame->RefreshAll();
+    auto* desk = Find<QTreeWidget>(frame, "desktop_list");
+    desk->findItems("sheet", Qt::MatchExactly).value(0)->setSelected(true);
+    Trigger(frame, "desktop_edit_data");
+    EXPECT_EQ(frame->StatusText(0), "edit data");
+    ASSERT_EQ(GlobalWindowSpace().Count(), 1);
+    EXPECT_EQ(GlobalWindowSpace().Get(0)->kind, 0x100000u);
+    EXPECT_EQ(GlobalWindowSpace().Get(0)->data[0], sheet);
+    auto* table = Find<QAbstractItemView>(frame, "view_edit");
+    ASSERT_NE(table, nullptr);
+    EXPECT_EQ(table->model()->columnCount(), 5);
+    EXPECT_EQ(table->model()->rowCount(), 4);
+    space_.DelData("sheet");
+    frame->RefreshAll();
+    EXPECT_EQ(GlobalWindowSpace().Count(), 0);
 
     auto* kinds = Find<QComboBox>(frame, "desktop_kind");
     auto items = [kinds] {
@@ -639,6 +659,11 @@ TEST_F(MainFrameTest, StatusBarHasThreePanes) {
         Find<QLabel>(app->Frame(), pane);
     Host().UndoTip("undo equation");
     EXPECT_EQ(app->Frame()->StatusText(1), "undo equation");
+    // Progress lines written for a terminal show their current line only.
+    Host().Status("\runwrap 3 out of 8");
+    EXPECT_EQ(app->Frame()->StatusText(0), "unwrap 3 out of 8");
+    Host().Status("step 1\rstep 2\r\n");
+    EXPECT_EQ(app->Frame()->StatusText(0), "step 2");
     // The build folder has no help pages.
     Trigger(app->Frame(), "action_help_quelmor");
     EXPECT_EQ(app->Frame()->StatusText(0), "could not open html help");
