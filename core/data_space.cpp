@@ -71,7 +71,7 @@ CZrkData* CDataSpace::FollowLink(CZrkData* record) {
 CZrkData* CDataSpace::UpdateList(CZrkData* record) {
     list.reserve(list.size() + 1);  // may throw: the list stays as it was
     list.push_back(record);
-    SortList();
+    if (sorted) SortAppended(list, [](const CZrkData* r) { return r->name; });
     return record;
 }
 

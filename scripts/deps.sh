@@ -9,7 +9,8 @@ libfftw3-dev libopenblas-dev liblapacke-dev
 libdcmtk-dev libnifti2-dev libmatio-dev
 libavformat-dev libavcodec-dev libswscale-dev libgif-dev
 libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth
-python3 python3-numpy python3-scipy python3-skimage python3-nibabel python3-pydicom python3-pil"
+python3 python3-numpy python3-scipy python3-skimage python3-nibabel python3-pydicom python3-pil
+python3-pypdf"
 
 missing=""
 for p in $PACKAGES; do

@@ -1,23 +1,40 @@
-// The group commands of a display's context menu: each runs on the array of every display
-// picked in the window list (select bit 1). The edits go through the structural operators
-// and take the array's undo; a failure leaves that array, puts the operator's text in the
-// status, and the other displays still change.
+// The group commands of a display's context menu: each runs on every display picked in the
+// window list (select bit 1). The scrolls set the scroll mode of each display's view and step
+// it once, so the picked displays move together. The edits go through the structural
+// operators, the crops and zeros through the region object, each taking the array's undo. A
+// failure leaves that array and puts the operator's text in the status; the other displays
+// still change.
 //
-//   std::string status = GroupEdit(space, GlobalWindowSpace(), GroupCommandIndex("flip x"));
+//   std::string status = GroupEdit(space, GlobalWindowSpace(), GroupCommandIndex("flip x"),
+//                                  [](CWindowEntry& w) { return CGroupView{ViewOf(w)}; });
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 
+#include "display/roi_mask.h"
+
 class CDataSpace;
+class CMdiView;
+class CWindowEntry;
 class CWindowSpace;
 
 inline constexpr int kGroupCommands = 25;
 extern const char* const kGroupCommandTexts[kGroupCommands];
 
+// What a group command needs of a display beyond its list entry: the view that scrolls, the
+// kind of the region last drawn on it and the xy plane it shows (counted over the array).
+struct CGroupView {
+    CMdiView* view = nullptr;
+    int roi_kind = ROI_2D;
+    uint64_t plane = 0;
+};
+using GroupViewOf = std::function<CGroupView(CWindowEntry&)>;
+
 // The index of a command's text, -1 for none.
 int GroupCommandIndex(const std::string& text);
-// Whether this build runs the command: the scrolls, crops and zeros wait for the view's
-// scroll modes and regions.
-bool GroupCommandAvailable(int command);
-// Runs the command on the selected displays' arrays; the status text.
-std::string GroupEdit(CDataSpace& space, CWindowSpace& windows, int command);
+// Runs the command on the selected displays; the status text. Without `view_of` every display
+// has the defaults of CGroupView: no view to scroll, the region mask as it stands, plane 0.
+std::string GroupEdit(CDataSpace& space, CWindowSpace& windows, int command,
+                      const GroupViewOf& view_of = nullptr);

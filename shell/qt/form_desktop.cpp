@@ -158,16 +158,31 @@ QAction* CFormDesktop::AddEntry(const char* text, const char* name) {
 void CFormDesktop::Refresh() {
     Host().Trace("CFormDesktop::Refresh");
     refreshing_ = true;
-    list_->clear();
+    const std::vector<CDesktopRow> rows = desktop_.Rows(space_);
+    const int count = static_cast<int>(rows.size());
     list_->setColumnCount(desktop_.desktop_details ? 4 : 1);
     list_->setHeaderHidden(!desktop_.desktop_details);
-    for (const CDesktopRow& row : desktop_.Rows(space_)) {
-        auto* item = new QTreeWidgetItem(
-            list_, {QString::fromStdString(row.name), QString::fromStdString(row.size),
-                    QString::fromStdString(row.type), QString::fromStdString(row.caption)});
-        if (row.reserved)
-            item->setForeground(0, palette().color(QPalette::Disabled, QPalette::Text));
-        item->setSelected(row.record->select & kDesktopSelect);
+    // The rows are kept and rewritten where they differ, the missing ones added in one go:
+    // every command ends with a refresh, and rebuilding thousands of rows each time is slow.
+    while (list_->topLevelItemCount() > count)
+        delete list_->takeTopLevelItem(list_->topLevelItemCount() - 1);
+    QList<QTreeWidgetItem*> added;
+    for (int i = list_->topLevelItemCount(); i < count; ++i) added << new QTreeWidgetItem;
+    list_->addTopLevelItems(added);
+    const QVariant dim = palette().color(QPalette::Disabled, QPalette::Text);
+    for (int i = 0; i < count; ++i) {
+        const CDesktopRow& row = rows[i];
+        QTreeWidgetItem* item = list_->topLevelItem(i);
+        const std::string* texts[] = {&row.name, &row.size, &row.type, &row.caption};
+        for (int c = 0; c < 4; ++c) {
+            const QString text = QString::fromStdString(*texts[c]);
+            if (item->text(c) != text) item->setText(c, text);
+        }
+        const QVariant foreground = row.reserved ? dim : QVariant();
+        if (item->data(0, Qt::ForegroundRole) != foreground)
+            item->setData(0, Qt::ForegroundRole, foreground);
+        const bool selected = row.record->select & kDesktopSelect;
+        if (item->isSelected() != selected) item->setSelected(selected);
     }
     for (int c = 0; c + 1 < list_->columnCount(); ++c) list_->resizeColumnToContents(c);
     FillKinds();

@@ -16,6 +16,7 @@
 #include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
+#include <algorithm>
 #include <tuple>
 
 #include "core/data_space.h"
@@ -27,6 +28,8 @@
 #include "display/look.h"
 #include "display/qt/mdi_doc.h"
 #include "display/qt/mdi_frame.h"
+#include "display/qt/view_2d.h"
+#include "display/view_state.h"
 #include "eval/qt/bar_equ.h"
 #include "eval/qt/form_equ.h"
 #include "eval/qt/form_script.h"
@@ -253,18 +256,49 @@ QPrinter& CMainFrame::Printer() {
 }
 
 void CMainFrame::OnPrint() {
-    auto* frame = qobject_cast<CMdiFrame*>(mdi_->activeSubWindow());
-    if (!frame || !frame->View()) {
+    if (!ActiveView()) {
         SetStatus(0, "no display to print");
         return;
     }
     QPrintDialog dialog(&Printer(), this);
-    if (dialog.exec() != QDialog::Accepted) return;
-    const QPixmap picture = frame->View()->grab();
-    QPainter painter(&Printer());
+    if (dialog.exec() == QDialog::Accepted) PrintActive(Printer());
+}
+
+QWidget* CMainFrame::ActiveView() const {
+    // The current subwindow stays when the main window loses the focus, as under a dialog.
+    auto* frame = qobject_cast<CMdiFrame*>(mdi_->currentSubWindow());
+    QWidget* view = frame ? frame->View() : nullptr;
+    return view && !view->size().isEmpty() ? view : nullptr;
+}
+
+bool CMainFrame::PrintActive(QPrinter& printer) {
+    Host().Trace("CMainFrame::PrintActive");
+    QWidget* view = ActiveView();
+    if (!view) {
+        SetStatus(0, "no display to print");
+        return false;
+    }
+    QPainter painter;
+    if (!painter.begin(&printer)) {
+        SetStatus(0, "print failed");
+        return false;
+    }
+    // The display's title on top, then the view as it paints itself, scaled to the page: a
+    // plot stays lines, an image keeps its pixels.
     const QRect page = painter.viewport();
-    const QSize size = picture.size().scaled(page.size(), Qt::KeepAspectRatio);
-    painter.drawPixmap(QRect(page.topLeft(), size), picture);
+    const QString title = mdi_->currentSubWindow()->windowTitle();
+    const QRect line = painter.boundingRect(page, Qt::AlignLeft | Qt::AlignTop, title);
+    painter.drawText(line, Qt::AlignLeft | Qt::AlignTop, title);
+    const QRect room = page.adjusted(0, line.height() * 2, 0, 0);
+    const QSize size = view->size();
+    const double scale =
+        std::min(room.width() / double(size.width()), room.height() / double(size.height()));
+    painter.translate(room.topLeft());
+    painter.scale(scale, scale);
+    view->render(&painter, QPoint(), QRegion(), QWidget::DrawChildren);
+    painter.end();
+    SetStatus(0, "print complete");
+    return true;
 }
 
 void CMainFrame::OpenRecent(const std::string& path) {
@@ -326,7 +360,6 @@ void CMainFrame::AddGroupMenu(QMdiSubWindow* sub) {
     for (int i = 0; i < kGroupCommands; ++i) {
         QAction* a = group->addAction(kGroupCommandTexts[i]);
         a->setObjectName(QString("group_%1").arg(i));
-        a->setEnabled(GroupCommandAvailable(i));
         connect(a, &QAction::triggered, this, [this, i] { OnGroupCommand(i); });
     }
     group->addSeparator();
@@ -337,8 +370,20 @@ void CMainFrame::AddGroupMenu(QMdiSubWindow* sub) {
 
 void CMainFrame::OnGroupCommand(int command) {
     Host().Trace("CMainFrame::OnGroupCommand");
-    SetStatus(0, GroupEdit(space_, GlobalWindowSpace(), command));
+    const std::string status =
+        GroupEdit(space_, GlobalWindowSpace(), command, [](CWindowEntry& entry) {
+            CGroupView group;
+            auto* doc = dynamic_cast<CMdiDoc*>(&entry);
+            QWidget* widget = doc && doc->Frame() ? doc->Frame()->View() : nullptr;
+            group.view = dynamic_cast<CMdiView*>(widget);
+            if (auto* view = qobject_cast<CView2d*>(widget)) {
+                group.roi_kind = view->RoiKind();
+                group.plane = view->CurrentPlane();
+            }
+            return group;
+        });
     RefreshAll();
+    SetStatus(0, status);
 }
 
 std::vector<QMdiSubWindow*> CMainFrame::SelectedDisplays() const {

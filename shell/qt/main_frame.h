@@ -57,7 +57,11 @@ class CMainFrame : public QMainWindow {
     // "select all ..": the select bit of every display of a LOOK_ kind.
     void SelectAll(uint32_t kind);
     void ArrangeIcons();
+    // "&print...": the print dialog, then PrintActive on the frame's printer.
     void OnPrint();
+    // Draws the current display on `printer` under its title, scaled to the page; false, with
+    // the reason in the status, without a display or when the printer can't start.
+    bool PrintActive(QPrinter& printer);
     // A display's group command (an index of kGroupCommandTexts) on the selected displays.
     void OnGroupCommand(int command);
     // The selected displays in a row along the top, or a column down the left.
@@ -85,6 +89,8 @@ class CMainFrame : public QMainWindow {
     void AddGroupMenu(QMdiSubWindow* sub);
     std::vector<QMdiSubWindow*> SelectedDisplays() const;
     QPrinter& Printer();
+    // The view of the current display subwindow; null for none or one not laid out yet.
+    QWidget* ActiveView() const;
     QDockWidget* Dock(const char* title, const char* name, QWidget* body, Qt::DockWidgetArea area);
 
     CDataSpace& space_;

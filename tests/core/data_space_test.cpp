@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <random>
 #include <string>
+#include <vector>
 
 #include "core/host.h"
 #include "core/key_reader.h"
+#include "core/name_list.h"
 #include "core/window_space.h"
 #include "core/zrk_error.h"
 
@@ -80,6 +83,37 @@ TEST(DataSpace, UniqueNamesAndSorting) {
     EXPECT_STREQ(second->name, "a");
     EXPECT_EQ(plain.FindData("a"), first);
     EXPECT_EQ(plain.GetData(1), second);  // unsorted: list order
+}
+
+// The quick insertion after an append gives the exchange sort's order exactly: on sorted
+// lists, on lists a rename left out of order, and with names already there.
+TEST(DataSpace, SortAfterAppendMatchesTheExchangeSort) {
+    std::mt19937 random(7);
+    const auto name_of = [](const std::string& n) { return n.c_str(); };
+    for (int round = 0; round < 200; ++round) {
+        std::vector<std::string> list;
+        const int n = static_cast<int>(random() % 12);
+        for (int i = 0; i < n; ++i) list.push_back(std::string(1, char('a' + random() % 8)));
+        if (round % 3) ExchangeSort(list, name_of);  // else left as it came
+        list.push_back(std::string(1, char('a' + random() % 9)));
+        std::vector<std::string> expected = list;
+        ExchangeSort(expected, name_of);
+        SortAppended(list, name_of);
+        EXPECT_EQ(list, expected) << "round " << round;
+    }
+    // Thousands of arrays are listed in order and found at their place.
+    CDataSpace s;
+    UniqueSorted(s);
+    char name[16];
+    for (int i = 0; i < 5000; ++i) {
+        std::snprintf(name, sizeof name, "a%04d", (i * 7919) % 5000);
+        s.NewData(TYPE_R4, 1, 1, 1, 1, 1, 1, name);
+    }
+    ASSERT_EQ(s.Count(), 5000);
+    for (int i = 0; i < 5000; i += 499) {
+        std::snprintf(name, sizeof name, "a%04d", i);
+        EXPECT_STREQ(s.GetData(i)->name, name);
+    }
 }
 
 TEST(DataSpace, LinksAreFollowedEverywhere) {

@@ -8,13 +8,16 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTest>
+#include <QTreeWidget>
 
 #include "core/data_space.h"
 #include "core/host.h"
 #include "core/zrk_data.h"
 #include "eval/qt/form_equ.h"
+#include "shell/desktop.h"
 #include "shell/qt/about_wave.h"
 #include "shell/qt/form_alloc.h"
+#include "shell/qt/form_desktop.h"
 #include "shell/qt/form_rename.h"
 #include "shell/rename.h"
 #include "tests/shell/gui_test_app.h"
@@ -106,6 +109,53 @@ TEST_F(FormsTest, EquationFormSeesThisAndShowsItsReport) {
     QTest::mouseClick(Find<QPushButton>(&form, "form_equ_eval"), Qt::LeftButton);
     EXPECT_TRUE(Find<QLabel>(&form, "form_equ_report")->text().contains("returned '"));
     EXPECT_EQ(Find<QPlainTextEdit>(&form, "form_equ_edit")->toPlainText(), "d = (");
+}
+
+// The desktop keeps its rows from one refresh to the next and rewrites what changed: names
+// that move up a row, a reserved row's grey that must not stay behind on the row taking its
+// place, the picks, the sizes, and the columns of the details mode.
+TEST_F(FormsTest, DesktopRowsFollowEveryChange) {
+    CDesktop desk;
+    CRename rename;
+    CFormDesktop form(space_, desk, rename);
+    auto* list = Find<QTreeWidget>(&form, "desktop_list");
+    const auto rows = [&] {
+        QStringList names;
+        for (int i = 0; i < list->topLevelItemCount(); ++i) names << list->topLevelItem(i)->text(0);
+        return names;
+    };
+    space_.NewData(TYPE_R4, 2, 1, 1, 1, 1, 1, "a");
+    space_.NewData(TYPE_R4, 3, 1, 1, 1, 1, 1, "b");
+    space_.NewData(TYPE_R4, 1, 1, 1, 1, 1, 1, "pi");
+    space_.NewData(TYPE_R4, 2, 1, 1, 1, 1, 1, "roi_x");  // hidden
+    form.Refresh();
+    ASSERT_EQ(rows(), (QStringList{"a", "b", "pi"}));
+    EXPECT_TRUE(list->topLevelItem(2)->data(0, Qt::ForegroundRole).isValid());
+    EXPECT_FALSE(list->topLevelItem(0)->data(0, Qt::ForegroundRole).isValid());
+
+    space_.DelData("a");
+    space_.DelData("pi");
+    space_.FindData("b")->select |= kDesktopSelect;
+    space_.NewData(TYPE_CR4, 4, 5, 1, 1, 1, 1, "q");
+    form.Refresh();
+    ASSERT_EQ(rows(), (QStringList{"b", "q"}));
+    EXPECT_EQ(list->topLevelItem(0)->text(1), "3x1x1x1");
+    EXPECT_EQ(list->topLevelItem(1)->text(1), "4x5x1x1");
+    EXPECT_TRUE(list->topLevelItem(0)->isSelected());
+    EXPECT_FALSE(list->topLevelItem(1)->isSelected());
+    EXPECT_FALSE(list->topLevelItem(1)->data(0, Qt::ForegroundRole).isValid());
+    // The pick is taken back on the list when the record loses it.
+    space_.FindData("b")->select = 0;
+    form.Refresh();
+    EXPECT_TRUE(list->selectedItems().isEmpty());
+
+    desk.desktop_details = 0;
+    form.Refresh();
+    EXPECT_EQ(list->columnCount(), 1);
+    EXPECT_EQ(list->topLevelItem(1)->text(1), "");
+    EXPECT_EQ(Find<QLabel>(&form, "desktop_bytes")->text(),
+              QString::fromStdString(desk.ByteLine(space_)));
+    for (const char* name : {"b", "q", "roi_x"}) space_.DelData(name);
 }
 
 TEST_F(FormsTest, AboutDialogAnimatesThirtyTwoFrames) {

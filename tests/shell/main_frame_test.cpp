@@ -3,12 +3,14 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDockWidget>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QPlainTextEdit>
+#include <QPrinter>
 #include <QTest>
 #include <QTextBlock>
 #include <QTimer>
@@ -19,6 +21,8 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "core/data_cursor.h"
 #include "core/data_space.h"
@@ -28,6 +32,7 @@
 #include "display/display_entry.h"
 #include "display/new_display.h"
 #include "display/qt/display_ui.h"
+#include "display/qt/view_2d.h"
 #include "eval/qt/bar_equ.h"
 #include "eval/qt/form_script.h"
 #include "eval/qt/frame_script.h"
@@ -40,6 +45,7 @@
 #include "shell/qt/main_frame.h"
 #include "shell/qt/qt_host.h"
 #include "shell/qt/zarnik_app.h"
+#include "tests/peer.h"
 #include "tests/shell/gui_test_app.h"
 
 namespace {
@@ -428,7 +434,7 @@ TEST_F(MainFrameTest, GroupCommandsEditEverySelectedDisplayWithUndo) {
     EXPECT_EQ(group->actions().value(0)->text(), "scroll z");
     EXPECT_EQ(group->actions().value(5)->text(), "transpose xy");
     EXPECT_EQ(group->actions().value(24)->text(), "rot -90");
-    EXPECT_FALSE(group->actions().value(12)->isEnabled());  // crop 2d waits for regions
+    for (QAction* a : group->actions()) EXPECT_TRUE(a->isEnabled()) << a->text().toStdString();
 
     for (int i = 0; i < 2; ++i) GlobalWindowSpace().Get(i)->select |= 1;
     group->actions().value(5)->trigger();  // transpose xy
@@ -461,6 +467,159 @@ TEST_F(MainFrameTest, GroupCommandsEditEverySelectedDisplayWithUndo) {
     EXPECT_EQ(subs[1]->x(), 0);
     EXPECT_EQ(std::abs(subs[1]->y() - subs[0]->y()), subs[0]->height());
     for (const char* name : {"ga", "gb"}) space_.DelData(name);
+    frame->SetClosingForScript(true);
+}
+
+// Scrolls move every selected view; crops and zeros go through the regions of the global
+// space, and an array the region does not fit keeps its samples while the others change.
+TEST_F(MainFrameTest, GroupScrollsCropsAndZerosOnEverySelectedDisplay) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    CDataSpace& global = GlobalDataSpace();
+    auto set = [&](const char* name, std::vector<float> v) {
+        global.DelData(name);
+        CZrkData* r = global.NewData(TYPE_R4, v.size(), 1, 1, 1, 1, 1, name);
+        std::copy(v.begin(), v.end(), static_cast<float*>(r->Data()));
+    };
+    // sa is 4 wide, sb 8; both 4 high with 3 z planes, sample k holding k.
+    for (auto [name, nx] : {std::pair{"sa", 4}, std::pair{"sb", 8}}) {
+        CZrkData* a = space_.NewData(TYPE_R4, nx, 4, 3, 1, 1, 1, name);
+        auto* f = static_cast<float*>(a->Data());
+        for (size_t k = 0; k < a->Count(); ++k) f[k] = float(k);
+        CNew2d& n = app->DisplayModules().new_2d;
+        n.names[0] = name;
+        ASSERT_TRUE(n.OnViewNew(space_));
+    }
+    QList<QMdiSubWindow*> subs = frame->Mdi()->subWindowList();
+    ASSERT_EQ(subs.size(), 2);
+    frame->Mdi()->setActiveSubWindow(subs[0]);
+    auto* group = subs[0]->systemMenu()->findChild<QMenu*>("menu_group");
+    ASSERT_NE(group, nullptr);
+    auto run = [&](const char* text) {
+        const int i = GroupCommandIndex(text);
+        auto* a = group->findChild<QAction*>(QString("group_%1").arg(i));
+        ASSERT_NE(a, nullptr) << text;
+        ASSERT_EQ(a->text(), text);
+        a->trigger();
+    };
+    CView2d* views[2];
+    for (int i = 0; i < 2; ++i) {
+        views[i] = subs[i]->findChild<CView2d*>("view_2d");
+        ASSERT_NE(views[i], nullptr);
+        GlobalWindowSpace().Get(i)->select |= 1;
+    }
+
+    run("scroll z");
+    EXPECT_EQ(frame->StatusText(0), "scroll z: 2 displays");
+    for (CView2d* v : views) {
+        EXPECT_EQ(v->scroll_mode, 2);
+        EXPECT_EQ(v->page[0], 1u);
+    }
+    run("scroll all");
+    for (CView2d* v : views) {
+        EXPECT_EQ(v->scroll_mode, 6);
+        EXPECT_EQ(v->page[0], 2u);
+    }
+    run("scroll t");  // a single t plane: the mode changes, the page stays
+    for (CView2d* v : views) {
+        EXPECT_EQ(v->scroll_mode, 3);
+        EXPECT_EQ(v->CurrentPlane(), 2u);
+    }
+
+    // roi_x 5 ... 6 lies outside sa: its text, sa as it was, sb cut to those two columns.
+    set("roi_x", {5, 6});
+    run("crop 1d");
+    EXPECT_EQ(frame->StatusText(0), "1d roi is invalid");
+    CZrkData* sa = space_.FindData("sa");
+    CZrkData* sb = space_.FindData("sb");
+    EXPECT_EQ(sa->Res(0), 4u);
+    EXPECT_FALSE(sa->HasUndo());
+    ASSERT_EQ(sb->Res(0), 2u);
+    EXPECT_EQ(sb->Res(2), 3u);
+    EXPECT_FLOAT_EQ(static_cast<float*>(sb->Data())[0], 5.0f);
+    EXPECT_FLOAT_EQ(static_cast<float*>(sb->Data())[3], 8 + 6.0f);  // (x, y) = (1, 1)
+    sb->Undo();
+    ASSERT_EQ(sb->Res(0), 8u);
+
+    // The views draw rectangles until told otherwise; there is none.
+    run("crop 2d");
+    EXPECT_EQ(frame->StatusText(0), "invalid 2d roi");
+    run("zero 2d");
+    EXPECT_EQ(frame->StatusText(0), "invalid 2d roi");
+    EXPECT_EQ(sa->Res(0), 4u);
+    EXPECT_EQ(sb->Res(0), 8u);
+
+    // Zero inside the rectangle (1, 1) ... (2, 2): the plane each view shows, nothing else.
+    set("roi_rect", {1, 1, 2, 2});
+    run("zero 2d");
+    EXPECT_EQ(frame->StatusText(0), "zero 2d: 2 displays");
+    for (CZrkData* a : {sa, sb}) {
+        const auto* f = static_cast<const float*>(a->Data());
+        const size_t nx = a->Res(0), plane = nx * 4;
+        for (size_t k = 0; k < a->Count(); ++k) {
+            const size_t x = k % nx, y = k / nx % 4;
+            const bool inside = k / plane == 2 && x >= 1 && x <= 2 && y >= 1 && y <= 2;
+            ASSERT_FLOAT_EQ(f[k], inside ? 0.0f : float(k)) << a->name << " " << k;
+        }
+        a->Undo();
+    }
+    // The rectangle crops both; zero 1d without roi_x says so.
+    run("crop 2d");
+    EXPECT_EQ(sa->Res(0), 2u);
+    EXPECT_EQ(sb->Res(1), 2u);
+    global.DelData("roi_x");
+    run("zero 1d");
+    EXPECT_EQ(frame->StatusText(0), "1d roi does not exist");
+
+    for (const char* name : {"sa", "sb"}) space_.DelData(name);
+    while (global.Count() > 0) global.DelData(0);
+    frame->SetClosingForScript(true);
+}
+
+// The current display goes to a PDF file through the printer, read back by pypdf: one page
+// with the display's picture on it and its title as text.
+TEST_F(MainFrameTest, PrintPutsTheCurrentDisplayOnAPage) {
+    auto app = Start();
+    CMainFrame* frame = app->Frame();
+    QAction* print = Find<QAction>(frame, "action_print");
+    ASSERT_NE(print, nullptr);
+    EXPECT_EQ(print->text(), "&print...\tctrl+p");
+    EXPECT_EQ(print->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_P));
+    Find<QAction>(frame, "action_print_setup");
+
+    peer::Peer peer;
+    const QString pdf = QString::fromStdString((peer.Dir() / "print.pdf").string());
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(pdf);
+    EXPECT_FALSE(frame->PrintActive(printer));
+    EXPECT_EQ(frame->StatusText(0), "no display to print");
+    EXPECT_FALSE(QFileInfo::exists(pdf));
+
+    CZrkData* a = space_.NewData(TYPE_R4, 24, 16, 1, 1, 1, 1, "printed");
+    auto* f = static_cast<float*>(a->Data());
+    for (size_t k = 0; k < a->Count(); ++k) f[k] = float(k % 24);
+    CNew2d& n = app->DisplayModules().new_2d;
+    n.names[0] = "printed";
+    ASSERT_TRUE(n.OnViewNew(space_));
+    frame->show();
+    QApplication::processEvents();
+    ASSERT_TRUE(frame->PrintActive(printer));
+    EXPECT_EQ(frame->StatusText(0), "print complete");
+    std::ifstream file(pdf.toStdString(), std::ios::binary);
+    std::string head(5, '\0');
+    file.read(head.data(), 5);
+    EXPECT_EQ(head, "%PDF-");
+    ASSERT_TRUE(peer.RunText(R"(
+import pypdf
+reader = pypdf.PdfReader(FOLDER + "/print.pdf")
+page = reader.pages[0]
+xobjects = page["/Resources"].get("/XObject", {})
+images = [x for x in xobjects.values() if x.get_object()["/Subtype"] == "/Image"]
+print(len(reader.pages), len(images), "printed" in page.extract_text())
+)"));
+    EXPECT_EQ(peer.Output(), "1 1 True\n");
+    space_.DelData("printed");
     frame->SetClosingForScript(true);
 }
 
