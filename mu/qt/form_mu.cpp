@@ -42,12 +42,13 @@ class CMuViewDriver : public CMuDriver {
         if (CDisplayEntry* entry = hook(request)) opened_.push_back({entry, record});
     }
     // The displays opened at a first store saw an array not yet written: their window and
-    // level come from the finished data once the run is over.
+    // level come from the finished data once the run is over. A changed array is redrawn by
+    // the refresh that follows every run.
     void FinishDisplays() {
         for (auto [entry, record] : opened_)
             if (GlobalWindowSpace().IsDataValid(entry) && Space().IsDataValid(record)) {
                 SetRangeWinLev(entry->look.palplane, record);
-                entry->Redraw();
+                if (!record->changed) entry->Redraw();
             }
         opened_.clear();
     }
