@@ -25,9 +25,10 @@ struct CMappedBlocks {
     void* spare = nullptr;
 };
 
+// Never destroyed: static records free their blocks after this would have gone.
 CMappedBlocks& Blocks() {
-    static CMappedBlocks blocks;
-    return blocks;
+    static CMappedBlocks* blocks = new CMappedBlocks;
+    return *blocks;
 }
 
 // Under the address sanitizer, the bytes past the request stay unaddressable, as a heap
