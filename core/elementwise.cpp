@@ -185,7 +185,10 @@ void TileBytes(const CZrkData* a, CZrkData* out) {
     const uint64_t row_bytes = std::min<uint64_t>(a->nx * eb, line_bytes);
     const int64_t lines = static_cast<int64_t>(out->Count() / out->nx);
     const res_t sizes[5] = {out->ny, out->nz, out->nt, out->nu, out->nv};
-#pragma omp parallel for schedule(static) if (out->Count() >= kParallelElements)
+    const bool parallel = out->Count() >= kParallelElements;
+    const uint64_t run =
+        ParallelRun(static_cast<uint64_t>(lines), line_bytes, parallel ? omp_get_max_threads() : 1);
+#pragma omp parallel for schedule(dynamic, run) if (parallel)
     for (int64_t line = 0; line < lines; ++line) {
         res_t at[5];
         uint64_t rest = static_cast<uint64_t>(line);

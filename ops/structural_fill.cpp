@@ -41,7 +41,10 @@ CZrkData* FillRange(CDataSpace& temp, int dir, const CZrkData* a, int64_t lo, in
                              lo > hi ? n : static_cast<uint64_t>(hi) + 1, n};
     const char* from = static_cast<const char*>(a->data);
     char* to = static_cast<char*>(r->data);
-#pragma omp parallel for schedule(static) if (w.outer > 1 && r->Count() >= kParallelElements)
+    // few blocks: each fill and copy is shared among the cores instead
+    const bool by_block = w.outer >= 8 * static_cast<uint64_t>(omp_get_max_threads()) &&
+                          r->Count() >= kParallelElements;
+#pragma omp parallel for schedule(static) if (by_block)
     for (int64_t o = 0; o < static_cast<int64_t>(w.outer); ++o) {
         const uint64_t block = static_cast<uint64_t>(o) * n * slice;
         for (int part = 0; part < 3; ++part) {
