@@ -3,8 +3,6 @@
 #include <cmath>
 #include <cstring>
 
-#include <sys/mman.h>
-
 #include "core/math_errors.h"
 #include "core/zrk_error.h"
 
@@ -187,7 +185,10 @@ void TileBytes(const CZrkData* a, CZrkData* out) {
     const uint64_t row_bytes = std::min<uint64_t>(a->nx * eb, line_bytes);
     const int64_t lines = static_cast<int64_t>(out->Count() / out->nx);
     const res_t sizes[5] = {out->ny, out->nz, out->nt, out->nu, out->nv};
-#pragma omp parallel for schedule(static) if (out->Count() >= kParallelElements)
+    const bool parallel = out->Count() >= kParallelElements;
+    const uint64_t run =
+        ParallelRun(static_cast<uint64_t>(lines), line_bytes, parallel ? omp_get_max_threads() : 1);
+#pragma omp parallel for schedule(dynamic, run) if (parallel)
     for (int64_t line = 0; line < lines; ++line) {
         res_t at[5];
         uint64_t rest = static_cast<uint64_t>(line);
@@ -205,18 +206,6 @@ void TileBytes(const CZrkData* a, CZrkData* out) {
             done += n;
         }
     }
-}
-
-// A fresh large buffer is touched once per page on its first pass; with huge pages that is
-// one fault per 2 MB instead of per 4 kB, which is most of the cost of a simple operation.
-void AskForHugePages(const CZrkData* r) {
-    constexpr uintptr_t kHuge = uintptr_t{2} << 20;
-    const uint64_t bytes = r->Bytes();
-    if (bytes < 4 * kHuge || !r->Data()) return;
-    const auto begin = reinterpret_cast<uintptr_t>(r->Data());
-    const uintptr_t first = (begin + kHuge - 1) & ~(kHuge - 1);
-    const uintptr_t last = (begin + bytes) & ~(kHuge - 1);
-    if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
 }
 
 }  // namespace
@@ -242,7 +231,6 @@ CZrkData* NewTemp(CDataSpace& temp, int type, const res_t res[6]) {
     if (!IsValidType(type)) Raise("invalid data type");
     CZrkData* out = temp.NewData(type, res[0], res[1], res[2], res[3], res[4], res[5], "");
     if (!out) Raise("out of memory");
-    AskForHugePages(out);
     return out;
 }
 

@@ -104,18 +104,29 @@ decltype(auto) WithFloatWorking(int type, F&& body) {
 // than it saves.
 constexpr uint64_t kParallelElements = uint64_t{1} << 17;
 
+// Runs of work handed to the threads of a large pass as they come free: a core busy with
+// another program holds nobody up. Each run is a whole number of 2 MB pages of a fresh
+// result when it can be, so one thread faults each page in; at least eight runs a thread.
+inline uint64_t ParallelRun(uint64_t units, uint64_t unit_bytes, int threads) {
+    const uint64_t page =
+        std::max<uint64_t>(1, (uint64_t{2} << 20) / std::max<uint64_t>(1, unit_bytes));
+    return std::clamp<uint64_t>(units / (8 * static_cast<uint64_t>(threads)), 1, page);
+}
+
 // Calls body(scratch, first, n) for the blocks of kBlockElements elements of [0, count). A
-// large pass shares the blocks among the cores in equal runs, one after another in memory,
-// so each thread also makes the first touch of its own part of a fresh result; each thread
-// has `width` numbers of scratch of its own. Every element meets the same operations
-// whatever the number of threads.
+// large pass shares the blocks among the cores in runs of consecutive blocks, so each thread
+// also makes the first touch of its own parts of a fresh result; each thread has `width`
+// numbers of scratch of its own. Every element meets the same operations whatever the
+// number of threads.
 template <class W, class Body>
 void ForEachBlock(uint64_t count, size_t width, Body&& body) {
     const bool parallel = count >= kParallelElements;
     const int threads = parallel ? omp_get_max_threads() : 1;
     std::unique_ptr<W[]> scratch(new W[width * static_cast<size_t>(threads)]);
     const uint64_t blocks = (count + kBlockElements - 1) / kBlockElements;
-#pragma omp parallel for schedule(static) num_threads(threads) if (parallel)
+    // runs of 2 MB for 4-byte results, whole pages for wider ones
+    const uint64_t run = ParallelRun(blocks, kBlockElements * 4, threads);
+#pragma omp parallel for schedule(dynamic, run) num_threads(threads) if (parallel)
     for (uint64_t b = 0; b < blocks; ++b) {
         const uint64_t first = b * kBlockElements;
         body(scratch.get() + width * static_cast<size_t>(omp_get_thread_num()), first,

@@ -1,13 +1,9 @@
 #include "core/zrk_data.h"
 
-#include <malloc.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 #include <new>
-#include <utility>
 #include <vector>
 
 #include "core/data_cursor.h"
@@ -35,66 +31,6 @@ void CheckRes(const res_t a[6], const res_t b[6], int d, const char* text) {
 }
 
 }  // namespace
-
-namespace {
-
-// One large freed block is kept back for the next request of about its size. An equation such
-// as `b = a * 2 + 1` frees the old undo of b and asks for a block of the same size; fresh
-// pages from the kernel are zeroed first, which costs more than the arithmetic itself.
-constexpr uint64_t kSpareMin = uint64_t{32} << 20;
-constexpr uint64_t kSpareMax = uint64_t{1} << 30;
-
-struct CSpareBlock {
-    std::mutex lock;
-    void* block = nullptr;
-    uint64_t bytes = 0;
-};
-
-CSpareBlock& Spare() {
-    static CSpareBlock spare;
-    return spare;
-}
-
-// The spare block when it fits `bytes` without wasting more than an eighth of it.
-void* TakeSpare(uint64_t bytes) {
-    CSpareBlock& s = Spare();
-    std::lock_guard<std::mutex> hold(s.lock);
-    if (!s.block || s.bytes < bytes || s.bytes - bytes > s.bytes / 8) return nullptr;
-    void* p = s.block;
-    s.block = nullptr;
-    return p;
-}
-
-void ReleaseSpare() {
-    CSpareBlock& s = Spare();
-    std::lock_guard<std::mutex> hold(s.lock);
-    std::free(s.block);
-    s.block = nullptr;
-}
-
-}  // namespace
-
-void* AlignedAlloc(uint64_t bytes) {
-    if (bytes == 0 || bytes > (UINT64_MAX >> 1)) return nullptr;
-    if (bytes >= kSpareMin)
-        if (void* p = TakeSpare(bytes)) return p;
-    void* p = nullptr;
-    if (posix_memalign(&p, 64, bytes) == 0) return p;
-    // Memory is short: the spare goes back before the request fails.
-    ReleaseSpare();
-    return posix_memalign(&p, 64, bytes) == 0 ? p : nullptr;
-}
-
-void AlignedFree(void* p) {
-    const uint64_t bytes = p ? malloc_usable_size(p) : 0;
-    if (bytes >= kSpareMin && bytes <= kSpareMax) {
-        CSpareBlock& s = Spare();
-        std::lock_guard<std::mutex> hold(s.lock);
-        std::swap(p, s.block);
-        s.bytes = bytes;
-    }
-    std::free(p);
-}
 
 CZrkData::CZrkData()
     : nx(0),

@@ -20,13 +20,10 @@
 #include <cstdint>
 #include <string>
 
+#include "core/aligned_alloc.h"
 #include "core/element_type.h"
 
 using res_t = uint64_t;
-
-// The 16-byte (here 64-byte) aligned allocator of sample buffers and its release.
-void* AlignedAlloc(uint64_t bytes);
-void AlignedFree(void* p);
 
 class CZrkData {
   public:

@@ -1,7 +1,6 @@
 #include "ops/generators.h"
 
 #include <cmath>
-#include <cstring>
 #include <numbers>
 #include <random>
 #include <string>
@@ -98,7 +97,8 @@ CZrkData* Eye(CDataSpace& temp, const CZrkData* dirs, int64_t n) {
         res_t res[6] = {1, 1, 1, 1, 1, 1};
         res[found[0]] = res[found[1]] = static_cast<res_t>(n);
         CZrkData* r = NewResult(temp, TYPE_R4, res, nullptr);
-        std::memset(r->data, 0, r->Bytes());
+        const unsigned char zero[4] = {0, 0, 0, 0};
+        FillElements(static_cast<char*>(r->data), zero, 4, r->Count());
         // Element (i, i) lies i steps of both directions' strides from the start.
         uint64_t stride = 0, s = 1;
         for (int d = 0; d < 6; ++d) {

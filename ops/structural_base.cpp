@@ -142,7 +142,10 @@ void FillElements(char* dst, const unsigned char* elem, int bytes, uint64_t coun
     }
     const uint64_t run_bytes = run * bytes, total = count * bytes;
     const int64_t runs = static_cast<int64_t>((total + run_bytes - 1) / run_bytes);
-#pragma omp parallel for schedule(static) if (count >= kParallelElements)
+    const bool parallel = count >= kParallelElements;
+    const uint64_t share =
+        ParallelRun(static_cast<uint64_t>(runs), run_bytes, parallel ? omp_get_max_threads() : 1);
+#pragma omp parallel for schedule(dynamic, share) if (parallel)
     for (int64_t k = 1; k < runs; ++k) {
         const uint64_t at = static_cast<uint64_t>(k) * run_bytes;
         std::memcpy(dst + at, dst, std::min(run_bytes, total - at));
@@ -152,7 +155,9 @@ void FillElements(char* dst, const unsigned char* elem, int bytes, uint64_t coun
 void CopyInParallel(char* dst, const char* src, uint64_t bytes) {
     constexpr uint64_t kChunk = uint64_t{1} << 20;
     const int64_t chunks = static_cast<int64_t>((bytes + kChunk - 1) / kChunk);
-#pragma omp parallel for schedule(static) if (chunks > 4)
+    const uint64_t share =
+        ParallelRun(static_cast<uint64_t>(chunks), kChunk, chunks > 4 ? omp_get_max_threads() : 1);
+#pragma omp parallel for schedule(dynamic, share) if (chunks > 4)
     for (int64_t k = 0; k < chunks; ++k) {
         const uint64_t at = static_cast<uint64_t>(k) * kChunk;
         std::memcpy(dst + at, src + at, std::min(kChunk, bytes - at));

@@ -24,30 +24,37 @@ CZrkData* CopyOf(CDataSpace& temp, const CZrkData* a) {
 }
 
 // Slices lo to hi along dir set to the value (keep = false), or all the others (keep = true).
+// Each element of the fresh result is written once, either the value or a's.
 CZrkData* FillRange(CDataSpace& temp, int dir, const CZrkData* a, int64_t lo, int64_t hi,
                     const CZrkData* value, bool keep) {
-    CZrkData* r = CopyOf(temp, a);
-    unsigned char elem[16];
-    CastValue(value, a->type, elem);
+    RequireData(a);
     res_t res[6];
     a->GetRes(res);
+    CZrkData* r = NewResult(temp, a->type, res, a);
+    unsigned char elem[16];
+    CastValue(value, a->type, elem);
     const CWalk w(res, dir);
     const int e = a->elem_bytes;
-    char* p = static_cast<char*>(r->data);
-    const uint64_t n = w.n;
-#pragma omp parallel for schedule(static) if (w.outer > 1 && r->Count() >= kParallelElements)
+    const uint64_t slice = w.inner * static_cast<uint64_t>(e), n = w.n;
+    // [0, lo), [lo, hi], (hi, n): the middle is the range; an empty range when lo > hi
+    const uint64_t cut[4] = {0, lo > hi ? n : static_cast<uint64_t>(lo),
+                             lo > hi ? n : static_cast<uint64_t>(hi) + 1, n};
+    const char* from = static_cast<const char*>(a->data);
+    char* to = static_cast<char*>(r->data);
+    // few blocks: each fill and copy is shared among the cores instead
+    const bool by_block = w.outer >= 8 * static_cast<uint64_t>(omp_get_max_threads()) &&
+                          r->Count() >= kParallelElements;
+#pragma omp parallel for schedule(static) if (by_block)
     for (int64_t o = 0; o < static_cast<int64_t>(w.outer); ++o) {
-        char* block = p + static_cast<uint64_t>(o) * n * w.inner * e;
-        auto fill = [&](uint64_t from, uint64_t to) {  // slices [from, to)
-            if (to > from) FillElements(block + from * w.inner * e, elem, e, (to - from) * w.inner);
-        };
-        if (lo > hi) {
-            if (keep) fill(0, n);
-        } else if (keep) {
-            fill(0, static_cast<uint64_t>(lo));
-            fill(static_cast<uint64_t>(hi) + 1, n);
-        } else {
-            fill(static_cast<uint64_t>(lo), static_cast<uint64_t>(hi) + 1);
+        const uint64_t block = static_cast<uint64_t>(o) * n * slice;
+        for (int part = 0; part < 3; ++part) {
+            const uint64_t at = block + cut[part] * slice, count = cut[part + 1] - cut[part];
+            if (count == 0) continue;
+            if ((part == 1) != keep) {
+                FillElements(to + at, elem, e, count * w.inner);
+            } else {
+                CopyInParallel(to + at, from + at, count * slice);
+            }
         }
     }
     return r;
@@ -57,14 +64,24 @@ CZrkData* FillRange(CDataSpace& temp, int dir, const CZrkData* a, int64_t lo, in
 // set to the value (keep = false), or the others (keep = true).
 CZrkData* FillPattern(CDataSpace& temp, const CZrkData* a, const std::vector<unsigned char>& inside,
                       const CZrkData* value, bool keep) {
-    CZrkData* r = CopyOf(temp, a);
+    RequireData(a);
+    res_t res[6];
+    a->GetRes(res);
+    CZrkData* r = NewResult(temp, a->type, res, a);
     unsigned char elem[16];
     CastValue(value, a->type, elem);
-    const int e = a->elem_bytes;
-    const uint64_t period = inside.size(), count = a->Count();
-    char* p = static_cast<char*>(r->data);
-    for (uint64_t k = 0; k < count; ++k)
-        if ((inside[k % period] != 0) != keep) std::memcpy(p + k * e, elem, e);
+    const uint64_t e = static_cast<uint64_t>(a->elem_bytes);
+    const int64_t period = static_cast<int64_t>(inside.size());
+    const int64_t count = static_cast<int64_t>(a->Count());  // whole periods
+    const char* from = static_cast<const char*>(a->data);
+    char* to = static_cast<char*>(r->data);
+#pragma omp parallel for schedule(static) if (a->Count() >= kParallelElements)
+    for (int64_t k = 0; k < count; ++k) {
+        const uint64_t at = static_cast<uint64_t>(k) * e;
+        const void* src =
+            (inside[k % period] != 0) != keep ? static_cast<const void*>(elem) : from + at;
+        std::memcpy(to + at, src, e);
+    }
     return r;
 }
 

@@ -316,27 +316,3 @@ TEST(ZrkData, WouldClip) {
     empty.SetHeader(TYPE_R4, 0, 1, 1, 1, 1, 1);
     EXPECT_EQ(empty.WouldClip(0, TYPE_N1), 0);
 }
-
-// A large freed block serves the next request of about its size, so a repeated equation does
-// not wait for the kernel to clear fresh pages; other sizes get blocks of their own.
-TEST(AlignedAllocTest, LargeFreedBlockIsReusedForTheSameSize) {
-    constexpr uint64_t kBig = uint64_t{40} << 20;
-    void* first = AlignedAlloc(kBig);
-    ASSERT_NE(first, nullptr);
-    static_cast<char*>(first)[kBig - 1] = 7;
-    AlignedFree(first);
-    void* again = AlignedAlloc(kBig);
-    EXPECT_EQ(again, first);
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(again) % 64, 0u);
-    AlignedFree(again);
-
-    void* larger = AlignedAlloc(2 * kBig);
-    ASSERT_NE(larger, nullptr);
-    EXPECT_NE(larger, first);
-    static_cast<char*>(larger)[2 * kBig - 1] = 7;
-    AlignedFree(larger);
-    void* smaller = AlignedAlloc(kBig / 2);
-    EXPECT_NE(smaller, larger);
-    AlignedFree(smaller);
-    EXPECT_EQ(AlignedAlloc(0), nullptr);
-}

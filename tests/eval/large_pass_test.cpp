@@ -58,6 +58,9 @@ TEST_F(LargePassTest, OneThreadAndManyGiveTheSameBytes) {
         "out = (i2)b + (n1)a",
         "out = log(a) + cos(b)",
         "out = fill('y', a, 3, 400, 7)",
+        "out = strip('x', a, 10, 20, -1)",
+        "out = stripr(a, 100.5, 200.5, 2)",
+        "out = eye('xy', 700)",
         "out = rampx(0, 1, 400000)",
     };
     omp_set_num_threads(2);
@@ -85,6 +88,37 @@ TEST_F(LargePassTest, SharedPassesMatchNumpy) {
     for (const char* name : {"o1", "o2", "o3", "o4"}) {
         SCOPED_TRACE(name);
         EXPECT_TRUE(peer::Near(peer::FromRecord(Find(name)), p.Get(name), 1e-6));
+    }
+}
+
+// Fills write each element of the fresh result once, the value or the source's, in parts
+// shared among the cores.
+TEST_F(LargePassTest, FillsMatchNumpy) {
+    peer::Peer p;
+    p.Put("a", Find("a"));
+    ASSERT_EQ(Run("f1 = fill('y', a, 3, 400, 7); f2 = strip('x', a, 10, 20, -1); "
+                  "f3 = fillr(a, 100.5, 200.5, 0); f4 = stripr(a, 100.5, 200.5, 2); "
+                  "f5 = fill('x', a, 600, 612, 1);"),
+              0)
+        << ErrorText();
+    ASSERT_TRUE(
+        p.RunText("a = peer.load(FOLDER, 'a')\n"
+                  "f = np.float32\n"
+                  "f1 = a.copy(); f1[:, 3:401] = 7\n"
+                  "f2 = np.full_like(a, -1); f2[10:21, :] = a[10:21, :]\n"
+                  "x, y = np.ogrid[0:a.shape[0], 0:a.shape[1]]\n"
+                  "c = (np.array(a.shape[:2]) - 1) / 2\n"
+                  "r = np.sqrt((y - c[1])**2 + (x - c[0])**2).astype(f)\n"
+                  "ring = ((r >= 100.5) & (r <= 200.5)).reshape(a.shape)\n"
+                  "f5 = a.copy(); f5[600:613, :] = 1\n"
+                  "peer.save(FOLDER, 'f1', f1)\n"
+                  "peer.save(FOLDER, 'f2', f2)\n"
+                  "peer.save(FOLDER, 'f3', np.where(ring, f(0), a))\n"
+                  "peer.save(FOLDER, 'f4', np.where(ring, a, f(2)))\n"
+                  "peer.save(FOLDER, 'f5', f5)\n"));
+    for (const char* name : {"f1", "f2", "f3", "f4", "f5"}) {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(peer::Same(peer::FromRecord(Find(name)), p.Get(name)));
     }
 }
 
