@@ -46,7 +46,9 @@ TEST(AlignedAllocTest, LargeBlocksAreHugePageMappings) {
     EXPECT_EQ(reinterpret_cast<uintptr_t>(p) % kHugePageBytes, 0u);
     p[0] = 1;
     p[bytes - 1] = 2;
-    if (!HugePagesOff()) EXPECT_EQ(HugePageEligible(p), 1);
+    if (!HugePagesOff()) {
+        EXPECT_EQ(HugePageEligible(p), 1);
+    }
     AlignedFree(p);
     // below the sizes kept back for reuse, the block goes back to the kernel at once
     EXPECT_EQ(HugePageEligible(p), -1);
