@@ -17,6 +17,7 @@
 #include "display/display_entry.h"
 #include "display/new_display.h"
 
+class CAxisOptions;
 class CDataSpace;
 class CFormWL;
 class COptionTable;
@@ -53,6 +54,8 @@ class CDisplayUi : public QObject {
 
   private:
     void Activate(CView2d* view);
+    // The "axis etc" form of one plot kind; on OK the active plot of that kind takes it too.
+    void OnAxisOptions(CAxisOptions& options);
 
     QMainWindow& frame_;
     QMdiArea& mdi_;
