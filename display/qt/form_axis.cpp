@@ -10,6 +10,8 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
+#include "display/look.h"
+
 namespace {
 
 // A field of a float in the C locale, so that the preferences and the field agree on the
@@ -41,8 +43,7 @@ void Take(const QLineEdit* e, float* value) {
 
 }  // namespace
 
-CFormAxis::CFormAxis(CAxisOptions& options, QWidget* parent)
-    : QDialog(parent), options_(options) {
+CFormAxis::CFormAxis(CAxisOptions& options, QWidget* parent) : QDialog(parent), options_(options) {
     const QString kind = options.kind == LOOK_XY ? "xy" : "1d";
     setObjectName("form_axis_" + kind);
     setWindowTitle(kind + " axis etc");
@@ -79,8 +80,8 @@ CFormAxis::CFormAxis(CAxisOptions& options, QWidget* parent)
         c.tickformat = new QLineEdit(QString::fromStdString(s.tickformat));
         c.tickformat->setObjectName(p + "tickformat");
         c.tickformat->setMaxLength(127);
-        QWidget* fields[] = {c.tick,  c.minortick, c.ticklen,   c.mticklen, c.skipinter,
-                             c.grid,  c.thick,     c.tickscale, c.tickoff,  c.tickformat};
+        QWidget* fields[] = {c.tick, c.minortick, c.ticklen,   c.mticklen, c.skipinter,
+                             c.grid, c.thick,     c.tickscale, c.tickoff,  c.tickformat};
         for (int r = 0; r < 10; ++r) grid->addWidget(fields[r], r + 1, d + 1);
     }
     auto* ok = new QPushButton("OK");

@@ -55,7 +55,7 @@ TEST_F(FormAxisTest, OneDValuesReachNewPlotsAndComeBackFromThePreferences) {
         QTest::keyClicks(tick, "2.5");
         EXPECT_EQ(tick->text(), "2.5");
         auto* skip = Field<QSpinBox>(form, "axis1d_y_skipinter");
-        skip->lineEdit()->selectAll();
+        skip->selectAll();
         QTest::keyClicks(skip, "x");
         EXPECT_EQ(skip->value(), 0);
         Field<QLineEdit>(form, "axis1d_x_tickformat")->setText("%.1f");

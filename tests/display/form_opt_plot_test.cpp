@@ -67,7 +67,7 @@ TEST_F(FormOptPlotTest, XyFieldsRefuseLettersReachNewPlotsAndComeBack) {
         QTest::keyClicks(color, "xyz00ff00");  // x, y, z refused
         EXPECT_EQ(color->text(), "00ff00");
         auto* thick = form->findChild<QSpinBox*>("optxy_thick");
-        thick->lineEdit()->selectAll();
+        thick->selectAll();
         QTest::keyClicks(thick, "abc");
         EXPECT_EQ(thick->value(), 1);
         thick->setValue(4);
