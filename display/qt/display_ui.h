@@ -2,8 +2,9 @@
 // (a document, a CFrame2d in the multiple-document area and its view), the 1d and xy ones
 // (CDoc1d, CFrame1d, CView1d or CViewXy) and the spreadsheet's (a CFrameEdit around a
 // CViewEdit), docks CFormWL and
-// binds it to the active image view, and adds the "display" menu with the new-display
-// forms. CDisplayModules holds the display options and enters them in their slots of the
+// binds it to the active image view, adds the "display" menu with the new-display forms and
+// gives the main window's option entries their forms (1d and xy display, 1d and xy axis).
+// CDisplayModules holds the display options and enters them in their slots of the
 // option table.
 //
 //   CDisplayModules modules;
