@@ -365,10 +365,8 @@ void CNew1d::PrintfOptions(FILE* file) const {
     std::fprintf(file, "1d_axis%s", font);
 }
 
-void CNew1d::SetLookDefaults() const {
-    CLookDefaults& d = LookDefaults(0x10000);
-    d.scroll_time = scroll_time;
-    d.roi_color = static_cast<int>(roicolor);
+void CNewPlot::SetLookDefaults() const {
+    CLookDefaults& d = LookDefaults(kind);
     d.bg = static_cast<int>(backcolor);
     // Axis kinds 1 to 4 stand bottom, left, top, right; the options list top, bottom, left,
     // right.
@@ -382,15 +380,56 @@ void CNew1d::SetLookDefaults() const {
     }
 }
 
+void CNew1d::SetLookDefaults() const {
+    CNewPlot::SetLookDefaults();
+    CLookDefaults& d = LookDefaults(kind);
+    d.scroll_time = scroll_time;
+    d.roi_color = static_cast<int>(roicolor);
+}
+
 int CNewXy::ScanfOptions(CKeyReader& reader) {
-    if (reader.String("xy_nameformat=", &nameformat)) return 1;
-    return reader.Font("xy_font=", &font);
+    int taken = 1;
+    if (reader.String("xy_nameformat=", &nameformat)) {
+    } else if (reader.Font("xy_font=", &axisfont)) {
+    } else if (reader.Int("xy_iqmp=", &iqmp)) {
+    } else if (reader.Int("xy_thick=", &thick)) {
+    } else if (reader.Int("xy_symbol=", &symbol)) {
+    } else if (reader.Int("xy_symsize=", &symsize)) {
+    } else if (reader.Hex("xy_linecolor=", &linecolor)) {
+    } else if (reader.Hex("xy_linecolor2=", &linecolor2)) {
+    } else if (reader.Hex("xy_axiscolor=", &axiscolor)) {
+    } else if (reader.Hex("xy_backcolor=", &backcolor)) {
+    } else if (reader.Int2("xy_plotsize(pixels)=", &plotsize[0], &plotsize[1])) {
+    } else if (reader.Int("xy_axis_top=", &axis[0]) || reader.Int("xy_axis_bottom=", &axis[1]) ||
+               reader.Int("xy_axis_left=", &axis[2]) || reader.Int("xy_axis_right=", &axis[3])) {
+    } else if (reader.Int("xy_axis_top_text=", &axis_text[0]) ||
+               reader.Int("xy_axis_bottom_text=", &axis_text[1]) ||
+               reader.Int("xy_axis_left_text=", &axis_text[2]) ||
+               reader.Int("xy_axis_right_text=", &axis_text[3])) {
+    } else {
+        taken = 0;
+    }
+    if (taken) SetLookDefaults();
+    return taken;
 }
 
 void CNewXy::PrintfOptions(FILE* file) const {
     std::fprintf(file, "\n// xy plot options\n");
     std::fprintf(file, "xy_nameformat= %s\n", nameformat.c_str());
     char line[160];
-    FontLine(line, sizeof line, font);
+    FontLine(line, sizeof line, axisfont);
     std::fprintf(file, "xy_%s", line);
+    std::fprintf(file, "xy_iqmp= %d\n", iqmp);
+    std::fprintf(file, "xy_thick= %d\n", thick);
+    std::fprintf(file, "xy_symbol= %d\n", symbol);
+    std::fprintf(file, "xy_symsize= %d\n", symsize);
+    std::fprintf(file, "xy_linecolor= %x\n", linecolor);
+    std::fprintf(file, "xy_linecolor2= %x\n", linecolor2);
+    std::fprintf(file, "xy_axiscolor= %x\n", axiscolor);
+    std::fprintf(file, "xy_backcolor= %x\n", backcolor);
+    std::fprintf(file, "xy_plotsize(pixels)= %d %d\n", plotsize[0], plotsize[1]);
+    static const char* kSides[4] = {"top", "bottom", "left", "right"};
+    for (int k = 0; k < 4; ++k) std::fprintf(file, "xy_axis_%s= %d\n", kSides[k], axis[k]);
+    for (int k = 0; k < 4; ++k)
+        std::fprintf(file, "xy_axis_%s_text= %d\n", kSides[k], axis_text[k]);
 }

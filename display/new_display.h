@@ -80,19 +80,16 @@ class CNewRgb : public CNewDisplay {
     bool Check(const CDataSpace& space, CZrkData* found[3]) override;
 };
 
-class CNew1d : public CNewDisplay {
+// What 1d and xy plots share: the lines' and axes' colours, line thickness and marks, the
+// window's size and which axes are shown and labelled.
+class CNewPlot : public CNewDisplay {
   public:
-    // The plots' axes follow these options from the start.
-    CNew1d() : CNewDisplay(0x10000, "p%02d") { CNew1d::SetLookDefaults(); }
-    int ScanfOptions(CKeyReader& reader);
-    void PrintfOptions(FILE* file) const;
-    std::string UpdateStatus(const CDataSpace& space) override;
+    using CNewDisplay::CNewDisplay;
     // New plots' looks take the fields as they stand now.
     void UpdateLookDefaults() const { SetLookDefaults(); }
 
-    unsigned roicolor = 255, ncolor = 8, linecolor = 0, linecolor2 = 0xff, axiscolor = 0,
-             backcolor = 0xffffff;
-    int thick = 1, symbol = 0, symsize = 4, scroll_time = 100;
+    unsigned linecolor = 0, linecolor2 = 0xff, axiscolor = 0, backcolor = 0xffffff;
+    int thick = 1, symbol = 0, symsize = 4;
     int plotsize[2] = {512, 256};
     int axis[4] = {0, 1, 1, 0};  // top, bottom, left, right
     int axis_text[4] = {0, 1, 1, 0};
@@ -103,13 +100,26 @@ class CNew1d : public CNewDisplay {
     void SetLookDefaults() const override;
 };
 
-class CNewXy : public CNewDisplay {
+class CNew1d : public CNewPlot {
   public:
-    CNewXy() : CNewDisplay(0x40000, "xy%02d") {}
+    // The plots' axes follow these options from the start.
+    CNew1d() : CNewPlot(0x10000, "p%02d") { CNew1d::SetLookDefaults(); }
     int ScanfOptions(CKeyReader& reader);
     void PrintfOptions(FILE* file) const;
+    std::string UpdateStatus(const CDataSpace& space) override;
 
-    CFont font;
+    unsigned roicolor = 255, ncolor = 8;
+    int scroll_time = 100;
+
+  protected:
+    void SetLookDefaults() const override;
+};
+
+class CNewXy : public CNewPlot {
+  public:
+    CNewXy() : CNewPlot(0x40000, "xy%02d") { CNewPlot::SetLookDefaults(); }
+    int ScanfOptions(CKeyReader& reader);
+    void PrintfOptions(FILE* file) const;
 
   protected:
     bool Check(const CDataSpace& space, CZrkData* found[3]) override;

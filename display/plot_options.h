@@ -1,8 +1,11 @@
-// C1d: the options of the plot views that are not the new-display holder's: whether the y
-// axis stays put when the x range is zoomed.
+// C1d: the options of the plot views that are not the new-display holders': whether the y
+// axis stays put when the x range is zoomed, and the axis options of 1d and xy plots.
 #pragma once
 
 #include <cstdio>
+
+#include "display/axis_options.h"
+#include "display/look.h"
 
 class CKeyReader;
 
@@ -12,6 +15,8 @@ struct C1d {
 
     // 1: y keeps its range through zooms; 0: y is found again from the samples shown.
     int axis_lock = 0;
+    CAxisOptions axes_1d{LOOK_1D};
+    CAxisOptions axes_xy{LOOK_XY};
 };
 
 C1d& Global1d();

@@ -86,7 +86,7 @@ double TickSpacing(double tick, double span, double pixels, double spacing) {
     return 10 * decade;
 }
 
-CPlotView::CPlotView(CDisplayEntry& doc, const C1d& options, const CNew1d* defaults)
+CPlotView::CPlotView(CDisplayEntry& doc, const C1d& options, const CNewPlot* defaults)
     : CMdiView(doc), defaults_(defaults) {
     axis_lock = options.axis_lock;
     if (defaults) lines_overlayed = defaults->lines_overlayed;

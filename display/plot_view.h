@@ -25,7 +25,7 @@
 #include "display/view_state.h"
 
 struct C1d;
-class CNew1d;
+class CNewPlot;
 
 // Width of a text in pixels and the height of a line, from the toolkit's font metrics.
 struct CTextMetrics {
@@ -67,7 +67,7 @@ class CPlotView : public CMdiView {
     static const char* const kCursorNames[kCursorModes];
 
     // `defaults` gives the lines a new row gets (colours, thickness, symbol); may be null.
-    CPlotView(CDisplayEntry& doc, const C1d& options, const CNew1d* defaults);
+    CPlotView(CDisplayEntry& doc, const C1d& options, const CNewPlot* defaults);
 
     bool IsXy() const { return (Look().flags & LOOK_XY) != 0; }
     // x from positions (xy, or a 1d plot against an array): zooms are boxes, not windows of
@@ -179,7 +179,7 @@ class CPlotView : public CMdiView {
     // After an edit of the array: undo taken, stale, redrawn.
     void Replace(CZrkData* result, const char* what);
 
-    const CNew1d* defaults_;
+    const CNewPlot* defaults_;
     std::vector<std::vector<float>> ys_, xs_;  // xs_ empty in a 1d plot without x positions
     std::vector<std::vector<float>> errs_;     // the err_y row of each line, or empty
     res_t shape_[3] = {0, 0, 0};               // nx, ny, nz at the last read

@@ -14,8 +14,9 @@
 #include "display/plot_options.h"
 #include "display/qt/doc_1d.h"
 #include "display/qt/doc_2d.h"
+#include "display/qt/form_axis.h"
 #include "display/qt/form_new.h"
-#include "display/qt/form_opt_1d.h"
+#include "display/qt/form_opt_plot.h"
 #include "display/qt/form_wl.h"
 #include "display/qt/frame_1d.h"
 #include "display/qt/frame_2d.h"
@@ -114,14 +115,34 @@ CDisplayUi::CDisplayUi(QMainWindow& frame, QMdiArea& mdi, CDataSpace& space,
     add("new xy display...", "action_new_xy",
         [this] { return std::make_unique<CFormNewXy>(modules_.new_xy, space_, &frame_); });
     menu->addAction(form_->toggleViewAction());
-    // The main window's "1d display..." entry stands disabled until a form is given to it.
-    if (QAction* options = frame.findChild<QAction*>("action_options_1d")) {
-        options->setEnabled(true);
-        connect(options, &QAction::triggered, this, [this] {
-            CFormOpt1d form(modules_.new_1d, Global1d(), &frame_);
-            form.exec();
-        });
-    }
+    // The main window's option entries stand disabled until a form is given to them.
+    auto option = [&frame, this](const char* name, auto run) {
+        if (QAction* a = frame.findChild<QAction*>(name)) {
+            a->setEnabled(true);
+            connect(a, &QAction::triggered, this, run);
+        }
+    };
+    option("action_options_1d", [this] {
+        CFormOptPlot form(modules_.new_1d, &Global1d(), &frame_);
+        form.exec();
+    });
+    option("action_options_xy", [this] {
+        CFormOptPlot form(modules_.new_xy, nullptr, &frame_);
+        form.exec();
+    });
+    option("action_axis_1d", [this] { OnAxisOptions(Global1d().axes_1d); });
+    option("action_axis_xy", [this] { OnAxisOptions(Global1d().axes_xy); });
+}
+
+void CDisplayUi::OnAxisOptions(CAxisOptions& options) {
+    CFormAxis form(options, &frame_);
+    if (form.exec() != QDialog::Accepted) return;
+    // The plot at hand takes them too when it is of the kind, so the change shows at once.
+    auto* f = qobject_cast<CFrame1d*>(mdi_.activeSubWindow());
+    auto* view = f ? qobject_cast<CView1d*>(f->View()) : nullptr;
+    if (!view || view->IsXy() != (options.kind == LOOK_XY)) return;
+    options.Apply(view->Look());
+    view->Draw();
 }
 
 CDisplayUi::~CDisplayUi() {
@@ -195,9 +216,10 @@ CDisplayEntry* CDisplayUi::OpenPlot(const CDisplayRequest& request) {
     const std::string name = !request.name.empty() ? request.name : request.data[0]->name;
     std::snprintf(doc->name, sizeof doc->name, "%s", name.c_str());
     CDoc1d* raw = doc.get();
-    CView1d* view = request.kind == LOOK_XY
-                        ? new CViewXy(*raw, space_, Global1d(), &modules_.new_1d)
-                        : new CView1d(*raw, space_, Global1d(), &modules_.new_1d);
+    const bool xy = request.kind == LOOK_XY;
+    const CNewPlot& holder = xy ? static_cast<const CNewPlot&>(modules_.new_xy) : modules_.new_1d;
+    CView1d* view = xy ? new CViewXy(*raw, space_, Global1d(), &holder)
+                       : new CView1d(*raw, space_, Global1d(), &holder);
     auto* frame = new CFrame1d(raw, view);
     if (!GlobalWindowSpace().NewData(std::move(doc))) {
         raw->SetFrame(nullptr);
@@ -211,7 +233,7 @@ CDisplayEntry* CDisplayUi::OpenPlot(const CDisplayRequest& request) {
     connect(view, &CView1d::saveRequested, this, [this](CZrkData* a) {
         if (save_array) save_array(a);
     });
-    const int* size = modules_.new_1d.plotsize;
+    const int* size = holder.plotsize;
     frame->resize(std::clamp(size[0], 64, std::max(64, mdi_.width() - 40)) + 12,
                   std::clamp(size[1], 48, std::max(48, mdi_.height() - 80)) + 60);
     frame->show();

@@ -2,8 +2,9 @@
 // (a document, a CFrame2d in the multiple-document area and its view), the 1d and xy ones
 // (CDoc1d, CFrame1d, CView1d or CViewXy) and the spreadsheet's (a CFrameEdit around a
 // CViewEdit), docks CFormWL and
-// binds it to the active image view, and adds the "display" menu with the new-display
-// forms. CDisplayModules holds the display options and enters them in their slots of the
+// binds it to the active image view, adds the "display" menu with the new-display forms and
+// gives the main window's option entries their forms (1d and xy display, 1d and xy axis).
+// CDisplayModules holds the display options and enters them in their slots of the
 // option table.
 //
 //   CDisplayModules modules;
@@ -17,6 +18,7 @@
 #include "display/display_entry.h"
 #include "display/new_display.h"
 
+class CAxisOptions;
 class CDataSpace;
 class CFormWL;
 class COptionTable;
@@ -53,6 +55,8 @@ class CDisplayUi : public QObject {
 
   private:
     void Activate(CView2d* view);
+    // The "axis etc" form of one plot kind; on OK the active plot of that kind takes it too.
+    void OnAxisOptions(CAxisOptions& options);
 
     QMainWindow& frame_;
     QMdiArea& mdi_;

@@ -83,7 +83,7 @@ void Symbol(QPainter& p, int symbol, double x, double y, double s, const QColor&
 
 }  // namespace
 
-CView1d::CView1d(CMdiDoc& doc, CDataSpace& space, const C1d& options, const CNew1d* defaults,
+CView1d::CView1d(CMdiDoc& doc, CDataSpace& space, const C1d& options, const CNewPlot* defaults,
                  QWidget* parent)
     : QWidget(parent), CPlotView(doc, options, defaults), space_(space) {
     setObjectName("view_1d");

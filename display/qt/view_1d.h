@@ -19,7 +19,7 @@ class QPainter;
 class CView1d : public QWidget, public CPlotView {
     Q_OBJECT
   public:
-    CView1d(CMdiDoc& doc, CDataSpace& space, const C1d& options, const CNew1d* defaults,
+    CView1d(CMdiDoc& doc, CDataSpace& space, const C1d& options, const CNewPlot* defaults,
             QWidget* parent = nullptr);
 
     // Paints the whole plot into `image` at its size.

@@ -7,6 +7,6 @@
 class CViewXy : public CView1d {
     Q_OBJECT
   public:
-    CViewXy(CMdiDoc& doc, CDataSpace& space, const C1d& options, const CNew1d* defaults,
+    CViewXy(CMdiDoc& doc, CDataSpace& space, const C1d& options, const CNewPlot* defaults,
             QWidget* parent = nullptr);
 };

@@ -184,4 +184,44 @@ TEST_F(NewDisplayTest, OptionsOf2dGoOutAndComeBack) {
     std::fclose(reset);
 }
 
+TEST_F(NewDisplayTest, OptionsOfXyGoOutAndComeBackApartFrom1d) {
+    const CLookDefaults saved = LookDefaults(LOOK_XY);
+    CNewXy n;
+    n.iqmp = 3, n.linecolor = 0xff00, n.backcolor = 0x202020, n.symbol = 2, n.plotsize[0] = 300;
+    n.axis[3] = 1, n.axis_text[2] = 0;
+    char buffer[2048] = {};
+    FILE* out = fmemopen(buffer, sizeof buffer, "w");
+    n.PrintfOptions(out);
+    std::fclose(out);
+    EXPECT_NE(std::string(buffer).find("xy_linecolor= ff00\n"), std::string::npos);
+    EXPECT_NE(std::string(buffer).find("xy_plotsize(pixels)= 300 256\n"), std::string::npos);
+    CNewXy back;
+    CNew1d other;
+    FILE* in = fmemopen(buffer, std::strlen(buffer), "r");
+    CKeyReader reader(in);
+    int foreign = 0;
+    try {
+        for (;;) {
+            reader.Next();
+            back.ScanfOptions(reader);
+            foreign += other.ScanfOptions(reader);
+        }
+    } catch (const CKeyReader::EndOfFile&) {
+    }
+    std::fclose(in);
+    EXPECT_EQ(foreign, 0);  // no xy key is a 1d one
+    EXPECT_EQ(back.iqmp, 3);
+    EXPECT_EQ(back.linecolor, 0xff00u);
+    EXPECT_EQ(back.backcolor, 0x202020u);
+    EXPECT_EQ(back.symbol, 2);
+    EXPECT_EQ(back.plotsize[0], 300);
+    // New xy looks start from these: kind 4 is the right axis, kind 2 the left.
+    const CLook look(LOOK_XY);
+    EXPECT_EQ(look.screen.bg, 0x202020);
+    EXPECT_EQ(look.axes[3].show, 1);
+    EXPECT_EQ(look.axes[1].label, 0);
+    EXPECT_EQ(CLook(LOOK_1D).axes[1].label, 1);
+    LookDefaults(LOOK_XY) = saved;
+}
+
 }  // namespace

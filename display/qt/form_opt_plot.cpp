@@ -1,4 +1,4 @@
-#include "display/qt/form_opt_1d.h"
+#include "display/qt/form_opt_plot.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -8,12 +8,13 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpressionValidator>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
 namespace {
 
-QSpinBox* Spin(const char* name, int lo, int hi, int value) {
+QSpinBox* Spin(const QString& name, int lo, int hi, int value) {
     auto* s = new QSpinBox;
     s->setObjectName(name);
     s->setRange(lo, hi);
@@ -23,38 +24,45 @@ QSpinBox* Spin(const char* name, int lo, int hi, int value) {
 
 }  // namespace
 
-CFormOpt1d::CFormOpt1d(CNew1d& holder, C1d& options, QWidget* parent)
+CFormOptPlot::CFormOptPlot(CNewPlot& holder, C1d* options, QWidget* parent)
     : QDialog(parent), holder_(holder), options_(options) {
-    setObjectName("form_opt_1d");
-    setWindowTitle("1d display");
+    const bool xy = holder.kind == LOOK_XY;
+    const QString kind = xy ? "xy" : "1d";
+    // Every field's name starts with "opt1d_" or "optxy_".
+    auto name = [&kind](const char* field) { return QString("opt%1_%2").arg(kind, field); };
+    setObjectName("form_opt_" + kind);
+    setWindowTitle(kind + " display");
     auto* form = new QFormLayout;
     nameformat_ = new QLineEdit(QString::fromStdString(holder.nameformat));
-    nameformat_->setObjectName("opt1d_nameformat");
+    nameformat_->setObjectName(name("nameformat"));
     form->addRow("name format", nameformat_);
     iqmp_ = new QComboBox;
-    iqmp_->setObjectName("opt1d_iqmp");
+    iqmp_->setObjectName(name("iqmp"));
     iqmp_->addItems({"i", "q", "mag", "phase"});
     iqmp_->setCurrentIndex(std::clamp(holder.iqmp, 0, 3));
     form->addRow("channel", iqmp_);
     const unsigned colors[4] = {holder.linecolor, holder.linecolor2, holder.axiscolor,
                                 holder.backcolor};
-    static const char* kColors[4][2] = {{"line colour", "opt1d_linecolor"},
-                                        {"second line colour", "opt1d_linecolor2"},
-                                        {"axis colour", "opt1d_axiscolor"},
-                                        {"background", "opt1d_backcolor"}};
+    static const char* kColors[4][2] = {{"line colour", "linecolor"},
+                                        {"second line colour", "linecolor2"},
+                                        {"axis colour", "axiscolor"},
+                                        {"background", "backcolor"}};
+    // Only hexadecimal digits go into a colour.
+    auto* hex = new QRegularExpressionValidator(QRegularExpression("[0-9a-fA-F]{1,6}"), this);
     for (int k = 0; k < 4; ++k) {
         colors_[k] = new QLineEdit(QString::number(colors[k], 16));
-        colors_[k]->setObjectName(kColors[k][1]);
+        colors_[k]->setObjectName(name(kColors[k][1]));
+        colors_[k]->setValidator(hex);
         form->addRow(kColors[k][0], colors_[k]);
     }
-    thick_ = Spin("opt1d_thick", 1, 20, holder.thick);
+    thick_ = Spin(name("thick"), 1, 20, holder.thick);
     form->addRow("line thickness", thick_);
-    symbol_ = Spin("opt1d_symbol", 0, 8, holder.symbol);
+    symbol_ = Spin(name("symbol"), 0, 8, holder.symbol);
     form->addRow("symbol (0 none)", symbol_);
-    symsize_ = Spin("opt1d_symsize", 1, 64, holder.symsize);
+    symsize_ = Spin(name("symsize"), 1, 64, holder.symsize);
     form->addRow("symbol size", symsize_);
-    width_ = Spin("opt1d_width", 64, 4096, holder.plotsize[0]);
-    height_ = Spin("opt1d_height", 48, 4096, holder.plotsize[1]);
+    width_ = Spin(name("width"), 64, 4096, holder.plotsize[0]);
+    height_ = Spin(name("height"), 48, 4096, holder.plotsize[1]);
     auto* size = new QHBoxLayout;
     size->addWidget(width_);
     size->addWidget(height_);
@@ -66,39 +74,41 @@ CFormOpt1d::CFormOpt1d(CNew1d& holder, C1d& options, QWidget* parent)
     for (int k = 0; k < 4; ++k) {
         axes->addWidget(new QLabel(kSides[k]), 0, k + 1);
         axis_[k] = new QCheckBox;
-        axis_[k]->setObjectName(QString("opt1d_axis_%1").arg(kSides[k]));
+        axis_[k]->setObjectName(name("axis_") + kSides[k]);
         axis_[k]->setChecked(holder.axis[k] != 0);
         axes->addWidget(axis_[k], 1, k + 1);
         axis_text_[k] = new QCheckBox;
-        axis_text_[k]->setObjectName(QString("opt1d_axis_%1_text").arg(kSides[k]));
+        axis_text_[k]->setObjectName(name("axis_") + kSides[k] + "_text");
         axis_text_[k]->setChecked(holder.axis_text[k] != 0);
         axes->addWidget(axis_text_[k], 2, k + 1);
     }
     form->addRow("axes", axes);
-    overlayed_ = new QCheckBox("rows share one axis");
-    overlayed_->setObjectName("opt1d_overlayed");
-    overlayed_->setChecked(holder.lines_overlayed != 0);
-    form->addRow("", overlayed_);
-    lock_ = new QCheckBox("y axis stays through zooms");
-    lock_->setObjectName("opt1d_axis_lock");
-    lock_->setChecked(options.axis_lock != 0);
-    form->addRow("", lock_);
+    if (options) {
+        overlayed_ = new QCheckBox("rows share one axis");
+        overlayed_->setObjectName(name("overlayed"));
+        overlayed_->setChecked(holder.lines_overlayed != 0);
+        form->addRow("", overlayed_);
+        lock_ = new QCheckBox("y axis stays through zooms");
+        lock_->setObjectName(name("axis_lock"));
+        lock_->setChecked(options->axis_lock != 0);
+        form->addRow("", lock_);
+    }
     auto* ok = new QPushButton("OK");
-    ok->setObjectName("opt1d_ok");
+    ok->setObjectName(name("ok"));
     ok->setDefault(true);
     auto* cancel = new QPushButton("cancel");
-    cancel->setObjectName("opt1d_cancel");
+    cancel->setObjectName(name("cancel"));
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(ok);
     buttons->addWidget(cancel);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
     layout->addLayout(buttons);
-    connect(ok, &QPushButton::clicked, this, &CFormOpt1d::OnOk);
+    connect(ok, &QPushButton::clicked, this, &CFormOptPlot::OnOk);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
 }
 
-void CFormOpt1d::OnOk() {
+void CFormOptPlot::OnOk() {
     if (!nameformat_->text().isEmpty()) holder_.nameformat = nameformat_->text().toStdString();
     holder_.iqmp = iqmp_->currentIndex();
     unsigned* colors[4] = {&holder_.linecolor, &holder_.linecolor2, &holder_.axiscolor,
@@ -118,8 +128,10 @@ void CFormOpt1d::OnOk() {
         holder_.axis[k] = axis_[k]->isChecked();
         holder_.axis_text[k] = axis_text_[k]->isChecked();
     }
-    holder_.lines_overlayed = overlayed_->isChecked();
-    options_.axis_lock = lock_->isChecked();
+    if (options_) {
+        holder_.lines_overlayed = overlayed_->isChecked();
+        options_->axis_lock = lock_->isChecked();
+    }
     holder_.UpdateLookDefaults();
     accept();
 }
