@@ -11,6 +11,32 @@
 #include "core/window_space.h"
 #include "display/display_entry.h"
 
+// Low and high of the finite samples of v[0 .. n); lo > hi when none is. Eight lanes kept
+// apart so that the loop vectorises without reordering a reduction; the comparisons pass NaN
+// by, and an infinity met sends the column through the exact loop.
+void FiniteSpanRange(const float* v, size_t n, float* lo_out, float* hi_out) {
+    float lo[8], hi[8];
+    std::fill(lo, lo + 8, HUGE_VALF);
+    std::fill(hi, hi + 8, -HUGE_VALF);
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8)
+        for (int k = 0; k < 8; ++k) {
+            lo[k] = v[i + k] < lo[k] ? v[i + k] : lo[k];
+            hi[k] = v[i + k] > hi[k] ? v[i + k] : hi[k];
+        }
+    for (; i < n; ++i) {
+        lo[0] = v[i] < lo[0] ? v[i] : lo[0];
+        hi[0] = v[i] > hi[0] ? v[i] : hi[0];
+    }
+    float a = *std::min_element(lo, lo + 8), b = *std::max_element(hi, hi + 8);
+    if (a == -HUGE_VALF || b == HUGE_VALF) {
+        a = HUGE_VALF, b = -HUGE_VALF;
+        for (size_t k = 0; k < n; ++k)
+            if (std::isfinite(v[k])) a = std::min(a, v[k]), b = std::max(b, v[k]);
+    }
+    *lo_out = a, *hi_out = b;
+}
+
 bool FiniteRange(const CZrkData* a, int iqmp, float& lo, float& hi) {
     lo = std::numeric_limits<float>::max();
     hi = -lo;
@@ -21,8 +47,9 @@ bool FiniteRange(const CZrkData* a, int iqmp, float& lo, float& hi) {
     for (uint64_t k = 0; k < n; k += block.size()) {
         const size_t m = static_cast<size_t>(std::min<uint64_t>(block.size(), n - k));
         in.GetBlock(block.data(), k, m);
-        for (size_t i = 0; i < m; ++i)
-            if (std::isfinite(block[i])) lo = std::min(lo, block[i]), hi = std::max(hi, block[i]);
+        float l, h;
+        FiniteSpanRange(block.data(), m, &l, &h);
+        lo = std::min(lo, l), hi = std::max(hi, h);
     }
     return lo <= hi;
 }

@@ -4,6 +4,8 @@
 // arrays marked changed or shape_changed; then those three flags clear on every array.
 #pragma once
 
+#include <cstddef>
+
 class CDataSpace;
 class CPlane;
 class CWindowSpace;
@@ -11,6 +13,8 @@ class CZrkData;
 
 void UpdateDisplays(CDataSpace& space, CWindowSpace& windows);
 
+// Low and high of the finite samples of v[0 .. n); low above high when none is.
+void FiniteSpanRange(const float* v, size_t n, float* lo, float* hi);
 // Smallest and largest finite sample of `a` through channel `iqmp` (complex arrays only);
 // false when there is none.
 bool FiniteRange(const CZrkData* a, int iqmp, float& lo, float& hi);

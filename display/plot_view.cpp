@@ -10,6 +10,7 @@
 #include "core/host.h"
 #include "core/number_format.h"
 #include "core/report.h"
+#include "display/display_update.h"
 #include "display/new_display.h"
 #include "display/plot_options.h"
 #include "display/roi_mask.h"
@@ -43,32 +44,6 @@ std::vector<float> Row(const CZrkData* a, uint64_t row, int iqmp, bool radians =
 std::string F(double v) { return FormatFloat(v, "default"); }
 
 bool IsX(int kind) { return kind == 1 || kind == 3; }
-
-// Low and high of the finite samples of v[0 .. n); lo > hi when none is. Eight lanes kept
-// apart so that the loop vectorises without reordering a reduction; the comparisons pass NaN
-// by, and an infinity met sends the column through the exact loop.
-void ColumnRange(const float* v, size_t n, float* lo_out, float* hi_out) {
-    float lo[8], hi[8];
-    std::fill(lo, lo + 8, HUGE_VALF);
-    std::fill(hi, hi + 8, -HUGE_VALF);
-    size_t i = 0;
-    for (; i + 8 <= n; i += 8)
-        for (int k = 0; k < 8; ++k) {
-            lo[k] = v[i + k] < lo[k] ? v[i + k] : lo[k];
-            hi[k] = v[i + k] > hi[k] ? v[i + k] : hi[k];
-        }
-    for (; i < n; ++i) {
-        lo[0] = v[i] < lo[0] ? v[i] : lo[0];
-        hi[0] = v[i] > hi[0] ? v[i] : hi[0];
-    }
-    float a = *std::min_element(lo, lo + 8), b = *std::max_element(hi, hi + 8);
-    if (a == -HUGE_VALF || b == HUGE_VALF) {
-        a = HUGE_VALF, b = -HUGE_VALF;
-        for (size_t k = 0; k < n; ++k)
-            if (std::isfinite(v[k])) a = std::min(a, v[k]), b = std::max(b, v[k]);
-    }
-    *lo_out = a, *hi_out = b;
-}
 
 }  // namespace
 
@@ -169,7 +144,7 @@ void CPlotView::FindMaxmin() {
         float lo = HUGE_VALF, hi = -HUGE_VALF;
         for (const std::vector<float>& r : rows) {
             float a, b;
-            ColumnRange(r.data(), r.size(), &a, &b);
+            FiniteSpanRange(r.data(), r.size(), &a, &b);
             lo = std::min(lo, a), hi = std::max(hi, b);
         }
         out[0] = lo, out[1] = hi;
@@ -395,7 +370,7 @@ std::vector<CSeriesPath> CPlotView::Paths() const {
                 for (int c = 0; c < width_; ++c) {
                     const size_t s0 = i0 + count * c / width_, s1 = i0 + count * (c + 1) / width_;
                     float lo, hi;
-                    ColumnRange(y.data() + s0, s1 - s0, &lo, &hi);
+                    FiniteSpanRange(y.data() + s0, s1 - s0, &lo, &hi);
                     if (!(lo <= hi)) {
                         path.x.push_back(nan), path.y.push_back(nan);
                         continue;
