@@ -265,6 +265,9 @@ int main(int argc, char** argv) {
                     QTimer::singleShot(300, [&] {
                         if (!frame->screen()->grabWindow(frame->winId()).save(argv[6])) status = 1;
                         if (argc < 15) return finish();
+                        // The ellipse belongs to the region picture, not to the stiffness map.
+                        bar->Edit()->setText("free(roi_ellip)");
+                        bar->OnEquEval();
                         if (ShowInversion(frame, argv + 7, argv[14])) status = 1;
                         if (argc >= 16 && ShowPlot(app, argv[15])) status = 1;
                         finish();
