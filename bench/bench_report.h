@@ -4,6 +4,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -37,4 +39,18 @@ inline std::vector<double> PeerFigures(const std::string& script, const std::str
     for (double& f : figures)
         if (!pipe || std::fscanf(pipe.get(), "%lf", &f) != 1) return {};
     return figures;
+}
+
+// The shortest of `reps` timed calls of f, in seconds: the figure least stretched by a
+// shared machine.
+template <class F>
+double BestSeconds(F&& f, int reps = 3) {
+    double best = 1e30;
+    for (int r = 0; r < reps; ++r) {
+        const auto t0 = std::chrono::steady_clock::now();
+        f();
+        const std::chrono::duration<double> d = std::chrono::steady_clock::now() - t0;
+        best = std::min(best, d.count());
+    }
+    return best;
 }

@@ -24,18 +24,6 @@ constexpr double kPi = std::numbers::pi;
 constexpr int kNx = 128, kNy = 80, kNz = 25;
 constexpr double kDx = 0.002, kFreq = 60.0, kSpeed = 2.0;
 
-template <class F>
-double best_seconds(F&& f, int reps = 3) {
-    double best = 1e30;
-    for (int r = 0; r < reps; ++r) {
-        auto t0 = std::chrono::steady_clock::now();
-        f();
-        std::chrono::duration<double> d = std::chrono::steady_clock::now() - t0;
-        best = std::min(best, d.count());
-    }
-    return best;
-}
-
 // Three components of a wave along x and z at 2 m/s, 60 Hz, as planar pairs; the SciPy peer
 // builds the same volume.
 std::vector<float> harmonic_volume() {
@@ -76,19 +64,19 @@ void speed_against_bounds() {
     p.di_type = 2;
     p.di_win[0] = p.di_win[1] = 11;
     p.di_2d = 1;
-    double romano = best_seconds([&] { direct_3d_XYZ(&p, pairs.data(), nullptr); });
+    double romano = BestSeconds([&] { direct_3d_XYZ(&p, pairs.data(), nullptr); });
     p.di_type = 0;
     p.di_2d = 0;
     p.di_win[0] = p.di_win[1] = 11;
     p.di_win[2] = 5;
-    double division3 = best_seconds([&] { direct_3d_XYZ(&p, pairs.data(), nullptr); }, 1);
+    double division3 = BestSeconds([&] { direct_3d_XYZ(&p, pairs.data(), nullptr); }, 1);
     p.di_aide = 1;
     p.di_sg_mode = kAideSpeed;
     p.di_win[0] = p.di_win[1] = 7;
     p.di_win[2] = 5;
-    double aide = best_seconds([&] { direct_3d_XYZ(&p, pairs.data(), nullptr); }, 1);
+    double aide = BestSeconds([&] { direct_3d_XYZ(&p, pairs.data(), nullptr); }, 1);
     p.pg_mode = 1;
-    double pg = best_seconds([&] { pg_3d_XYZ(&p, pairs.data(), nullptr); }, 1);
+    double pg = BestSeconds([&] { pg_3d_XYZ(&p, pairs.data(), nullptr); }, 1);
     free_all_sequences();
     const std::vector<double> py = PeerFigures("inversion_numpy.py", "", 1);
     std::printf(
@@ -111,7 +99,7 @@ void matched_filter_speed() {
     wave_params p = acquisition();
     int stiff = 0;
     p.mf_stiff = &stiff;
-    double whole = best_seconds([&] { mf_3d_XYZ(&p, pairs.data(), nullptr); }, 1);
+    double whole = BestSeconds([&] { mf_3d_XYZ(&p, pairs.data(), nullptr); }, 1);
     free_all_sequences();
     // One slice: per pixel the separable correlation against the double sum over the window.
     const int win[2] = {17, 17}, rows = 17, cols = 17;
@@ -122,13 +110,13 @@ void matched_filter_speed() {
     gx = gy;
     std::vector<mf_complex> core(rows * cols, mf_complex(0.3f, 0.7f)), F(rows * cols);
     const int npix = kNx * kNy;
-    double sep = best_seconds([&] {
+    double sep = BestSeconds([&] {
         for (int i = 0; i < npix; ++i) {
             core[i % (rows * cols)] += 1e-7f;
             window_correlate(core.data(), F.data(), gy.data(), gx.data(), g2.data(), win);
         }
     });
-    double twice = best_seconds(
+    double twice = BestSeconds(
         [&] {
             for (int i = 0; i < npix; ++i) {
                 core[i % (rows * cols)] += 1e-7f;

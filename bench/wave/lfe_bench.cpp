@@ -27,18 +27,6 @@ constexpr double kPi = std::numbers::pi;
 constexpr int kNx = 128, kNy = 80, kNz = 25, kNt = 8;
 constexpr double kDx = 0.002, kFreq = 60.0, kSpeed = 2.0;
 
-template <class F>
-double best_seconds(F&& f, int reps = 3) {
-    double best = 1e30;
-    for (int r = 0; r < reps; ++r) {
-        auto t0 = std::chrono::steady_clock::now();
-        f();
-        std::chrono::duration<double> d = std::chrono::steady_clock::now() - t0;
-        best = std::min(best, d.count());
-    }
-    return best;
-}
-
 // A wave travelling along x and z at c = 2 m/s, 60 Hz: cos(phi - 2 pi t / 8). The NumPy peer
 // builds the same volume from the same formula.
 std::vector<float> offsets_volume() {
@@ -85,15 +73,15 @@ void chain_against_bound_and_numpy() {
     wave_params p = acquisition(d);
     int stiff = 0;
     p.lfe_stiff = &stiff;
-    double full = best_seconds([&] { wave_3d_XYZ(&p); });
+    double full = BestSeconds([&] { wave_3d_XYZ(&p); });
     p.lfe_2d_of_3d = 1;
-    double sliced = best_seconds([&] { wave_3d_XYZ(&p); });
+    double sliced = BestSeconds([&] { wave_3d_XYZ(&p); });
     // The Fourier layer's threads wait actively: on a busy machine one thread can be faster.
     const int threads = omp_get_max_threads();
     omp_set_num_threads(1);
-    double sliced_one = best_seconds([&] { wave_3d_XYZ(&p); });
+    double sliced_one = BestSeconds([&] { wave_3d_XYZ(&p); });
     p.lfe_2d_of_3d = 0;
-    double full_one = best_seconds([&] { wave_3d_XYZ(&p); });
+    double full_one = BestSeconds([&] { wave_3d_XYZ(&p); });
     omp_set_num_threads(threads);
     end_of_run();
     const std::vector<double> py = PeerFigures("lfe_numpy.py", "bank", 2);
@@ -123,7 +111,7 @@ void stages_against_numpy() {
     const std::vector<float> stack = d.phase;
     std::vector<float> work = stack;
     double mvox = double(kNx) * kNy * kNz / 1e6;
-    double harmonic = best_seconds([&] {
+    double harmonic = BestSeconds([&] {
         work = stack;
         phase_offset_filtering_3d(work.data(), kNx, kNy, kNz, kNt, 1);
     });
@@ -134,13 +122,13 @@ void stages_against_numpy() {
     p.dirf_cut[0] = 2.0f;
     p.dirf_cut[1] = 40.0f;
     p.dirf_order = 2;
-    double direction = best_seconds([&] {
+    double direction = BestSeconds([&] {
         work = stack;
         direction_filter(work.data(), &p, 0);
     });
     const int threads = omp_get_max_threads();
     omp_set_num_threads(1);
-    double direction_one = best_seconds([&] {
+    double direction_one = BestSeconds([&] {
         work = stack;
         direction_filter(work.data(), &p, 0);
     });

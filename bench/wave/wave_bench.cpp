@@ -17,18 +17,6 @@ namespace {
 
 constexpr int kNx = 256, kNy = 256, kNz = 64;
 
-template <class F>
-double best_seconds(F&& f, int reps = 5) {
-    double best = 1e30;
-    for (int r = 0; r < reps; ++r) {
-        auto t0 = std::chrono::steady_clock::now();
-        f();
-        std::chrono::duration<double> d = std::chrono::steady_clock::now() - t0;
-        best = std::min(best, d.count());
-    }
-    return best;
-}
-
 void compare_fft() {
     size_t n = size_t(kNx) * kNy * kNz;
     auto* buf = static_cast<float*>(fftwf_malloc(sizeof(float) * 2 * n));
@@ -40,15 +28,17 @@ void compare_fft() {
         GENERAL_cvfft_3d(buf, kNx, kNy, kNz, 1);
         GENERAL_cvfft_3d(buf, kNx, kNy, kNz, -1);
     };
-    double ours = best_seconds(round_trip);
+    double ours = BestSeconds(round_trip, 5);
     const int threads = omp_get_max_threads();
     omp_set_num_threads(1);
-    double one = best_seconds(round_trip);
+    double one = BestSeconds(round_trip, 5);
     omp_set_num_threads(threads);
-    double peer = best_seconds([&] {
-        fftwf_execute(fwd);
-        fftwf_execute(inv);
-    });
+    double peer = BestSeconds(
+        [&] {
+            fftwf_execute(fwd);
+            fftwf_execute(inv);
+        },
+        5);
     const std::vector<double> py = PeerFigures("scipy_fftn.py", "", 1);
     std::printf(
         "GENERAL_cvfft_3d 256x256x64 forward+inverse: %.1f ms on %d threads, %.1f ms on one\n",

@@ -180,15 +180,7 @@ CDisplayEntry* CDisplayUi::Open(const CDisplayRequest& request) {
     CView2d* view = request.kind == LOOK_RGB ? new CViewRgb(*raw, space_, Global2d())
                                              : new CView2d(*raw, space_, Global2d());
     auto* frame = new CFrame2d(raw, view);
-    if (!GlobalWindowSpace().NewData(std::move(doc))) {
-        raw->SetFrame(nullptr);
-        frame->ForgetDoc();
-        delete frame;
-        return nullptr;
-    }
-    frame->setWindowTitle(
-        QString::fromUtf8(raw->caption.empty() ? raw->name : raw->caption.c_str()));
-    mdi_.addSubWindow(frame);
+    if (!AddFrame(std::move(doc), frame)) return nullptr;
     connect(view, &CView2d::activated, this, &CDisplayUi::Activate);
     connect(view, &CView2d::detached, this, [this](CView2d* v) {
         if (form_->Target() == v) form_->SetTarget(nullptr);
@@ -203,6 +195,20 @@ CDisplayEntry* CDisplayUi::Open(const CDisplayRequest& request) {
     frame->show();
     Activate(view);
     return raw;
+}
+
+bool CDisplayUi::AddFrame(std::unique_ptr<CMdiDoc> doc, CMdiFrame* frame) {
+    CMdiDoc* raw = doc.get();
+    if (!GlobalWindowSpace().NewData(std::move(doc))) {
+        raw->SetFrame(nullptr);
+        frame->ForgetDoc();
+        delete frame;
+        return false;
+    }
+    frame->setWindowTitle(
+        QString::fromUtf8(raw->caption.empty() ? raw->name : raw->caption.c_str()));
+    mdi_.addSubWindow(frame);
+    return true;
 }
 
 CDisplayEntry* CDisplayUi::OpenPlot(const CDisplayRequest& request) {
@@ -221,15 +227,7 @@ CDisplayEntry* CDisplayUi::OpenPlot(const CDisplayRequest& request) {
     CView1d* view = xy ? new CViewXy(*raw, space_, Global1d(), &holder)
                        : new CView1d(*raw, space_, Global1d(), &holder);
     auto* frame = new CFrame1d(raw, view);
-    if (!GlobalWindowSpace().NewData(std::move(doc))) {
-        raw->SetFrame(nullptr);
-        frame->ForgetDoc();
-        delete frame;
-        return nullptr;
-    }
-    frame->setWindowTitle(
-        QString::fromUtf8(raw->caption.empty() ? raw->name : raw->caption.c_str()));
-    mdi_.addSubWindow(frame);
+    if (!AddFrame(std::move(doc), frame)) return nullptr;
     connect(view, &CView1d::saveRequested, this, [this](CZrkData* a) {
         if (save_array) save_array(a);
     });
@@ -252,15 +250,7 @@ CDisplayEntry* CDisplayUi::OpenEdit(const CDisplayRequest& request) {
     CMdiDoc* raw = doc.get();
     auto* view = new CViewEdit(*raw);
     auto* frame = new CFrameEdit(raw, view);
-    if (!GlobalWindowSpace().NewData(std::move(doc))) {
-        raw->SetFrame(nullptr);
-        frame->ForgetDoc();
-        delete frame;
-        return nullptr;
-    }
-    frame->setWindowTitle(
-        QString::fromUtf8(raw->caption.empty() ? raw->name : raw->caption.c_str()));
-    mdi_.addSubWindow(frame);
+    if (!AddFrame(std::move(doc), frame)) return nullptr;
     frame->resize(std::clamp(mdi_.width() / 2, 240, 640), std::clamp(mdi_.height() / 2, 160, 480));
     frame->show();
     return raw;

@@ -14,6 +14,7 @@
 
 #include <QObject>
 #include <functional>
+#include <memory>
 
 #include "display/display_entry.h"
 #include "display/new_display.h"
@@ -21,6 +22,8 @@
 class CAxisOptions;
 class CDataSpace;
 class CFormWL;
+class CMdiDoc;
+class CMdiFrame;
 class COptionTable;
 class CView2d;
 class QMainWindow;
@@ -55,6 +58,9 @@ class CDisplayUi : public QObject {
 
   private:
     void Activate(CView2d* view);
+    // Lists the display and puts its frame in the area under its caption; false (and the
+    // frame gone) when the list refuses it.
+    bool AddFrame(std::unique_ptr<CMdiDoc> doc, CMdiFrame* frame);
     // The "axis etc" form of one plot kind; on OK the active plot of that kind takes it too.
     void OnAxisOptions(CAxisOptions& options);
 
