@@ -10,12 +10,12 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QToolButton>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "core/data_space.h"
 #include "core/host.h"
-#include "core/window_space.h"
 #include "core/zrk_data.h"
 #include "display/display_entry.h"
 #include "display/display_update.h"
@@ -28,29 +28,28 @@ class CMuViewDriver : public CMuDriver {
   public:
     CMuViewDriver(CDataSpace& space, QLabel* status) : CMuDriver(space), status_(status) {}
 
+    // A run's displays open once it is over: at its first store an array is not yet written,
+    // and a display opened then would be drawn twice, and repaint the windows around it while
+    // the run holds the loop.
     void OpenDisplay2d(CZrkData* record, const char* palette) override {
-        DisplayWindowHook hook = DisplayWindow(LOOK_2D);
-        if (!hook || !record) return;
-        CLook look(LOOK_2D);
-        look.palplane.SetPalette(7, palette, &Space());
-        CDisplayRequest request;
-        request.kind = LOOK_2D;
-        request.data[0] = record;
-        request.look = &look;
-        request.caption = record->name;
-        request.name = record->name;
-        if (CDisplayEntry* entry = hook(request)) opened_.push_back({entry, record});
+        if (record) pending_.push_back({record, palette ? palette : ""});
     }
-    // The displays opened at a first store saw an array not yet written: their window and
-    // level come from the finished data once the run is over. A changed array is redrawn by
-    // the refresh that follows every run.
     void FinishDisplays() {
-        for (auto [entry, record] : opened_)
-            if (GlobalWindowSpace().IsDataValid(entry) && Space().IsDataValid(record)) {
-                SetRangeWinLev(entry->look.palplane, record);
-                if (!record->changed) entry->Redraw();
-            }
-        opened_.clear();
+        const DisplayWindowHook hook = DisplayWindow(LOOK_2D);
+        for (const auto& [record, palette] : pending_) {
+            if (!hook || !Space().IsDataValid(record)) continue;
+            CLook look(LOOK_2D);
+            look.palplane.SetPalette(7, palette.c_str(), &Space());
+            SetRangeWinLev(look.palplane, record);
+            CDisplayRequest request;
+            request.kind = LOOK_2D;
+            request.data[0] = record;
+            request.look = &look;
+            request.caption = record->name;
+            request.name = record->name;
+            hook(request);
+        }
+        pending_.clear();
     }
     void status_text(const char* text) override {
         CMuDriver::status_text(text);
@@ -60,7 +59,7 @@ class CMuViewDriver : public CMuDriver {
 
   private:
     QLabel* status_;
-    std::vector<std::pair<CDisplayEntry*, CZrkData*>> opened_;
+    std::vector<std::pair<CZrkData*, std::string>> pending_;
 };
 
 CMuSheet::CMuSheet(QWidget* parent) : QTabWidget(parent) { setObjectName("mu_sheet"); }

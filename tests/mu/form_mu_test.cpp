@@ -14,10 +14,15 @@
 #include <QPushButton>
 #include <QTest>
 #include <QUrl>
+#include <algorithm>
+#include <complex>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <vector>
 
+#include "core/window_space.h"
+#include "display/display_entry.h"
 #include "display/qt/mdi_doc.h"
 #include "mu/qt/form_mu.h"
 #include "mu/qt/page_mu_view.h"
@@ -121,6 +126,29 @@ TEST_F(FormMuTest, WalksToTheLastPageAndRuns) {
     for (QMdiSubWindow* sub : frame_->Mdi()->subWindowList())
         shown = shown || sub->windowTitle() == "r1i101";
     EXPECT_TRUE(shown);
+    // Opened once the run is over, the display takes its window and level from the written
+    // array.
+    ASSERT_TRUE(harmonic->IsComplex());
+    const auto* iq = static_cast<const std::complex<float>*>(harmonic->Data());
+    int displays = 0;
+    for (int i = 0; i < GlobalWindowSpace().Count(); ++i) {
+        auto* entry = dynamic_cast<CDisplayEntry*>(GlobalWindowSpace().Get(i));
+        if (!entry || entry->data[0] != harmonic) continue;
+        ++displays;
+        const CPlane& plane = entry->look.palplane;
+        std::vector<float> channel;
+        for (uint64_t k = 0; k < harmonic->Count(); ++k)
+            channel.push_back(plane.iqmp == 0   ? iq[k].real()
+                              : plane.iqmp == 1 ? iq[k].imag()
+                              : plane.iqmp == 2 ? std::abs(iq[k])
+                                                : std::arg(iq[k]));
+        const auto [lo, hi] = std::minmax_element(channel.begin(), channel.end());
+        ASSERT_LT(*lo, *hi);
+        EXPECT_NEAR(plane.datamin, *lo, 1e-5 * (*hi - *lo));
+        EXPECT_NEAR(plane.datamax, *hi, 1e-5 * (*hi - *lo));
+        EXPECT_NEAR(plane.level, (*lo + *hi) / 2, 1e-5 * (*hi - *lo));
+    }
+    EXPECT_EQ(displays, 1);
 
     // A change on the data page drops the pages behind it.
     sheet->setCurrentIndex(0);
