@@ -53,7 +53,9 @@ class CMuViewDriver : public CMuDriver {
     }
     void status_text(const char* text) override {
         CMuDriver::status_text(text);
-        status_->setText(QString::fromUtf8(text));
+        const QString line = QString::fromUtf8(text);
+        if (line == status_->text()) return;  // the engine repeats a line between its steps
+        status_->setText(line);
         status_->repaint();
     }
 
