@@ -257,7 +257,7 @@ void BM_MuRunOverhead(benchmark::State& state) {
     state.counters["overhead_pct"] = g_overhead;
     state.counters["ratio_to_10pct"] = g_overhead / 10.0;
 }
-BENCHMARK(BM_MuRunOverhead)->Unit(benchmark::kMillisecond)->Iterations(9);
+BENCHMARK(BM_MuRunOverhead)->Unit(benchmark::kMillisecond)->Iterations(15);
 
 }  // namespace
 
