@@ -1,9 +1,11 @@
 #include "ops/generators.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "core/elementwise.h"
 #include "core/zrk_error.h"
@@ -29,13 +31,26 @@ CZrkData* Along(CDataSpace& temp, int dir, int64_t n, const char* bad_size, F&& 
 
 double Uniform(std::mt19937& g) { return g() * kTwoM32; }
 
-// Gaussian values of unit deviation, two per pair of draws.
-void Gaussian(std::mt19937& g, float* out, uint64_t n) {
-    for (uint64_t k = 0; k < n; k += 2) {
-        const double u1 = 1.0 - Uniform(g), u2 = Uniform(g);
-        const double r = std::sqrt(-2.0 * std::log(u1)), a = 2.0 * std::numbers::pi * u2;
-        out[k] = static_cast<float>(r * std::cos(a));
-        if (k + 1 < n) out[k + 1] = static_cast<float>(r * std::sin(a));
+// Gaussian values of deviation sd, two per pair of draws; each value of unit deviation is
+// taken to float before it is scaled. The draws come in the generator's order on one
+// thread; the transform of a pair stands alone, so each block of pairs is shared among the
+// cores once its draws are taken.
+void Gaussian(std::mt19937& g, double sd, float* out, uint64_t n) {
+    constexpr uint64_t kPairs = uint64_t{1} << 16;
+    std::vector<double> draws(2 * std::min(kPairs, (n + 1) / 2));
+    for (uint64_t first = 0; first < n; first += 2 * kPairs) {
+        const int64_t pairs = static_cast<int64_t>(std::min(kPairs, (n - first + 1) / 2));
+        for (int64_t k = 0; k < 2 * pairs; ++k) draws[k] = Uniform(g);
+        float* const block = out + first;
+        const uint64_t left = n - first;
+#pragma omp parallel for schedule(static) if (pairs >= 4096)
+        for (int64_t k = 0; k < pairs; ++k) {
+            const double u1 = 1.0 - draws[2 * k], u2 = draws[2 * k + 1];
+            const double r = std::sqrt(-2.0 * std::log(u1)), a = 2.0 * std::numbers::pi * u2;
+            block[2 * k] = static_cast<float>(static_cast<float>(r * std::cos(a)) * sd);
+            if (static_cast<uint64_t>(2 * k + 1) < left)
+                block[2 * k + 1] = static_cast<float>(static_cast<float>(r * std::sin(a)) * sd);
+        }
     }
 }
 
@@ -122,8 +137,7 @@ CZrkData* Noise(CDataSpace& temp, const CZrkData* distribution, double sd, const
         float* p = static_cast<float*>(r->data);
         const uint64_t n = r->Count();
         if (kind.find("gauss") != std::string::npos || kind.find("normal") != std::string::npos) {
-            Gaussian(g, p, n);
-            for (uint64_t k = 0; k < n; ++k) p[k] = static_cast<float>(p[k] * sd);
+            Gaussian(g, sd, p, n);
         } else {
             // Uniform of the same deviation: width sd * sqrt(12), centred on 0.
             const double width = sd * std::sqrt(12.0);

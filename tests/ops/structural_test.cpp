@@ -5,6 +5,8 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <string>
+#include <utility>
 
 #include "core/host.h"
 #include "core/report.h"
@@ -16,6 +18,7 @@
 #include "ops/structural_shape.h"
 #include "ops/vector_product.h"
 #include "tests/ops/op_test_util.h"
+#include "tests/peer.h"
 
 namespace {
 
@@ -268,6 +271,40 @@ TEST(Structural, RandomArraysRepeat) {
     EXPECT_EQ(r->type, TYPE_CR4);
     EXPECT_EQ(std::memcmp(r->data, SRand(t, 777, list)->data, r->Bytes()), 0);
     EXPECT_NE(std::memcmp(r->data, SRand(t, 778, list)->data, r->Bytes()), 0);
+}
+
+// The generators draw from the Mersenne twister seeded 777 (or the seed given), whose
+// sequence NumPy's legacy RandomState reproduces; the transforms of the draws are redone there.
+// The size is odd, and large enough for the Gaussian transform to run in more than one block.
+TEST(Structural, RandomArraysFollowTheTwisterSequence) {
+    CDataSpace s, t;
+    CZrkData* list = Array(s, TYPE_I4, {2}, {513, 257});
+    peer::Peer p;
+    const std::pair<const char*, CZrkData*> made[] = {
+        {"gauss", Noise(t, Text(s, "gauss"), 2.5, list)},
+        {"uniform", Noise(t, Text(s, "uniform"), 2.5, list)},
+        {"rand", SRand(t, 4321, list)}};
+    ASSERT_TRUE(p.RunText(R"(
+n = 513 * 257
+def draws(seed, count):
+    raw = np.random.RandomState(seed).randint(0, 2**32, size=count, dtype=np.uint32)
+    return raw.astype(np.float64) * 2.0**-32
+u = draws(777, n + 1)
+r = np.sqrt(-2.0 * np.log(1.0 - u[0::2]))
+a = 2.0 * np.pi * u[1::2]
+g = np.empty(n + 1, np.float32)
+g[0::2] = (r * np.cos(a)).astype(np.float32)
+g[1::2] = (r * np.sin(a)).astype(np.float32)
+g = (g[:n].astype(np.float64) * 2.5).astype(np.float32)
+peer.save(FOLDER, "want_gauss", g.reshape(513, 257, order="F"))
+w = ((draws(777, n) - 0.5) * (2.5 * np.sqrt(12.0))).astype(np.float32)
+peer.save(FOLDER, "want_uniform", w.reshape(513, 257, order="F"))
+c = draws(4321, 2 * n).astype(np.float32)
+peer.save(FOLDER, "want_rand", (c[0::2] + 1j * c[1::2]).astype(np.complex64).reshape(513, 257, order="F"))
+)"));
+    for (const auto& [name, got] : made)
+        EXPECT_TRUE(peer::Near(peer::FromRecord(got), p.Get(std::string("want_") + name), 1e-7))
+            << name;
 }
 
 TEST(Structural, FailureGoesToTheHistory) {
