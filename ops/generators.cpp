@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <random>
 #include <string>
-#include <vector>
 
 #include "core/elementwise.h"
 #include "core/zrk_error.h"
 #include "ops/structural_base.h"
+#include "ops/twister.h"
 
 namespace {
 
@@ -29,39 +28,54 @@ CZrkData* Along(CDataSpace& temp, int dir, int64_t n, const char* bad_size, F&& 
     return r;
 }
 
-double Uniform(std::mt19937& g) { return g() * kTwoM32; }
+// The draws of the twister seeded `seed` as doubles in [0, 1), a block at a time:
+// body(first, words, count) gets the untempered words of draws first ... first + count - 1
+// (an even count but for the last block) and shares them among the cores itself.
+template <class Body>
+void ForDrawBlocks(uint32_t seed, uint64_t n, Body&& body) {
+    CTwister g(seed);
+    for (uint64_t first = 0; first < n; first += CTwister::kBlock) {
+        const uint32_t* words = g.NextBlock();
+        body(first, words, std::min(CTwister::kBlock, n - first));
+    }
+}
+
+double Draw(uint32_t word) { return CTwister::Temper(word) * kTwoM32; }
 
 // Gaussian values of deviation sd, two per pair of draws; each value of unit deviation is
-// taken to float before it is scaled. The draws come in the generator's order on one
-// thread; the transform of a pair stands alone, so each block of pairs is shared among the
-// cores once its draws are taken.
-void Gaussian(std::mt19937& g, double sd, float* out, uint64_t n) {
-    constexpr uint64_t kPairs = uint64_t{1} << 16;
-    std::vector<double> draws(2 * std::min(kPairs, (n + 1) / 2));
-    for (uint64_t first = 0; first < n; first += 2 * kPairs) {
-        const int64_t pairs = static_cast<int64_t>(std::min(kPairs, (n - first + 1) / 2));
-        for (int64_t k = 0; k < 2 * pairs; ++k) draws[k] = Uniform(g);
+// taken to float before it is scaled.
+void Gaussian(uint32_t seed, double sd, float* out, uint64_t n) {
+    ForDrawBlocks(seed, n + (n & 1), [&](uint64_t first, const uint32_t* words, uint64_t count) {
+        const int64_t pairs = static_cast<int64_t>(count / 2);
         float* const block = out + first;
         const uint64_t left = n - first;
 #pragma omp parallel for schedule(static) if (pairs >= 4096)
         for (int64_t k = 0; k < pairs; ++k) {
-            const double u1 = 1.0 - draws[2 * k], u2 = draws[2 * k + 1];
+            const double u1 = 1.0 - Draw(words[2 * k]), u2 = Draw(words[2 * k + 1]);
             const double r = std::sqrt(-2.0 * std::log(u1)), a = 2.0 * std::numbers::pi * u2;
             block[2 * k] = static_cast<float>(static_cast<float>(r * std::cos(a)) * sd);
             if (static_cast<uint64_t>(2 * k + 1) < left)
                 block[2 * k + 1] = static_cast<float>(static_cast<float>(r * std::sin(a)) * sd);
         }
-    }
+    });
+}
+
+// out[k] = f(draw k) for the n draws of the twister seeded `seed`.
+template <class F>
+void MapDraws(uint32_t seed, float* out, uint64_t n, F&& f) {
+    ForDrawBlocks(seed, n, [&](uint64_t first, const uint32_t* words, uint64_t count) {
+        float* const block = out + first;
+#pragma omp parallel for schedule(static) if (count >= kParallelElements)
+        for (int64_t k = 0; k < static_cast<int64_t>(count); ++k)
+            block[k] = static_cast<float>(f(Draw(words[k])));
+    });
 }
 
 CZrkData* RandomComplex(CDataSpace& temp, uint32_t seed, const CZrkData* list) {
     res_t res[6];
     ResList(list, res);
     CZrkData* r = NewResult(temp, TYPE_CR4, res, nullptr);
-    std::mt19937 g(seed);
-    float* p = static_cast<float*>(r->data);
-    const uint64_t n = 2 * r->Count();
-    for (uint64_t k = 0; k < n; ++k) p[k] = static_cast<float>(Uniform(g));
+    MapDraws(seed, static_cast<float*>(r->data), 2 * r->Count(), [](double u) { return u; });
     return r;
 }
 
@@ -133,15 +147,14 @@ CZrkData* Noise(CDataSpace& temp, const CZrkData* distribution, double sd, const
         ResList(list, res);
         CZrkData* r = NewResult(temp, TYPE_R4, res, nullptr);
         const std::string kind = TextOf(distribution);
-        std::mt19937 g(kSeed);
         float* p = static_cast<float*>(r->data);
         const uint64_t n = r->Count();
         if (kind.find("gauss") != std::string::npos || kind.find("normal") != std::string::npos) {
-            Gaussian(g, sd, p, n);
+            Gaussian(kSeed, sd, p, n);
         } else {
             // Uniform of the same deviation: width sd * sqrt(12), centred on 0.
             const double width = sd * std::sqrt(12.0);
-            for (uint64_t k = 0; k < n; ++k) p[k] = static_cast<float>((Uniform(g) - 0.5) * width);
+            MapDraws(kSeed, p, n, [width](double u) { return (u - 0.5) * width; });
         }
         return r;
     });

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <random>
 #include <string>
 #include <utility>
 
@@ -16,6 +17,7 @@
 #include "ops/structural_fill.h"
 #include "ops/structural_join.h"
 #include "ops/structural_shape.h"
+#include "ops/twister.h"
 #include "ops/vector_product.h"
 #include "tests/ops/op_test_util.h"
 #include "tests/peer.h"
@@ -273,6 +275,21 @@ TEST(Structural, RandomArraysRepeat) {
     EXPECT_NE(std::memcmp(r->data, SRand(t, 778, list)->data, r->Bytes()), 0);
 }
 
+// The block twister gives the standard engine's draws, across the joins of its blocks.
+TEST(Structural, TwisterFollowsTheStandardEngine) {
+    for (const uint32_t seed : {0u, 777u, 4321u, 0xffffffffu}) {
+        CTwister blocks(seed);
+        std::mt19937 engine(seed);
+        uint64_t wrong = 0;
+        for (int b = 0; b < 3; ++b) {
+            const uint32_t* words = blocks.NextBlock();
+            for (uint64_t k = 0; k < CTwister::kBlock; ++k)
+                wrong += CTwister::Temper(words[k]) != engine();
+        }
+        EXPECT_EQ(wrong, 0u) << "seed " << seed;
+    }
+}
+
 // The generators draw from the Mersenne twister seeded 777 (or the seed given), whose
 // sequence NumPy's legacy RandomState reproduces; the transforms of the draws are redone there.
 // The size is odd, and large enough for the Gaussian transform to run in more than one block.
@@ -302,8 +319,10 @@ peer.save(FOLDER, "want_uniform", w.reshape(513, 257, order="F"))
 c = draws(4321, 2 * n).astype(np.float32)
 peer.save(FOLDER, "want_rand", (c[0::2] + 1j * c[1::2]).astype(np.complex64).reshape(513, 257, order="F"))
 )"));
+    // Only the Gaussian's logarithm, sine and cosine may differ from NumPy's in a last bit.
     for (const auto& [name, got] : made)
-        EXPECT_TRUE(peer::Near(peer::FromRecord(got), p.Get(std::string("want_") + name), 1e-7))
+        EXPECT_TRUE(peer::Near(peer::FromRecord(got), p.Get(std::string("want_") + name),
+                               std::string(name) == "gauss" ? 1e-7 : 0))
             << name;
 }
 
