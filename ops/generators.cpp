@@ -33,10 +33,10 @@ CZrkData* Along(CDataSpace& temp, int dir, int64_t n, const char* bad_size, F&& 
 // (an even count but for the last block) and shares them among the cores itself.
 template <class Body>
 void ForDrawBlocks(uint32_t seed, uint64_t n, Body&& body) {
-    CTwister g(seed);
-    for (uint64_t first = 0; first < n; first += CTwister::kBlock) {
+    CTwister g(seed, std::min(CTwister::kBlock, n + (n & 1)));
+    for (uint64_t first = 0; first < n; first += g.Block()) {
         const uint32_t* words = g.NextBlock();
-        body(first, words, std::min(CTwister::kBlock, n - first));
+        body(first, words, std::min(g.Block(), n - first));
     }
 }
 

@@ -4,7 +4,7 @@
 // can then share the cores.
 //
 //   CTwister g(777);
-//   const uint32_t* words = g.NextBlock();        // the next kBlock words, untempered
+//   const uint32_t* words = g.NextBlock();        // the next g.Block() words, untempered
 //   uint32_t draw = CTwister::Temper(words[0]);   // what std::mt19937(777)() returns first
 #pragma once
 
@@ -16,8 +16,11 @@ class CTwister {
     static constexpr int kState = 624;
     static constexpr uint64_t kBlock = uint64_t{kState} * 256;
 
-    explicit CTwister(uint32_t seed);
+    // Blocks of `block` words (at least 1), kBlock unless fewer are wanted in all.
+    explicit CTwister(uint32_t seed, uint64_t block = kBlock);
 
+    uint64_t Block() const { return block_; }
+    // The next Block() words, untempered.
     const uint32_t* NextBlock();
 
     static uint32_t Temper(uint32_t y) {
@@ -28,6 +31,7 @@ class CTwister {
     }
 
   private:
+    uint64_t block_;
     // The last kState words before the block, then the block.
     std::vector<uint32_t> words_;
     bool first_ = true;

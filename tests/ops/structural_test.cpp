@@ -2,6 +2,7 @@
 // labels, edge cases of the sizes, types and the line orders.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -275,19 +276,22 @@ TEST(Structural, RandomArraysRepeat) {
     EXPECT_NE(std::memcmp(r->data, SRand(t, 778, list)->data, r->Bytes()), 0);
 }
 
-// The block twister gives the standard engine's draws, across the joins of its blocks.
+// The block twister gives the standard engine's draws, across the joins of its blocks, for
+// blocks shorter and longer than its state.
 TEST(Structural, TwisterFollowsTheStandardEngine) {
-    for (const uint32_t seed : {0u, 777u, 4321u, 0xffffffffu}) {
-        CTwister blocks(seed);
-        std::mt19937 engine(seed);
-        uint64_t wrong = 0;
-        for (int b = 0; b < 3; ++b) {
-            const uint32_t* words = blocks.NextBlock();
-            for (uint64_t k = 0; k < CTwister::kBlock; ++k)
-                wrong += CTwister::Temper(words[k]) != engine();
+    for (const uint64_t block : {uint64_t{1}, uint64_t{7}, uint64_t{623}, uint64_t{624},
+                                 uint64_t{1000}, CTwister::kBlock})
+        for (const uint32_t seed : {0u, 777u, 0xffffffffu}) {
+            CTwister blocks(seed, block);
+            std::mt19937 engine(seed);
+            uint64_t wrong = 0;
+            for (uint64_t drawn = 0; drawn < std::max<uint64_t>(2 * block, 3000);) {
+                const uint32_t* words = blocks.NextBlock();
+                for (uint64_t k = 0; k < blocks.Block(); ++k, ++drawn)
+                    wrong += CTwister::Temper(words[k]) != engine();
+            }
+            EXPECT_EQ(wrong, 0u) << "seed " << seed << ", block " << block;
         }
-        EXPECT_EQ(wrong, 0u) << "seed " << seed;
-    }
 }
 
 // The generators draw from the Mersenne twister seeded 777 (or the seed given), whose
