@@ -279,8 +279,8 @@ TEST(Structural, RandomArraysRepeat) {
 // The block twister gives the standard engine's draws, across the joins of its blocks, for
 // blocks shorter and longer than its state.
 TEST(Structural, TwisterFollowsTheStandardEngine) {
-    for (const uint64_t block : {uint64_t{1}, uint64_t{7}, uint64_t{623}, uint64_t{624},
-                                 uint64_t{1000}, CTwister::kBlock})
+    for (const uint64_t block :
+         {uint64_t{1}, uint64_t{7}, uint64_t{623}, uint64_t{624}, uint64_t{1000}, CTwister::kBlock})
         for (const uint32_t seed : {0u, 777u, 0xffffffffu}) {
             CTwister blocks(seed, block);
             std::mt19937 engine(seed);
