@@ -53,6 +53,19 @@ std::string Exact(T v) {
     return buf;
 }
 
+// The element at p of a's type as text, "i, q" when complex, each part through `format`.
+template <class Format>
+std::string ElementText(const CZrkData* a, const char* p, Format format) {
+    std::string out;
+    WithComponent(a->Type(), [&](auto t) {
+        using T = decltype(t);
+        T v[2];
+        std::memcpy(v, p, static_cast<size_t>(a->ElementBytes()));
+        out = a->IsComplex() ? format(v[0]) + ", " + format(v[1]) : format(v[0]);
+    });
+    return out;
+}
+
 // One number of component type T from the whole of `text`; the reason when it is not one.
 template <class T>
 bool Parse(const std::string& text, const char* type_name, T* out, std::string* why) {
@@ -144,30 +157,12 @@ char* CEditTable::Sample(res_t x, res_t y) const {
 
 std::string CEditTable::Text(res_t x, res_t y) const {
     const char* p = Sample(x, y);
-    if (!p) return "";
-    const CZrkData* a = Data(0);
-    std::string out;
-    WithComponent(a->Type(), [&](auto t) {
-        using T = decltype(t);
-        T v[2];
-        std::memcpy(v, p, static_cast<size_t>(a->ElementBytes()));
-        out = a->IsComplex() ? Shown(v[0]) + ", " + Shown(v[1]) : Shown(v[0]);
-    });
-    return out;
+    return p ? ElementText(Data(0), p, [](auto v) { return Shown(v); }) : "";
 }
 
 std::string CEditTable::EditText(res_t x, res_t y) const {
     const char* p = Sample(x, y);
-    if (!p) return "";
-    const CZrkData* a = Data(0);
-    std::string out;
-    WithComponent(a->Type(), [&](auto t) {
-        using T = decltype(t);
-        T v[2];
-        std::memcpy(v, p, static_cast<size_t>(a->ElementBytes()));
-        out = a->IsComplex() ? Exact(v[0]) + ", " + Exact(v[1]) : Exact(v[0]);
-    });
-    return out;
+    return p ? ElementText(Data(0), p, [](auto v) { return Exact(v); }) : "";
 }
 
 bool CEditTable::SetText(res_t x, res_t y, const std::string& typed) {

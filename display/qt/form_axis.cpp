@@ -3,14 +3,12 @@
 #include <QCheckBox>
 #include <QDoubleValidator>
 #include <QGridLayout>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QSpinBox>
-#include <QVBoxLayout>
 
 #include "display/look.h"
+#include "display/qt/ok_cancel.h"
 
 namespace {
 
@@ -84,19 +82,8 @@ CFormAxis::CFormAxis(CAxisOptions& options, QWidget* parent) : QDialog(parent), 
                              c.grid, c.thick,     c.tickscale, c.tickoff,  c.tickformat};
         for (int r = 0; r < 10; ++r) grid->addWidget(fields[r], r + 1, d + 1);
     }
-    auto* ok = new QPushButton("OK");
-    ok->setObjectName(QString("axis%1_ok").arg(kind));
-    ok->setDefault(true);
-    auto* cancel = new QPushButton("cancel");
-    cancel->setObjectName(QString("axis%1_cancel").arg(kind));
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    auto* layout = new QVBoxLayout(this);
-    layout->addLayout(grid);
-    layout->addLayout(buttons);
-    connect(ok, &QPushButton::clicked, this, &CFormAxis::OnOk);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    OkCancelBelow(this, grid, QString("axis%1_ok").arg(kind), QString("axis%1_cancel").arg(kind),
+                  &CFormAxis::OnOk);
 }
 
 void CFormAxis::OnOk() {

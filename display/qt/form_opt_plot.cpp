@@ -7,10 +7,10 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QRegularExpressionValidator>
 #include <QSpinBox>
-#include <QVBoxLayout>
+
+#include "display/qt/ok_cancel.h"
 
 namespace {
 
@@ -93,19 +93,7 @@ CFormOptPlot::CFormOptPlot(CNewPlot& holder, C1d* options, QWidget* parent)
         lock_->setChecked(options->axis_lock != 0);
         form->addRow("", lock_);
     }
-    auto* ok = new QPushButton("OK");
-    ok->setObjectName(name("ok"));
-    ok->setDefault(true);
-    auto* cancel = new QPushButton("cancel");
-    cancel->setObjectName(name("cancel"));
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    auto* layout = new QVBoxLayout(this);
-    layout->addLayout(form);
-    layout->addLayout(buttons);
-    connect(ok, &QPushButton::clicked, this, &CFormOptPlot::OnOk);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    OkCancelBelow(this, form, name("ok"), name("cancel"), &CFormOptPlot::OnOk);
 }
 
 void CFormOptPlot::OnOk() {

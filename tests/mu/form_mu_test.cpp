@@ -60,6 +60,16 @@ class FormMuTest : public DisplayGuiTest {
         ASSERT_NE(space_.FindData("magn"), nullptr);
         ASSERT_NE(space_.FindData("ph"), nullptr);
     }
+    // The sheet over the typed inputs, their names on the data page; null on a failure.
+    CFormMu* OpenFilledSheet() {
+        TypeInputs();
+        if (HasFatalFailure()) return nullptr;
+        CFormMu* form = OpenSheet();
+        if (!form) return nullptr;
+        Name(form, "magnitude", "magn");
+        Name(form, "phase_name0", "ph");
+        return form;
+    }
     template <class T>
     static T* Child(QWidget* root, const char* name) {
         T* child = root->findChild<T*>(name);
@@ -158,11 +168,8 @@ TEST_F(FormMuTest, WalksToTheLastPageAndRuns) {
 }
 
 TEST_F(FormMuTest, EscInterruptsTheRunWhichEndsNormally) {
-    TypeInputs();
-    CFormMu* form = OpenSheet();
+    CFormMu* form = OpenFilledSheet();
     ASSERT_NE(form, nullptr);
-    Name(form, "magnitude", "magn");
-    Name(form, "phase_name0", "ph");
     for (int page = 1; page < 7; ++page) {
         if (page == 6) Child<QCheckBox>(form, "r1i1_out")->setChecked(true);
         Continue(form);
@@ -179,11 +186,8 @@ TEST_F(FormMuTest, EscInterruptsTheRunWhichEndsNormally) {
 }
 
 TEST_F(FormMuTest, AnArrayFreedOrRenamedWhileOpenMeetsTheCheck) {
-    TypeInputs();
-    CFormMu* form = OpenSheet();
+    CFormMu* form = OpenFilledSheet();
     ASSERT_NE(form, nullptr);
-    Name(form, "magnitude", "magn");
-    Name(form, "phase_name0", "ph");
     Continue(form);
     ASSERT_EQ(Page(form), 1);
     // The sheet keeps names: a freed phase is simply not found.
@@ -227,11 +231,8 @@ TEST_F(FormMuTest, OptionSelectorAndItsMenu) {
 class MuPageViewsTest : public FormMuTest {};
 
 TEST_F(MuPageViewsTest, ControlsMoveValuesAndRefuseLetters) {
-    TypeInputs();
-    CFormMu* form = OpenSheet();
+    CFormMu* form = OpenFilledSheet();
     ASSERT_NE(form, nullptr);
-    Name(form, "magnitude", "magn");
-    Name(form, "phase_name0", "ph");
     Continue(form);
     CPageMuParams* params = form->Model().Params();
     ASSERT_NE(params, nullptr);
@@ -288,11 +289,8 @@ TEST_F(MuPageViewsTest, ControlsMoveValuesAndRefuseLetters) {
 }
 
 TEST_F(MuPageViewsTest, HelpButtonsStartTheirPages) {
-    TypeInputs();
-    CFormMu* form = OpenSheet();
+    CFormMu* form = OpenFilledSheet();
     ASSERT_NE(form, nullptr);
-    Name(form, "magnitude", "magn");
-    Name(form, "phase_name0", "ph");
     for (int page = 1; page < 7; ++page) Continue(form);
     CMuSheet* sheet = form->Sheet();
     ASSERT_EQ(sheet->count(), 7) << Status(form).toStdString();
@@ -326,11 +324,8 @@ TEST_F(MuPageViewsTest, HelpButtonsStartTheirPages) {
 TEST_F(MuPageViewsTest, LoadFromFileFillsTheFieldOfView) {
     peer::Peer p;
     ASSERT_TRUE(p.Run("files/scanner/make_scanner.py"));
-    TypeInputs();
-    CFormMu* form = OpenSheet();
+    CFormMu* form = OpenFilledSheet();
     ASSERT_NE(form, nullptr);
-    Name(form, "magnitude", "magn");
-    Name(form, "phase_name0", "ph");
     Continue(form);
     ASSERT_EQ(Page(form), 1);
     auto load = [&](const std::string& file) {
